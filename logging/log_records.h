@@ -1,0 +1,54 @@
+#pragma once
+
+#include <ace/Time_Value.h>
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+
+namespace NS_CORBA {
+
+/// One line of the debug channel.
+struct TADebugRecord {
+    ACE_Time_Value time;        ///< wall-clock time of the log call
+    std::int32_t threadId = 0;  ///< low 32 bits of the thread's id
+    std::int32_t level = 0;
+    std::string text;
+};
+
+/// One event in the life of a request, for the operation channel.
+struct TALogRecord {
+    ACE_Time_Value time;  ///< wall-clock time of the event
+    std::uint64_t requestId = 0;
+    std::int32_t threadId = 0;  ///< low 32 bits of the thread's id
+    std::string operationName;
+    std::string paramInfo;         ///< the body of the record
+    std::string remoteAddress;     ///< who called
+    std::uint8_t messageType = 0;  ///< 0 request, 1 reply, 2 exception
+};
+
+/// One event that leaves the agent, for the notification channel.
+struct TANotifyRecord;
+
+/// Turns a record into text. A specialisation's operator() writes the record to a stream and returns the
+/// level to log it at. The primary template stands for records that have no layout: they are written as plain
+/// text.
+template <class Record>
+struct LogFormatter {};
+
+template <>
+struct LogFormatter<TADebugRecord> {
+    int operator()(std::ostream& out, const TADebugRecord& record) const;
+};
+
+template <>
+struct LogFormatter<std::string> {
+    int operator()(std::ostream& out, const std::string& record) const;
+};
+
+template <>
+struct LogFormatter<TALogRecord> {
+    int operator()(std::ostream& out, const TALogRecord& record) const;
+};
+
+}  // namespace NS_CORBA

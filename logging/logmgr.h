@@ -1,0 +1,95 @@
+#pragma once
+
+#include <ace/TSS_T.h>
+#include <tao/ORB.h>
+#include <tao/PI_Server/PI_Server.h>
+
+#include <cstdarg>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "logging/pos_for_dbg.h"
+#include "platform/export.h"
+
+namespace NS_CORBA {
+
+template <class Record>
+class LogWriter;
+struct TADebugRecord;
+struct TALogRecord;
+struct TANotifyRecord;
+
+/// The singleton behind the free log functions: the five log channels, their switches and the threads'
+/// positions.
+///
+/// The agent bundle calls Init() before other threads log, and Destroy() last of all. Without Init() every
+/// write is a silent no-op. Nothing but Instance() and Destroy() takes a lock: channels, switches and table
+/// are fixed after Init(), the position is each thread's own, and the platform's log handles accept
+/// concurrent calls.
+class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
+  public:
+    /// All channels closed, all switches off. Takes a reference to the agent's ORB, which may be null.
+    CorbaLogMgr();
+    /// The log handles stay the log service's.
+    ~CorbaLogMgr() override;
+
+    /// The one object, made on first use. Null only when the creation lock can't be taken.
+    static CorbaLogMgr* Instance();
+    /// Destroys the object; the next Instance() makes a new one. No other thread may be logging.
+    static void Destroy();
+
+    /// Reads the switches and opens the channels. A second call does everything again.
+    /// @return true when every channel that was asked for is open. After false, what was opened works, and
+    /// the table
+    ///         of secret parameters may be empty.
+    bool Init();
+
+    /// Reads the three switches; a key that is absent leaves its switch as it was.
+    /// @return false when the configuration is not there, which the debug channel tells
+    bool GetLogCfg();
+
+    /// Fills the table of the operations whose parameters are kept out of the logs.
+    void InitIfNameToParamPos();
+
+    /// Writes to the system channel. More than 4,095 characters come out as an empty record.
+    void TATrace(const char* format, std::va_list& args);
+    /// Writes `text` as it stands to the debug channel.
+    void TADebug(int level, const char* text);
+    /// Writes to the debug channel. More than 4,095 characters come out as an empty record.
+    void TADebug(int level, const char* format, std::va_list& args);
+
+    /// Writes the record of a request (0), a reply (1) or an exception (2) when operations are logged.
+    void WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType);
+    /// Writes to the notification channel when notifications are logged.
+    void WriteAlarmNotifyLog(const std::stringstream& text);
+    /// Writes to the alarm channel when alarms are logged.
+    void WriteAlarmLog(const std::stringstream& text);
+
+    static CorbaLogMgr* m_pInstance;
+
+  protected:
+    /// Fills `record` from `info`. @return 0 when the record is whole
+    int GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
+                         TALogRecord& record);
+
+    CORBA::ORB_var m_ORB;
+    LogWriter<TALogRecord>* m_pOperLog = nullptr;
+    LogWriter<TANotifyRecord>* m_pNotifyLog = nullptr;
+    LogWriter<std::stringstream>* m_pAlarmLog = nullptr;
+    LogWriter<TADebugRecord>* m_pDebugLog = nullptr;
+    LogWriter<std::string>* m_pSysLog = nullptr;
+    bool m_bLogOperation = false;
+    bool m_bLogNotify = false;
+    bool m_bLogAlarm = false;
+    bool m_bInited = false;
+    /// Operation name to the positions, from 0, of its secret parameters.
+    std::map<std::string, std::vector<int>> m_IfNameToParamPos;
+
+  private:
+    bool OpenOptionalChannels();
+    void WriteDebugRecord(int level, const char* text);
+};
+
+}  // namespace NS_CORBA
