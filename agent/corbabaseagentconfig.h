@@ -1,0 +1,301 @@
+#pragma once
+
+#include <ace/Process_Manager.h>
+#include <ace/RW_Mutex.h>
+#include <ace/Thread_Mutex.h>
+#include <orbsvcs/CosNamingC.h>
+#include <orbsvcs/CosNotifyChannelAdminC.h>
+#include <tao/ORB.h>
+#include <tao/PortableServer/PortableServer.h>
+
+#include <cstdint>
+#include <ctime>
+#include <list>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/export.h"
+#include "platform/name_value.h"
+
+namespace NS_CORBA {
+
+class CorbaI;
+class MgrFactory;
+class RequestInterceptorBase;
+
+/// The hub of the agent: owns the ORB, the root POA, every setting, the companion service processes and the
+/// registries. One source file per group of operations below.
+///
+/// Errors: query and configuration operations answer by a bool, file operations by 0 or -1; a
+/// CORBA::Exception is logged and turned into that answer, other exceptions pass through. Thread safety:
+/// settings are written by Init before the ORB runs and read by any thread without a lock; what a group says
+/// of its own comes on top of that.
+class QV_API CorbaBaseAgentConfig {
+  public:
+    // -- Construction, start and the ORB: corbabaseagentconfig.cpp ------------------------------------------
+
+    /// The only instance, made by the first call. Null only when the creation lock can't be taken.
+    static CorbaBaseAgentConfig* Instance();
+    /// Deletes the instance. Processes that it started live on; ending them is DestroyService.
+    static void Destroy();
+
+    /// Reads the settings, starts the companion services and brings up the ORB and its root POA. To be called
+    /// once. On false the ORB can't be used; services started by then run on, unless it was a service that
+    /// failed.
+    bool Init(const std::string& bundleName);
+
+    /// A new reference to the ORB, which the caller releases; null before Init.
+    CORBA::ORB* GetOrb();
+    /// Takes a reference of its own to `orb` and gives up the one to the former ORB.
+    void SetOrb(CORBA::ORB* orb);
+    /// A new reference to the root POA, which the caller releases; nil before Init.
+    PortableServer::POA* GetRootPoa();
+
+    int GetArgc();     ///< number of ORB arguments
+    char** GetArgv();  ///< the ORB arguments, which stay the singleton's; null before Init
+
+    /// A count of registered managers and modules. Nothing happens at zero, and it may go below. Any thread.
+    void _add_ref();
+    void _remove_ref();
+
+    void SetCorbaBundleName(const std::string& name);
+    std::string GetCorbaBundleName();
+
+    // -- Settings: config_items.cpp -------------------------------------------------------------------------
+
+    /// Reads all settings, replaces loopback host names and composes the command lines. Always true.
+    bool GetOption();
+
+    /// Looks `key` up in `items`; when it is there, converts its value (decimal, unvalidated, cut to the
+    /// width of `out`) and stores it, else logs and leaves `out` as it is.
+    using NameValueList = std::vector<NS_BUNDLEMGR1::NameValueStru>;
+    void GetOptionByName(const NameValueList& items, const std::string& key, bool& out);
+    void GetOptionByName(const NameValueList& items, const std::string& key, int& out);
+    void GetOptionByName(const NameValueList& items, const std::string& key, unsigned int& out);
+    void GetOptionByName(const NameValueList& items, const std::string& key, unsigned long& out);
+    void GetOptionByName(const NameValueList& items, const std::string& key, unsigned short& out);
+    void GetOptionByName(const NameValueList& items, const std::string& key, char& out);
+    void GetOptionByName(const NameValueList& items, const std::string& key, std::string& out);
+
+    /// True for exactly "localhost" and "127.0.0.1".
+    bool IsLocalHost(const char* host);
+    /// Asks the system for the node name and keeps it; on failure the former value stays.
+    void GetHostName();
+    /// The node name as last asked for; "localhost" at first.
+    std::string GetHostNameAndReturn();
+
+    unsigned long IteratorNum() const { return m_IteratorNum; }
+    unsigned long IteratorRestriction() const { return m_IteratorRestriction; }
+    unsigned long TimeInterval() const { return m_TimeInterval; }
+    unsigned long TimeOut() const { return m_TimeOut; }
+    unsigned long EventQueueLength() const { return m_EventQueueLength; }    ///< events
+    unsigned long AlarmTimeout() const { return m_AlarmTimeout; }            ///< seconds
+    unsigned long HeartBeatTimeout() const { return m_HeartBeatTimeout; }    ///< seconds
+    unsigned long OtherEventTimeout() const { return m_OtherEventTimeout; }  ///< seconds
+    bool ORBThreadPool() const { return m_ORBThreadPool; }
+    unsigned int GetORBThrdNum() const { return m_ORBThrdNum; }  ///< 0 stands for 4
+    unsigned int GetSSLMode() const { return m_SSLMode; }
+    bool IsInterceptorEnabled() const { return m_vecFlags[kFlagInterceptor] != 0; }
+    int TimeShowAppearance() const { return static_cast<signed char>(m_vecFlags[kFlagTimeShow]); }
+    int TimeZoneRefPoint() const { return static_cast<signed char>(m_vecFlags[kFlagTimeZone]); }
+    bool IsSingleThreadPushEvent() const { return m_SingleThreadPushEvent != 0; }
+    bool IsUseIPAndPort() const { return m_UseIPAndPort; }
+    bool PersistentEventChannel() const { return m_PersistentEventChannel; }
+    bool GetEmsPingMode() const { return m_EmsPingMode; }
+    int GetSessionReleaseStrategy() const { return m_SessionReleaseStrategy; }
+    int GetMaxSession() const { return m_MaxSession; }
+    int GetSilentTime() const { return m_SilentTime; }  ///< seconds
+    std::string EmsName() const { return m_EmsName; }
+    std::string EmsVersion() const { return m_EmsVersion; }  ///< always empty
+    std::string IDLVersion() const { return m_IDLVersion; }
+    std::string GetCorbaAgentAddress() const { return m_CorbaAgentHost; }  ///< the host, without a port
+    std::string GetNonSSLProfile() const { return m_NonSSLProfile; }
+
+    // -- Command lines: command_lines.cpp -------------------------------------------------------------------
+
+    /// Append the composed command to the member of that name, which they don't clear first.
+    void GetNamingServiceCmd();
+    void GetNotifyServiceCmd();
+    void GetCorbaAgentCmd();
+
+    /// Reads the settings and splits the agent's command into GetArgc and GetArgv. False when it can't be
+    /// split.
+    bool CorbaBaseAgentReConfig();
+
+    /// Takes the private options -ns, -nt and -out with their values out of `argv`; `argc` becomes the number
+    /// of arguments kept, which stand first and in their order. What was taken stands behind them.
+    void parse_args(int& argc, char** argv);
+
+    /// The text behind the first occurrence of `key` in `text`; empty when there is none.
+    std::string GetRightSubStr(const std::string& key, const std::string& text);
+
+    // -- IOR files: ior_files.cpp ---------------------------------------------------------------------------
+
+    /// Writes the stringified `object` to `file`, mode 0640 at most. The process's file mask changes
+    /// meanwhile.
+    int Write_ior(const char* file, CORBA::Object* object);
+    /// Reads a reference from the first line of `file`. `object` receives a new reference, nil on most
+    /// failures.
+    int Read_ior(const char* file, TAO_Pseudo_Out_T<CORBA::Object> object);
+
+    // -- Naming service: naming.cpp; nothing is cached, no lock is held -------------------------------------
+
+    bool GetNamingService(TAO_Objref_Out_T<CosNaming::NamingContext> context);
+    bool GetRef(const CosNaming::Name& name, TAO_Pseudo_Out_T<CORBA::Object> object);
+    /// Binds `object`, making the contexts on its way. An existing binding of that name is replaced.
+    bool RegistName(const CosNaming::Name& name, CORBA::Object* object);
+    /// Unbinds `name` and every context on its way, from the leaf to the root.
+    bool UnRegistName(const CosNaming::Name& name);
+    void ConstructEmsFactoryName(CosNaming::Name& name);
+    /// Binds the session factory under its TMF MTNM name and writes it to the file of option -out.
+    bool RegistEMSFactoryName(CORBA::Object* object);
+    bool UnRegistEMSFactoryName();
+    /// Where the EMS stands, and the host and port of the agent as "host:port".
+    void GetEmsAdditionalInfo(std::string& location, std::string& address);
+
+    // -- Companion services: companion_services.cpp; one thread at a time -----------------------------------
+
+    /// Starts the services that are configured to be, with a fixed grace period after each. False when the
+    /// environment root is missing or a process can't be spawned; a service that dies later goes unnoticed.
+    bool AutoStartService();
+    /// Kills the services that were started, without waiting for them.
+    void AutoExitService();
+    void DestroyService();
+
+    /// Read a service's settings again, for the operations that look for the service. Names and options that
+    /// are missing become empty; a port that is missing stays (naming) or becomes 0 (notify).
+    bool UpdateNamingServiceParams();
+    bool UpdateNotifyServiceParams(const char* name);
+
+    bool GetNamingServiceAddr(std::string& host, int& port, bool ssl);
+    bool GetNotifyServiceAddr(std::string& host, int& port, bool ssl);
+
+    /// Finds the channel factory, by its IOR file if there is one, else in the naming service.
+    bool GetNotifyFactory(TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory);
+
+    // -- Registries: registry.cpp; none owns what it points to ----------------------------------------------
+
+    /// Managers by name; a null name throws std::logic_error. One thread at a time.
+    void RegisterMgr(const char* name, MgrFactory* factory);
+    void UnregisterMgr(const char* name);
+    MgrFactory* GetNorthMgr(const char* name);
+    std::map<std::string, MgrFactory*>& GetNorthMgrMap();
+
+    /// Locks and hands out the module list. After a result that isn't null call FreeMGRList, and no _add_ref,
+    /// _remove_ref, RegisterModule or UnRegisterModule before that: the lock isn't recursive.
+    std::list<CorbaI*>* GetMGRList();
+    void FreeMGRList();
+    /// 0, or -1 when the list can't be locked. Any thread.
+    int RegisterModule(CorbaI* module);
+    void UnRegisterModule(CorbaI* module);
+
+    /// The disconnect alarm cache. One thread at a time.
+    std::map<std::string, std::string> GetDisconnectMap();
+    void SetDisconnectMap(const std::string& key, const std::string& value);
+
+    /// The bundle's request hooks; `impl` must outlive every request. Any thread.
+    void SetReqInterceptorImpl(RequestInterceptorBase* impl);
+    RequestInterceptorBase* GetReqInterceptorImpl();
+
+  private:
+    friend class CorbaBaseAgentConfigProbe;  // lets the unit tests see values that no accessor exposes
+
+    CorbaBaseAgentConfig();
+    ~CorbaBaseAgentConfig();
+    CorbaBaseAgentConfig(const CorbaBaseAgentConfig&) = delete;
+    CorbaBaseAgentConfig& operator=(const CorbaBaseAgentConfig&) = delete;
+
+    enum Flag { kFlagInterceptor, kFlagTimeShow, kFlagTimeZone, kFlagAffectObjName, kFlagCount };
+
+    bool StartOrb();
+    void RegisterOrbInitializer();
+    void LogOrbParams();
+    void ReadServerOptions(const NameValueList& items);
+    void ReadNameOptions(const NameValueList& items);
+    void ReadBehaviourOptions(const NameValueList& items);
+    void AdjustCorbaAgentOption(unsigned int sslMode);
+    void ReplaceLocalHosts();
+    bool BindContexts(CosNaming::NamingContext* context, const CosNaming::Name& name);
+    bool StartCompanion(const char* service, const std::string& bin, const std::string& command,
+                        time_t grace);
+
+    static CorbaBaseAgentConfig* m_pInstance;
+    static void (*s_pfnGracePeriod)(time_t seconds);  // sleeps; the unit tests put in one that doesn't
+
+    std::map<std::string, MgrFactory*> m_mapNorthMgr;
+    std::list<CorbaI*> m_listMGR;  // guarded by m_mutex
+    std::map<std::string, std::string> m_DisconnectAlarmMapInfo;
+    std::string m_EmsVersion;
+    std::string m_HostName{"localhost"};
+    CORBA::ORB_var m_ORB;
+    PortableServer::POA_var m_RootPOA;
+    char** m_argv = nullptr;           // made by ACE_OS::string_to_argv
+    char* m_nsIorFile = nullptr;       // new[]
+    char* m_ntIorFile = nullptr;       // new[]
+    char* ior_output_file_ = nullptr;  // new[]
+    unsigned long m_IteratorNum = 50;
+    unsigned long m_IteratorRestriction = 20;
+    unsigned long m_TimeInterval = 30;
+    std::string m_IDLVersion{"2.0"};
+    std::string m_EmsName{"Zorvex/KLV"};
+    std::string m_EmsType{"Tarvo oFabric M4400"};
+    unsigned long m_TimeOut = 60;
+    unsigned long m_EventQueueLength = 1000;
+    std::string m_NamingServiceName{"Naming_Service"};
+    std::string m_NamingServiceHost{"localhost"};
+    std::string m_NamingServiceOption{"-o ../ns.ior"};
+    std::string m_NotifyServiceName{"Notify_Service"};
+    std::string m_NotifyServiceHost{"localhost"};
+    std::string m_NotifyServiceOption{"-ORBSvcConf ../notify.conf"};
+    std::string m_CorbaAgentHost{"localhost"};
+    std::string m_CorbaAgentOption;
+    std::string m_NamingServiceCmd;
+    std::string m_NotifyServiceCmd;
+    std::string m_CorbaAgentCmd;
+    std::string m_EmsLocation{"local"};
+    ACE_Process_Manager m_ProcessMgr{100, nullptr};
+    std::map<std::string, int> m_mapServicePid;
+    ACE_Thread_Mutex m_mutex;
+    std::string m_SSLProfile;
+    std::string m_NonSSLProfile;
+    std::string m_ReservedStr1;
+    unsigned long m_AlarmTimeout = 1800;
+    unsigned long m_HeartBeatTimeout = 30;
+    unsigned long m_OtherEventTimeout = 86400;
+    std::string m_NBISSLPrivateKey;
+    std::string m_NBISSLCertificate;
+    std::string m_NBISSLCAfile;
+    std::string m_NBISSLPrivateKeyPasswd;
+    std::string m_NBISSLCRL;
+    std::string m_ReservedStr2;
+    std::vector<char> m_vecFlags = std::vector<char>(kFlagCount, 0);
+    ACE_RW_Mutex m_rwLock;
+    RequestInterceptorBase* m_pReqInterceptorImpl = nullptr;  // guarded by m_rwLock
+    std::string m_CorbaBundleName;
+    int m_argc = 0;
+    unsigned int m_ORBThrdNum = 4;
+    unsigned int m_SSLMode = 0;
+    int m_refCount = 0;  // guarded by m_mutex
+    int m_SessionReleaseStrategy = 1;
+    int m_MaxSession = 10;
+    int m_SingleThreadPushEvent = 1;
+    int m_SilentTime = 3600;
+    unsigned short m_ReservedPort = 0;
+    unsigned short m_NamingServicePort = 12001;
+    unsigned short m_NamingServiceSSLPort = 22001;
+    unsigned short m_NotifyServicePort = 12002;
+    unsigned short m_NotifyServiceSSLPort = 22002;
+    unsigned short m_CorbaAgentPort = 12003;
+    unsigned short m_CorbaAgentSSLPort = 0;
+    bool m_ORBThreadPool = true;
+    bool m_NamingServiceAutoStart = false;
+    bool m_NotifyServiceAutoStart = false;
+    bool m_NBISSLCRLCheckStatus = true;
+    bool m_UseIPAndPort = false;
+    bool m_PersistentEventChannel = false;
+    bool m_EmsPingMode = true;
+    bool m_ReservedFlag = false;
+};
+
+}  // namespace NS_CORBA
