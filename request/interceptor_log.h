@@ -1,0 +1,22 @@
+#pragma once
+
+#include "logging/corbalogutil.h"
+
+namespace NS_CORBA {
+
+/// The source name under which all of the interceptor logs.
+constexpr char kInterceptorSource[] = "agent_request_interceptor";
+
+/// Runs `log` with the position set to `line` of the interceptor. Drops what the log raises: what a client
+/// sees does not depend on the log.
+template <class Log>
+void LogQuietly(int line, Log&& log) noexcept {
+    try {
+        SetPos(kInterceptorSource, line);
+        log();
+    } catch (...) {
+        return;
+    }
+}
+
+}  // namespace NS_CORBA
