@@ -1,0 +1,198 @@
+#include "services/naming/data_directory.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "services/naming/start_error.h"
+#include "services/naming/text_file.h"
+
+namespace qv_naming {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::milliseconds kLockRetry{20};
+
+std::string Environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+fs::path BaseDirectory(const Settings& settings) {
+    if (const std::string base = Environment("QV_NAMING_DATA"); !base.empty()) {
+        return base;
+    }
+    if (!settings.ior_file.empty()) {
+        return fs::absolute(settings.ior_file).parent_path();
+    }
+    if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) {
+        return fs::path(state) / "qv_naming";
+    }
+    if (const std::string home = Environment("HOME"); !home.empty()) {
+        return fs::path(home) / ".local/state/qv_naming";
+    }
+    throw StartError("There is no place for the bindings: give a directory with \"-u\" or in QV_NAMING_DATA.",
+                     kExitUsage);
+}
+
+std::string FirstLine(const fs::path& file) {
+    std::ifstream input(file);
+    std::string line;
+    return std::getline(input, line) ? line : "unknown";
+}
+
+[[noreturn]] void FailFile(const std::string& action, const fs::path& path, const std::string& reason) {
+    throw StartError(
+        action + " " + path.string() + " failed: " + reason +
+        ". The bindings would be lost at the next start, so the naming service does not run. Correct "
+        "the rights or the space of the directory, or name another with \"-u\".");
+}
+
+}  // namespace
+
+fs::path ChooseDataDirectory(const Settings& settings) {
+    if (!settings.data_directory.empty()) {
+        return fs::absolute(settings.data_directory).lexically_normal();
+    }
+    return fs::absolute(BaseDirectory(settings) / ("naming-" + std::to_string(settings.port)))
+        .lexically_normal();
+}
+
+DataDirectory::DataDirectory(fs::path directory, std::chrono::milliseconds patience)
+    : directory_(std::move(directory)) {
+    Create();
+    Lock(patience);
+    try {
+        RequireWritable(directory_ / "probe", "the bindings of the naming service");
+    } catch (...) {
+        close(lock_);
+        throw;
+    }
+}
+
+DataDirectory::~DataDirectory() {
+    close(lock_);
+}
+
+fs::path DataDirectory::BindingFile() const {
+    return directory_ / "omninames.dat";
+}
+
+fs::path DataDirectory::BackupFile() const {
+    return directory_ / "omninames.bak";
+}
+
+fs::path DataDirectory::Remembered() const {
+    return directory_ / "omninames.start";
+}
+
+void DataDirectory::Create() const {
+    std::error_code error;
+    fs::create_directories(directory_, error);
+    if (error) {
+        FailFile("Making the data directory", directory_, error.message());
+    }
+}
+
+void DataDirectory::Lock(std::chrono::milliseconds patience) {
+    const fs::path file = directory_ / "lock";
+    // Not close-on-exec: the name server holds the lock as well.
+    lock_ = open(file.c_str(), O_RDWR | O_CREAT, 0644);  // NOLINT(android-cloexec-open)
+    if (lock_ < 0) {
+        FailFile("Opening", file, std::strerror(errno));
+    }
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            const std::string holder = FirstLine(file);
+            close(lock_);
+            throw StartError(
+                "The data directory " + directory_.string() +
+                " is held by a naming service that already runs (process " + holder +
+                "), and two would spoil each other's bindings. Use or end that one, or name another "
+                "directory with \"-u\".");
+        }
+        std::this_thread::sleep_for(kLockRetry);
+    }
+    const std::string holder = std::to_string(getpid()) + "\n";
+    if (ftruncate(lock_, 0) != 0 ||
+        pwrite(lock_, holder.data(), holder.size(), 0) != static_cast<ssize_t>(holder.size())) {
+        const int reason = errno;
+        close(lock_);
+        FailFile("Writing", file, std::strerror(reason));
+    }
+}
+
+std::string DataDirectory::Repair() {
+    std::error_code error;
+    if (!fs::exists(BindingFile(), error) && fs::exists(BackupFile(), error)) {
+        fs::rename(BackupFile(), BindingFile(), error);
+        if (error) {
+            FailFile("Bringing back the bindings from", BackupFile(), error.message());
+        }
+        return "The last naming service was interrupted while it replaced its binding file; the bindings "
+               "came back "
+               "from its backup." +
+               DropCutRecord();
+    }
+    return DropCutRecord();
+}
+
+std::string DataDirectory::DropCutRecord() {
+    std::ifstream input(BindingFile(), std::ios::binary);
+    if (!input) {
+        return {};
+    }
+    const std::string text{std::istreambuf_iterator<char>(input), {}};
+    const auto last_end = text.rfind('\n');
+    if (last_end == std::string::npos || last_end + 1 == text.size()) {
+        return {};
+    }
+    const fs::path kept = BindingFile().string() + ".damaged";
+    std::error_code error;
+    fs::copy_file(BindingFile(), kept, fs::copy_options::overwrite_existing, error);
+    if (error) {
+        FailFile("Keeping a copy of", BindingFile(), error.message());
+    }
+    ReplaceTextFile(BindingFile(), text.substr(0, last_end + 1), "the bindings of the naming service");
+    return "The last record of the binding file was cut short and is left out; the file as it was is " +
+           kept.string() + ".";
+}
+
+void DataDirectory::Remember() {
+    std::error_code error;
+    fs::remove(Remembered(), error);
+    if (fs::exists(BindingFile(), error)) {
+        // A hard link takes no space, and the name server replaces its file instead of rewriting it.
+        fs::create_hard_link(BindingFile(), Remembered(), error);
+        if (error) {
+            FailFile("Keeping the bindings under", Remembered(), error.message());
+        }
+    }
+}
+
+void DataDirectory::Commit() {
+    std::error_code error;
+    fs::remove(Remembered(), error);
+}
+
+void DataDirectory::RollBack() {
+    std::error_code error;
+    if (fs::exists(Remembered(), error)) {
+        // POSIX leaves both names when they are links to one file, hence the second step.
+        fs::rename(Remembered(), BindingFile(), error);
+        fs::remove(Remembered(), error);
+    }
+}
+
+}  // namespace qv_naming
