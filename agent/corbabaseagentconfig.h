@@ -8,7 +8,6 @@
 #include <tao/ORB.h>
 #include <tao/PortableServer/PortableServer.h>
 
-#include <cstdint>
 #include <ctime>
 #include <list>
 #include <map>
@@ -216,7 +215,6 @@ class QV_API CorbaBaseAgentConfig {
     void ReadBehaviourOptions(const NameValueList& items);
     void AdjustCorbaAgentOption(unsigned int sslMode);
     void ReplaceLocalHosts();
-    bool BindContexts(CosNaming::NamingContext* context, const CosNaming::Name& name);
     bool StartCompanion(const char* service, const std::string& bin, const std::string& command,
                         time_t grace);
 

@@ -10,6 +10,11 @@ namespace NS_CORBA {
 /// process.
 extern bool s_bWorkerStop;
 
+/// Number of threads of the pool: 0 in the settings stands for 4.
+constexpr unsigned int PoolThreadCount(unsigned int configured) {
+    return configured == 0 ? 4 : configured;
+}
+
 /// Blocks all signals in the calling thread; a failure is left in errno.
 void BlockAllSignals();
 

@@ -1,0 +1,193 @@
+#include <ace/OS_NS_stdio.h>
+#include <ace/Process.h>
+
+#include <cerrno>
+#include <ctime>
+
+#include "agent/corbabaseagentconfig.h"
+#include "logging/corbalogutil.h"
+#include "platform/corba_config_items.h"
+#include "platform/environment.h"
+
+namespace NS_CORBA {
+
+namespace {
+
+constexpr const char* kNamingService = "NamingService";
+constexpr const char* kNotifyService = "NotifyService";
+constexpr time_t kNamingGrace = 1;  // seconds
+constexpr time_t kNotifyGrace = 2;
+
+constexpr std::size_t kCommandLineSize = 1024;
+constexpr std::size_t kEnvironmentSize = 16384;
+constexpr std::size_t kEnvironmentSlots = 512;
+constexpr std::size_t kMaxArguments = 128;
+
+void SleepSeconds(time_t seconds) {
+    timespec left{seconds, 0};
+    while (::nanosleep(&left, &left) == -1 && errno == EINTR) {
+    }
+}
+
+CorbaBaseAgentConfig::NameValueList ReadStore() {
+    CorbaBaseAgentConfig::NameValueList items;
+    NS_BUNDLEMGR1::CorbaConfigItems::Instance()->GetCorbaConfigItems(items);
+    return items;
+}
+
+}  // namespace
+
+void (*CorbaBaseAgentConfig::s_pfnGracePeriod)(time_t seconds) = &SleepSeconds;
+
+bool CorbaBaseAgentConfig::AutoStartService() {
+    const std::string env = NS_BUNDLEMGR1::GetXDENEnvironment();
+    if (env.empty()) {
+        ACE_OS::printf("Can not find the Environment variant.");
+        return false;
+    }
+    const std::string bin = env + "/../cbb/nbi/nbicbb_3p/share/bin";
+    if (m_NamingServiceAutoStart && !StartCompanion(kNamingService, bin, m_NamingServiceCmd, kNamingGrace)) {
+        return false;
+    }
+    if (m_NotifyServiceAutoStart && !StartCompanion(kNotifyService, bin, m_NotifyServiceCmd, kNotifyGrace)) {
+        return false;
+    }
+    return true;
+}
+
+bool CorbaBaseAgentConfig::StartCompanion(const char* service, const std::string& bin,
+                                          const std::string& command, time_t grace) {
+    TA_POS;
+    TaTrace("Corba Service[%s] auto starting...\n", service);
+    ACE_Process_Options options(true, kCommandLineSize, kEnvironmentSize, kEnvironmentSlots, kMaxArguments);
+    options.working_directory(bin.c_str());
+// The command is the format itself: operators have come to write "%%" for a percent sign in names and
+// options.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
+    options.command_line((bin + "/" + command).c_str());
+#pragma GCC diagnostic pop
+    const pid_t pid = m_ProcessMgr.spawn(options, nullptr);
+    if (pid == -1) {
+        return false;
+    }
+    s_pfnGracePeriod(grace);
+    m_mapServicePid[service] = pid;
+    TA_POS;
+    TaTrace("Corba Service[%s] has started!\n", service);
+    return true;
+}
+
+void CorbaBaseAgentConfig::AutoExitService() {
+    for (const auto& [service, pid] : m_mapServicePid) {
+        TA_POS;
+        TaTrace("Corba Service[%s] exiting... ", service.c_str());
+        m_ProcessMgr.terminate(pid);
+        TA_POS;
+        TaTrace("Corba Service[%s] has exited! ", service.c_str());
+    }
+}
+
+void CorbaBaseAgentConfig::DestroyService() {
+    AutoExitService();
+}
+
+bool CorbaBaseAgentConfig::UpdateNamingServiceParams() {
+    const NameValueList items = ReadStore();
+    const auto updateText = [&](const char* key, std::string& member) {
+        std::string text;
+        GetOptionByName(items, key, text);
+        if (text != member) {
+            member = text;
+        }
+    };
+    const auto updatePort = [&](const char* key, unsigned short& member) {
+        int port = 0;
+        GetOptionByName(items, key, port);
+        if (port != 0) {
+            member = static_cast<unsigned short>(port);
+        }
+    };
+    updateText("NamingService_Name", m_NamingServiceName);
+    updateText("NamingService_Host", m_NamingServiceHost);
+    updateText("NamingService_Option", m_NamingServiceOption);
+    updatePort("NamingService_Port", m_NamingServicePort);
+    updatePort("NamingService_SSLPort", m_NamingServiceSSLPort);
+    return true;
+}
+
+bool CorbaBaseAgentConfig::UpdateNotifyServiceParams(const char* /*name*/) {
+    if (NS_BUNDLEMGR1::GetCfgDirPath().empty()) {
+        ACE_OS::printf("Can not find the Environment variant.\n");
+        return false;
+    }
+    const NameValueList items = ReadStore();
+    const auto updatePort = [&](const char* key, unsigned short& member) {
+        int port = 0;
+        GetOptionByName(items, key, port);
+        member = static_cast<unsigned short>(port);
+    };
+    const auto updateText = [&](const char* key, std::string& member) {
+        std::string text;
+        GetOptionByName(items, key, text);
+        member = text;
+    };
+    updatePort("NotifyService_Port", m_NotifyServicePort);
+    updatePort("NotifyService_SSLPort", m_NotifyServiceSSLPort);
+    updateText("NotifyService_Name", m_NotifyServiceName);
+    updateText("NotifyService_Host", m_NotifyServiceHost);
+    updateText("NotifyService_Option", m_NotifyServiceOption);
+    return true;
+}
+
+bool CorbaBaseAgentConfig::GetNamingServiceAddr(std::string& host, int& port, bool ssl) {
+    host = m_NamingServiceHost;
+    port = ssl ? m_NamingServiceSSLPort : m_NamingServicePort;
+    return true;
+}
+
+bool CorbaBaseAgentConfig::GetNotifyServiceAddr(std::string& host, int& port, bool ssl) {
+    host = m_NotifyServiceHost;
+    port = ssl ? m_NotifyServiceSSLPort : m_NotifyServicePort;
+    return true;
+}
+
+bool CorbaBaseAgentConfig::GetNotifyFactory(
+    TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory) {
+    if (CORBA::is_nil(m_ORB.in())) {
+        TA_POS;
+        TaTrace("[CorbaBaseAgentConfig::GetNotifyFactory] ORB is nil!");
+        return false;
+    }
+    CORBA::Object_var object;
+    bool found = false;
+    if (m_ntIorFile != nullptr) {
+        found = Read_ior(m_ntIorFile, object) == 0;
+        if (!found) {
+            TA_POS;
+            TaTrace("[CorbaBaseAgentConfig::GetNotifyFactory] Read_ior failed!");
+        }
+    }
+    if (!found) {
+        CosNaming::Name name(1);
+        name.length(1);
+        name[0].id = CORBA::string_dup("NotifyEventChannelFactory");
+        name[0].kind = CORBA::string_dup("");
+        if (!GetRef(name, object)) {
+            TA_POS;
+            TaTrace("[CorbaBaseAgentConfig::GetNotifyFactory] GetRef failed!");
+            return false;
+        }
+    }
+    try {
+        factory = CosNotifyChannelAdmin::EventChannelFactory::_narrow(object.in());
+        return true;
+    } catch (CORBA::Exception& ex) {
+        TA_POS;
+        TaException(ex, "[CorbaBaseAgentConfig::GetNotifyFactory] Narrow object ref failed!");
+        return false;
+    }
+}
+
+}  // namespace NS_CORBA

@@ -1,0 +1,143 @@
+#include "agent/corbabaseagentconfig.h"
+
+#include <ace/Guard_T.h>
+#include <ace/OS_NS_stdlib.h>
+#include <ace/Object_Manager.h>
+#include <ace/Recursive_Thread_Mutex.h>
+#include <tao/ORBInitializer_Registry.h>
+#include <tao/PI/PI.h>
+
+#include "agent/owned_text.h"
+#include "agent/worker.h"
+#include "logging/corbalogutil.h"
+#include "orb/portability.h"
+#include "platform/self_util_common.h"
+#include "request/agent_request_interceptor.h"
+
+namespace NS_CORBA {
+
+CorbaBaseAgentConfig* CorbaBaseAgentConfig::m_pInstance = nullptr;
+bool s_bWorkerStop = false;
+
+CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
+    if (m_pInstance == nullptr) {
+        ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
+        if (guard.locked() && m_pInstance == nullptr) {
+            m_pInstance = new CorbaBaseAgentConfig;
+        }
+    }
+    return m_pInstance;
+}
+
+void CorbaBaseAgentConfig::Destroy() {
+    if (m_pInstance == nullptr) {
+        return;
+    }
+    ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
+    delete m_pInstance;
+    m_pInstance = nullptr;
+}
+
+CorbaBaseAgentConfig::CorbaBaseAgentConfig()
+    : m_ntIorFile(NewText(NS_UTIL::SelfUtilCommon::getEnvValue("_APP_SHARE_DIR") +
+                          "/../NotifyService/var/oss_tmp/nbi/corba/nt.ior")) {}
+
+CorbaBaseAgentConfig::~CorbaBaseAgentConfig() {
+    delete[] m_nsIorFile;
+    delete[] m_ntIorFile;
+    delete[] ior_output_file_;
+    if (m_argv != nullptr) {
+        for (char** argument = m_argv; *argument != nullptr; ++argument) {
+            ACE_OS::free(*argument);
+        }
+        delete[] m_argv;
+    }
+    m_RootPOA = PortableServer::POA::_nil();
+    m_ORB = CORBA::ORB::_nil();
+}
+
+bool CorbaBaseAgentConfig::Init(const std::string& bundleName) {
+    SetCorbaBundleName(bundleName);
+    if (!CorbaBaseAgentReConfig()) {
+        TA_POS;
+        TaTrace("CorbaBaseAgentConfig::CorbaBaseAgentReConfig] failed !\n");
+        return false;
+    }
+    if (!AutoStartService()) {
+        AutoExitService();
+        return false;
+    }
+    try {
+        return StartOrb();
+    } catch (CORBA::Exception&) {
+        TA_POS;
+        TaTrace("Exception received during orb initializing!\n");
+        return false;
+    }
+}
+
+bool CorbaBaseAgentConfig::StartOrb() {
+    int count = GetArgc();  // the ORB shortens its own count, m_argc stays as it is
+
+    Server_ORBInitializer* initializer = new Server_ORBInitializer;
+    PortableInterceptor::ORBInitializer_var initializerReference = initializer;
+    initializer->SetInterceptorName("ZorVexCorbaAgent");
+    PortableInterceptor::register_orb_initializer(initializerReference.in());
+
+    LogOrbParams();
+    qv_orb::SetIpFlag(true);
+    qv_orb::SetServantThreads(ORBThreadPool() ? PoolThreadCount(GetORBThrdNum()) : 1);
+    m_ORB = CORBA::ORB_init(count, m_argv, nullptr);
+    if (CORBA::is_nil(m_ORB.in())) {
+        TA_POS;
+        TaTrace("[CorbaBaseAgentConfig::Init]: m_ORB is null\n");
+        return false;
+    }
+    CORBA::Object_var object = m_ORB->resolve_initial_references("RootPOA");
+    if (CORBA::is_nil(object.in())) {
+        return false;
+    }
+    m_RootPOA = PortableServer::POA::_narrow(object.in());
+    return true;
+}
+
+void CorbaBaseAgentConfig::LogOrbParams() {
+    std::string text("ORB init params:");
+    for (int i = 0; i < m_argc; ++i) {
+        text.append(m_argv[i]).append(" ");
+    }
+    TA_POS;
+    TaTrace("%s", text.c_str());
+}
+
+CORBA::ORB* CorbaBaseAgentConfig::GetOrb() {
+    return CORBA::ORB::_duplicate(m_ORB.in());
+}
+
+void CorbaBaseAgentConfig::SetOrb(CORBA::ORB* orb) {
+    CORBA::ORB_var own =
+        CORBA::ORB::_duplicate(orb);  // first, as the old reference may be the last to this ORB
+    m_ORB = own._retn();
+}
+
+PortableServer::POA* CorbaBaseAgentConfig::GetRootPoa() {
+    return PortableServer::POA::_duplicate(m_RootPOA.in());
+}
+
+int CorbaBaseAgentConfig::GetArgc() {
+    return m_argc;
+}
+
+char** CorbaBaseAgentConfig::GetArgv() {
+    return m_argv;
+}
+
+void CorbaBaseAgentConfig::SetCorbaBundleName(const std::string& name) {
+    m_CorbaBundleName = name;
+}
+
+std::string CorbaBaseAgentConfig::GetCorbaBundleName() {
+    return m_CorbaBundleName;
+}
+
+}  // namespace NS_CORBA
