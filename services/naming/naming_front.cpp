@@ -82,11 +82,11 @@ int NamingFront::Run() {
         Tell(sentence);
     }
     const std::string program = FindNameServer();
-    DataDirectory data(ChooseDataDirectory(settings_), kLockPatience);
-    const AddressList addresses = ListenAddresses(settings_.host, settings_.port);
     if (!settings_.ior_file.empty()) {
         RequireWritable(settings_.ior_file, kReferencePurpose);
     }
+    DataDirectory data(ChooseDataDirectory(settings_), kLockPatience);
+    const AddressList addresses = ListenAddresses(settings_.host, settings_.port);
     if (!settings_.pid_file.empty()) {
         ReplaceTextFile(settings_.pid_file, std::to_string(getpid()) + "\n", kPidPurpose);
     }
