@@ -1,0 +1,69 @@
+#include "standalone/consistency.h"
+
+#include <map>
+#include <string>
+
+#include "standalone/settings_file.h"
+#include "standalone/settings_table.h"
+
+namespace qv_standalone {
+namespace {
+
+constexpr const char* kStays = "both stay as they are";
+
+std::string ValueInForce(const SettingsFile& file, const std::string& key) {
+    std::string value;
+    for (const auto& item : file.items) {
+        if (item.name == key) {
+            return item.value;
+        }
+    }
+    const Setting* const setting = FindSetting("agent", key);
+    return setting == nullptr ? "" : setting->initial;
+}
+
+int LineOfKey(const SettingsFile& file, const std::string& key) {
+    const auto found = file.lines.find(key);
+    return found == file.lines.end() ? 0 : found->second;
+}
+
+std::string Host(const SettingsFile& file, const std::string& process) {
+    const std::string host = ValueInForce(file, process + "_Host");
+    return host == "127.0.0.1" ? "localhost" : host;
+}
+
+void CheckPorts(SettingsFile& file, bool ssl) {
+    std::map<std::string, std::string> takenBy;  // "host:port" to the key that takes it
+    for (const char* const process : {"NamingService", "NotifyService", "CORBAAgent"}) {
+        for (const char* const suffix : {"_Port", "_SSLPort"}) {
+            const std::string key = std::string(process) + suffix;
+            const std::string port = ValueInForce(file, key);
+            const bool listens = port != "0" && (ssl || std::string(suffix) == "_Port");
+            if (!listens) {
+                continue;
+            }
+            const auto [entry, isNew] = takenBy.emplace(Host(file, process) + ":" + port, key);
+            if (!isNew) {
+                const bool mentioned = LineOfKey(file, key) > 0;
+                const std::string& at = mentioned ? key : entry->second;
+                const std::string& other = mentioned ? entry->second : key;
+                file.findings.push_back(
+                    {LineOfKey(file, at), at, "port " + port + " is the one of " + other + ", too", kStays});
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void AddConsistencyFindings(SettingsFile& file) {
+    const bool ssl = ValueInForce(file, "SSLMode") != "0";
+    CheckPorts(file, ssl);
+    if (ssl && ValueInForce(file, "SSL_Profile").empty()) {
+        file.findings.push_back({LineOfKey(file, "SSLMode"), "SSLMode",
+                                 "SSL is on, but SSL_Profile names no file with key and certificate",
+                                 kStays});
+    }
+}
+
+}  // namespace qv_standalone
