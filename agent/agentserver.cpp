@@ -30,16 +30,33 @@ PortableServer::POAManager_var RootPoaManager() {
     return CORBA::is_nil(root.in()) ? PortableServer::POAManager::_nil() : root->the_POAManager();
 }
 
-void TraceOrbThread(const char* what) {
-    char text[250] = {};
-    const int thread = static_cast<int>(pthread_self());
-    if (snprintf_s(text, sizeof(text), sizeof(text) - 1, "[AgentServer::Run] Corba ORB Thread %d %s!", thread,
-                   what) < 0) {
+constexpr std::size_t kThreadTextSize = 250;
+
+int ThreadNumber() {
+    return static_cast<int>(pthread_self());
+}
+
+void TraceFormatted(int formatted, const char* text) {
+    if (formatted < 0) {
         TA_POS;
         TaTrace("snprintf_s failed.");
     }
     TA_POS;
     TaTrace("%s", text);
+}
+
+void TraceStart() {
+    char text[kThreadTextSize] = {};
+    const int formatted = snprintf_s(text, sizeof(text), sizeof(text) - 1,
+                                     "[AgentServer::Run] Corba ORB Thread %d start!", ThreadNumber());
+    TraceFormatted(formatted, text);
+}
+
+void TraceExit() {
+    char text[kThreadTextSize] = {};
+    const int formatted = snprintf_s(text, sizeof(text), sizeof(text) - 1,
+                                     "[AgentServer::Run] Corba ORB Thread %d exit!", ThreadNumber());
+    TraceFormatted(formatted, text);
 }
 
 /// Serves with a pool until its threads end. False when the threads could not be had.
@@ -105,7 +122,7 @@ int AgentServer::Discard() {
 
 int AgentServer::Run() {
     BlockAllSignals();
-    TraceOrbThread("start");
+    TraceStart();
     try {
         CorbaBaseAgentConfig* config = CorbaBaseAgentConfig::Instance();
         CORBA::ORB_var orb = config->GetOrb();
@@ -114,7 +131,7 @@ int AgentServer::Run() {
         } else if (!RunPool(orb.in(), PoolThreadCount(config->GetORBThrdNum()))) {
             return 0;
         }
-        TraceOrbThread("exit");
+        TraceExit();
         return 0;
     } catch (CORBA::SystemException& ex) {
         TA_POS;

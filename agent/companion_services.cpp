@@ -13,11 +13,6 @@ namespace NS_CORBA {
 
 namespace {
 
-constexpr const char* kNamingService = "NamingService";
-constexpr const char* kNotifyService = "NotifyService";
-constexpr time_t kNamingGrace = 1;  // seconds
-constexpr time_t kNotifyGrace = 2;
-
 constexpr std::size_t kCommandLineSize = 1024;
 constexpr std::size_t kEnvironmentSize = 16384;
 constexpr std::size_t kEnvironmentSlots = 512;
@@ -37,6 +32,13 @@ CorbaBaseAgentConfig::NameValueList ReadStore() {
 
 }  // namespace
 
+struct CorbaBaseAgentConfig::Companion {
+    const char* service;  // key of m_mapServicePid
+    const char* starting;
+    const char* started;
+    time_t grace;  // seconds
+};
+
 void (*CorbaBaseAgentConfig::s_pfnGracePeriod)(time_t seconds) = &SleepSeconds;
 
 bool CorbaBaseAgentConfig::AutoStartService() {
@@ -46,36 +48,40 @@ bool CorbaBaseAgentConfig::AutoStartService() {
         return false;
     }
     const std::string bin = env + "/../cbb/nbi/nbicbb_3p/share/bin";
-    if (m_NamingServiceAutoStart && !StartCompanion(kNamingService, bin, m_NamingServiceCmd, kNamingGrace)) {
+    static constexpr Companion kNaming{"NamingService", "Corba Service[NamingService] auto starting...\n",
+                                       "Corba Service[NamingService] has started!\n", 1};
+    static constexpr Companion kNotify{"NotifyService", "Corba Service[NotifyService] auto starting...\n",
+                                       "Corba Service[NotifyService] has started!\n", 2};
+    if (m_NamingServiceAutoStart && !StartCompanion(kNaming, bin, m_NamingServiceCmd)) {
         return false;
     }
-    if (m_NotifyServiceAutoStart && !StartCompanion(kNotifyService, bin, m_NotifyServiceCmd, kNotifyGrace)) {
+    if (m_NotifyServiceAutoStart && !StartCompanion(kNotify, bin, m_NotifyServiceCmd)) {
         return false;
     }
     return true;
 }
 
-bool CorbaBaseAgentConfig::StartCompanion(const char* service, const std::string& bin,
-                                          const std::string& command, time_t grace) {
+bool CorbaBaseAgentConfig::StartCompanion(const Companion& companion, const std::string& bin,
+                                          const std::string& command) {
     TA_POS;
-    TaTrace("Corba Service[%s] auto starting...\n", service);
+    TaTrace("%s", companion.starting);
     ACE_Process_Options options(true, kCommandLineSize, kEnvironmentSize, kEnvironmentSlots, kMaxArguments);
     options.working_directory(bin.c_str());
-// The command is the format itself: operators have come to write "%%" for a percent sign in names and
-// options.
+// The command is the format itself, so that "%%" in a setting stands for a percent sign. Any other directive
+// finds empty text to print, and not what happens to lie on the stack.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#pragma GCC diagnostic ignored "-Wformat-security"
-    options.command_line((bin + "/" + command).c_str());
+    char none[sizeof(long)] = {};
+    options.command_line((bin + "/" + command).c_str(), none, none, none, none, none, none, none, none);
 #pragma GCC diagnostic pop
     const pid_t pid = m_ProcessMgr.spawn(options, nullptr);
     if (pid == -1) {
         return false;
     }
-    s_pfnGracePeriod(grace);
-    m_mapServicePid[service] = pid;
+    s_pfnGracePeriod(companion.grace);
+    m_mapServicePid[companion.service] = pid;
     TA_POS;
-    TaTrace("Corba Service[%s] has started!\n", service);
+    TaTrace("%s", companion.started);
     return true;
 }
 

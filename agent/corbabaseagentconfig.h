@@ -207,16 +207,16 @@ class QV_API CorbaBaseAgentConfig {
 
     enum Flag { kFlagInterceptor, kFlagTimeShow, kFlagTimeZone, kFlagAffectObjName, kFlagCount };
 
+    struct Companion;
+
     bool StartOrb();
-    void RegisterOrbInitializer();
     void LogOrbParams();
     void ReadServerOptions(const NameValueList& items);
     void ReadNameOptions(const NameValueList& items);
     void ReadBehaviourOptions(const NameValueList& items);
     void AdjustCorbaAgentOption(unsigned int sslMode);
     void ReplaceLocalHosts();
-    bool StartCompanion(const char* service, const std::string& bin, const std::string& command,
-                        time_t grace);
+    bool StartCompanion(const Companion& companion, const std::string& bin, const std::string& command);
 
     static CorbaBaseAgentConfig* m_pInstance;
     static void (*s_pfnGracePeriod)(time_t seconds);  // sleeps; the unit tests put in one that doesn't
