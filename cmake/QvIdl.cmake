@@ -1,0 +1,90 @@
+# qv_add_idl(<target> IDL a.idl b.idl … [INCLUDE_DIRS dir…] [TYPE STATIC|SHARED] [LINK target…])
+#
+# Compiles IDL for the ORB in use into one library: stubs, skeletons and the operation tables by which interceptors see
+# a request's arguments. Sources include "aC.h" for the stubs of a.idl and "aS.h" for its skeletons. INCLUDE_DIRS are
+# searched for #include in the IDL; LINK names further targets of qv_add_idl whose IDL is included.
+find_program(QV_OMNIIDL omniidl REQUIRED)
+set(QV_IDL_BACKEND_DIR ${CMAKE_CURRENT_LIST_DIR}/idl CACHE INTERNAL "Folder of the operation table back-end")
+set(QV_STANDARD_IDL_DIRS /usr/share/idl/omniORB /usr/share/idl/omniORB/COS
+  CACHE STRING "Folders with the IDL files of the OMG")
+
+# Generates the sources of one IDL file into `dir` and appends their names to the variable named.
+function(qv_generate_idl idl dir include_dirs out_variable)
+  get_filename_component(idl ${idl} ABSOLUTE)
+  get_filename_component(name ${idl} NAME_WE)
+  set(flags)
+  foreach(folder IN LISTS include_dirs QV_STANDARD_IDL_DIRS)
+    list(APPEND flags -I${folder})
+  endforeach()
+  set(generated ${dir}/${name}.hh ${dir}/${name}SK.cc ${dir}/${name}DynSK.cc ${dir}/${name}_tables.cpp)
+  add_custom_command(
+    OUTPUT ${generated}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${dir}
+    COMMAND ${QV_OMNIIDL} ${flags} -C${dir} -p${QV_IDL_BACKEND_DIR}
+      -bcxx -Wba -Wbh=.hh -Wbs=SK.cc -Wbd=DynSK.cc -bqv_tables ${idl}
+    DEPENDS ${idl} ${QV_IDL_BACKEND_DIR}/qv_tables.py
+    COMMENT "Compiling ${name}.idl"
+    VERBATIM)
+  file(CONFIGURE OUTPUT ${dir}/${name}C.h CONTENT
+"// Stubs of @name@.idl. Generated; changes are lost.
+#pragma once
+
+#include <tao/ORB.h>
+
+#include \"@name@.hh\"
+" @ONLY)
+  string(MAKE_C_IDENTIFIER ${name} symbol)
+  file(CONFIGURE OUTPUT ${dir}/${name}S.h CONTENT
+"// Skeletons of @name@.idl. Generated; changes are lost.
+#pragma once
+
+#include <tao/PortableServer/PortableServer.h>
+
+#include \"@name@C.h\"
+
+// Whoever implements a servant needs the operation tables: this reference draws them out of an archive.
+extern const bool qv_tables_@symbol@;
+namespace {
+[[gnu::used]] const bool* const qv_use_tables_@symbol@ = &qv_tables_@symbol@;
+}
+" @ONLY)
+  set(${out_variable} ${${out_variable}} ${generated} PARENT_SCOPE)
+endfunction()
+
+function(qv_add_idl target)
+  cmake_parse_arguments(arg "" "TYPE" "IDL;INCLUDE_DIRS;LINK" ${ARGN})
+  if(NOT arg_IDL)
+    message(FATAL_ERROR "qv_add_idl(${target}): no IDL files given")
+  endif()
+  if(NOT arg_TYPE)
+    set(arg_TYPE STATIC)
+  endif()
+  set(dir ${CMAKE_CURRENT_BINARY_DIR}/${target}_idl)
+  set(include_dirs ${CMAKE_CURRENT_SOURCE_DIR})
+  foreach(folder IN LISTS arg_INCLUDE_DIRS)
+    get_filename_component(folder ${folder} ABSOLUTE)
+    list(APPEND include_dirs ${folder})
+  endforeach()
+  foreach(other IN LISTS arg_LINK)
+    get_target_property(folders ${other} QV_IDL_DIRS)
+    list(APPEND include_dirs ${folders})
+  endforeach()
+  set(sources)
+  foreach(idl IN LISTS arg_IDL)
+    qv_generate_idl(${idl} ${dir} "${include_dirs}" sources)
+    get_filename_component(folder ${idl} ABSOLUTE)
+    get_filename_component(folder ${folder} DIRECTORY)
+    list(APPEND include_dirs ${folder})
+  endforeach()
+  list(REMOVE_DUPLICATES include_dirs)
+  add_library(${target} ${arg_TYPE} ${sources})
+  set_target_properties(${target} PROPERTIES QV_IDL_DIRS "${include_dirs}" POSITION_INDEPENDENT_CODE ON)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  target_compile_options(${target} PRIVATE -w)
+  target_include_directories(${target} SYSTEM PUBLIC $<BUILD_INTERFACE:${dir}>)
+  if(TARGET qv::orb)
+    target_link_libraries(${target} PUBLIC qv::orb ${arg_LINK})
+  else()
+    target_link_libraries(${target} PUBLIC qv_orb ${arg_LINK})
+  endif()
+endfunction()

@@ -1,0 +1,4 @@
+// What stubs of IDL that includes corbaidl.idl ask for: part of the ORB's own header.
+#pragma once
+
+#include "qv_orb/orb_base.h"

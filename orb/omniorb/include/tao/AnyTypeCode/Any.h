@@ -1,0 +1,4 @@
+// CORBA::Any.
+#pragma once
+
+#include "qv_orb/orb_base.h"

@@ -1,0 +1,4 @@
+// module Dynamic: parameter lists.
+#pragma once
+
+#include "qv_orb/dynamic.h"

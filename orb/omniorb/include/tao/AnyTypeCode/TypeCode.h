@@ -1,0 +1,4 @@
+// CORBA::TypeCode.
+#pragma once
+
+#include "qv_orb/orb_base.h"

@@ -1,0 +1,4 @@
+// module DynamicAny.
+#pragma once
+
+#include "qv_orb/orb_base.h"

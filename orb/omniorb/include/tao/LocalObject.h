@@ -1,0 +1,4 @@
+// CORBA::LocalObject.
+#pragma once
+
+#include "qv_orb/orb_base.h"

@@ -1,0 +1,4 @@
+// module PortableInterceptor, what servers and clients share.
+#pragma once
+
+#include "qv_orb/portable_interceptor.h"

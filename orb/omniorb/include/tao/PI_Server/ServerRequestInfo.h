@@ -1,0 +1,4 @@
+// PortableInterceptor::ServerRequestInfo.
+#pragma once
+
+#include "qv_orb/portable_interceptor.h"

@@ -1,0 +1,4 @@
+// CORBA::Policy and PolicyList.
+#pragma once
+
+#include "qv_orb/orb_base.h"

@@ -1,0 +1,4 @@
+// module PortableServer.
+#pragma once
+
+#include "qv_orb/orb_base.h"

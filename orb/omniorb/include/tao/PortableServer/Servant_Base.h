@@ -1,0 +1,4 @@
+// TAO_ServantBase.
+#pragma once
+
+#include "qv_orb/orb_base.h"

@@ -1,0 +1,4 @@
+// The system exceptions.
+#pragma once
+
+#include "qv_orb/orb_base.h"

@@ -1,0 +1,4 @@
+// CORBA::UserException.
+#pragma once
+
+#include "qv_orb/orb_base.h"

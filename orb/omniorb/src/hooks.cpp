@@ -1,0 +1,97 @@
+#include "hooks.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include "orb_internals.h"
+#include "thread_state.h"
+#include "upcall.h"
+
+namespace qv_orb {
+namespace {
+
+CORBA::Boolean RequestReceived(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
+    thread_state().request = &info.giop_s;
+    return true;
+}
+
+void SendReplyContexts(omni::GIOP_S& request) {
+    ThreadState& thread = thread_state();
+    thread.request = nullptr;
+    IOP::ServiceContextList& added = thread.reply_contexts;
+    if (added.length() == 0) {
+        return;
+    }
+    IOP::ServiceContextList& reply = request.service_contexts();
+    const CORBA::ULong first = reply.length();
+    reply.length(first + added.length());
+    for (CORBA::ULong i = 0; i < added.length(); ++i) {
+        reply[first + i] = added[i];
+    }
+    added.length(0);
+}
+
+CORBA::Boolean ReplySent(omni::omniInterceptors::serverSendReply_T::info_T& info) {
+    SendReplyContexts(info.giop_s);
+    return true;
+}
+
+CORBA::Boolean ExceptionSent(omni::omniInterceptors::serverSendException_T::info_T& info) {
+    SendReplyContexts(info.giop_s);
+    return true;
+}
+
+// A thread that serves connections leaves no trace of its last request behind.
+void UpcallThreadAssigned(omni::omniInterceptors::assignUpcallThread_T::info_T& info) {
+    thread_state().request = nullptr;
+    info.run();
+    thread_state().request = nullptr;
+}
+
+void ThreadCreated(omni::omniInterceptors::createThread_T::info_T& info) {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    info.run();
+}
+
+// The ORB's interface has no virtual destructor; the one listener lives as long as the process.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+class DestructionListener final : public omni::omniInitialiser {
+  public:
+    explicit DestructionListener(void (*function)()) : function_(function) {}
+    void attach() override {}
+    void detach() override { function_(); }
+
+  private:
+    void (*const function_)();
+};
+#pragma GCC diagnostic pop
+
+}  // namespace
+
+void InstallHooks() {
+    static const bool installed = [] {
+        omni::omniInterceptors* hooks = omniORB::getInterceptors();
+        hooks->createThread.add(ThreadCreated);
+        hooks->assignUpcallThread.add(UpcallThreadAssigned);
+        hooks->serverReceiveRequest.add(RequestReceived);
+        hooks->serverSendReply.add(ReplySent);
+        hooks->serverSendException.add(ExceptionSent);
+        hooks->invokeLocalCall.add(InterceptUpcall);
+        return true;
+    }();
+    static_cast<void>(installed);
+}
+
+void OnOrbDestroyed(void (*function)()) {
+    static DestructionListener listener(function);
+    static const bool installed = [] {
+        omni::omniInitialiser::install(&listener);
+        return true;
+    }();
+    static_cast<void>(installed);
+}
+
+}  // namespace qv_orb

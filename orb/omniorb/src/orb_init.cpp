@@ -1,0 +1,154 @@
+#include <pthread.h>
+#include <signal.h>
+
+#include <atomic>
+#include <mutex>
+#include <stdexcept>
+
+#include "diagnostics.h"
+#include "hooks.h"
+#include "interposed.h"
+#include "orb_init_info.h"
+#include "orb_options.h"
+#include "orb_state.h"
+#include "slots.h"
+#include "underlying_orb.h"
+
+namespace qv_orb {
+namespace {
+
+std::mutex g_init_mutex;
+std::atomic<bool> g_orb_exists{false};
+
+// Threads that the ORB starts while it is made inherit the mask of their creator.
+class AllSignalsBlocked {
+  public:
+    AllSignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, &before_);
+    }
+    ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+void ForgetInterceptors() {
+    OrbState& state = orb_state();
+    for (const auto& interceptor : state.server_interceptors) {
+        try {
+            interceptor->destroy();
+        } catch (...) {
+            Report("an interceptor raised an exception from destroy(); it is dropped all the same");
+        }
+    }
+    state.server_interceptors.clear();
+    state.slot_count = 0;
+}
+
+void OrbDestroyed() {
+    ForgetInterceptors();
+    g_orb_exists = false;
+}
+
+OrbOptions TakeOptions(int& argc, char** argv) {
+    try {
+        return TakeOrbOptions(argc, argv);
+    } catch (const std::invalid_argument& problem) {
+        Report(problem.what());
+        throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
+    }
+}
+
+void StartState(const std::vector<std::string>& arguments, const OrbOptions& options, const char* orb_id) {
+    OrbState& state = orb_state();
+    state.arguments = arguments;
+    state.orb_id = orb_id != nullptr && *orb_id != '\0' ? orb_id : options.orb_id;
+    state.server_id = options.server_id;
+    state.slot_count = 0;
+    state.server_interceptors.clear();
+}
+
+void ReportInertOptions(const OrbOptions& options) {
+    for (const std::string& option : options.without_effect) {
+        ReportOnce("the option " + option + " has no counterpart in this ORB and no effect");
+    }
+}
+
+void CheckGate() {
+    std::string what;
+    if (!orb_state().server_interceptors.empty() && !InterpositionInForce(what)) {
+        Report(what);
+        throw CORBA::INITIALIZE(0, CORBA::COMPLETED_NO);
+    }
+}
+
+// The time in which initializers may use their ORBInitInfo.
+class InitialisationRun {
+  public:
+    InitialisationRun() { orb_state().initialising = true; }
+    ~InitialisationRun() {
+        info_->Close();
+        orb_state().initialising = false;
+    }
+    InitialisationRun(const InitialisationRun&) = delete;
+    InitialisationRun& operator=(const InitialisationRun&) = delete;
+
+    InitInfo* info() { return info_; }
+
+  private:
+    LocalVar<InitInfo> info_{new InitInfo};
+};
+
+void RegisterCurrent(CORBA::ORB_ptr orb) {
+    PortableInterceptor::Current_var current = new PICurrent;
+    orb->register_initial_reference("PICurrent", current);
+}
+
+CORBA::ORB_ptr MakeOrb(const OrbOptions& options) {
+    const auto initializers = RegisteredInitializers();
+    InitialisationRun run;
+    for (const auto& initializer : initializers) {
+        initializer->pre_init(run.info());
+    }
+    CORBA::ORB_var orb = MakeUnderlyingOrb(options);
+    g_orb_exists = true;
+    try {
+        InstallHooks();
+        RegisterCurrent(orb);
+        run.info()->OrbMade(orb);
+        for (const auto& initializer : initializers) {
+            initializer->post_init(run.info());
+        }
+        CheckGate();
+    } catch (...) {
+        orb->destroy();
+        throw;
+    }
+    return orb._retn();
+}
+
+CORBA::ORB_ptr InitOrb(int& argc, char** argv, const char* orb_id) {
+    const std::vector<std::string> arguments(argv, argv + argc);
+    const OrbOptions options = TakeOptions(argc, argv);
+    std::lock_guard<std::mutex> guard(g_init_mutex);
+    if (g_orb_exists) {
+        ReportOnce("a process has one ORB here; the options of a further ORB_init have no effect");
+        return MakeUnderlyingOrb({});
+    }
+    ReportInertOptions(options);
+    StartState(arguments, options, orb_id);
+    OnOrbDestroyed(OrbDestroyed);
+    const AllSignalsBlocked blocked;
+    return MakeOrb(options);
+}
+
+}  // namespace
+}  // namespace qv_orb
+
+CORBA::ORB_ptr CORBA::ORB_init(int& argc, char** argv, const char* orb_id) {
+    return qv_orb::InitOrb(argc, argv, orb_id);
+}

@@ -1,0 +1,29 @@
+// What the seam keeps for the process's one ORB.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "qv_orb/orb_initializer.h"
+#include "servant_limit.h"
+
+namespace qv_orb {
+
+/// Written while CORBA::ORB_init runs and when the ORB is destroyed, read without a lock by ORB threads
+/// between.
+struct OrbState {
+    std::string orb_id;
+    std::string server_id;
+    std::vector<std::string> arguments;
+    std::vector<PortableInterceptor::ServerRequestInterceptor_var> server_interceptors;
+    PortableInterceptor::SlotId slot_count = 0;
+    bool initialising = false;
+    ServantLimit servants;
+};
+
+OrbState& orb_state();
+
+/// The initializers registered so far, each with a reference of its own. Thread-safe.
+std::vector<PortableInterceptor::ORBInitializer_var> RegisteredInitializers();
+
+}  // namespace qv_orb

@@ -1,0 +1,38 @@
+#include "underlying_orb.h"
+
+#include <omniORB4/CORBA.h>
+
+#include "diagnostics.h"
+
+namespace qv_orb {
+namespace {
+
+// An inventory reply of 50,000 elements is some 30 MB; the ORB's own limit is 2 MiB.
+constexpr char kMaxMessageSize[] = "268435456";
+
+void LogOfOrb(const char* message) {
+    std::string line(message);
+    while (!line.empty() && line.back() == '\n') {
+        line.pop_back();
+    }
+    Report(line);
+}
+
+}  // namespace
+
+CORBA::ORB* MakeUnderlyingOrb(const OrbOptions& options) {
+    omniORB::setLogFunction(LogOfOrb);
+    std::vector<const char*> flat = {"giopMaxMsgSize", kMaxMessageSize};
+    for (const auto& [name, value] : options.underlying) {
+        flat.push_back(name.c_str());
+        flat.push_back(value.c_str());
+    }
+    flat.push_back(nullptr);
+    flat.push_back(nullptr);
+    using Pair = const char* [2];
+    int argc = 0;
+    char* argv[] = {nullptr};
+    return CORBA::ORB_init(argc, argv, "", reinterpret_cast<Pair*>(flat.data()));
+}
+
+}  // namespace qv_orb
