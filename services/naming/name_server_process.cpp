@@ -57,6 +57,7 @@ std::vector<std::string> ServerEnvironment() {
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         result.push_back(text.data());
     }

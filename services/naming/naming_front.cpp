@@ -170,11 +170,12 @@ void NamingFront::RequireAlive(NameServerProcess& server, const DataDirectory& d
         FailDamaged(data, relay_.DamagedLine());
     }
     if (ended) {
-        throw StartError("The name server ended before it could serve (" + server.TryWait()->text +
-                         "), so there is no naming service. " +
-                         (relay_.LastMessage().empty() ? "It gave no reason."
-                                                       : "Its last message: " + relay_.LastMessage()) +
-                         " Check the messages above and the files in " + data.Path().string() + ".");
+        const std::string& last = relay_.LastMessage();
+        const std::string reason = last.empty() ? "it gave no reason" : "its last message: " + last;
+        throw StartError("The name server ended before it could serve (" + server.TryWait()->text + "; " +
+                         reason +
+                         "), so there is no naming service. Check the messages above and the files in " +
+                         data.Path().string() + ".");
     }
 }
 
