@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""Measure what the seam and the library cost per request, beside the same servant on the plain ORB.
+
+usage: request_path.py BUILD_DIR [--rounds N] [--seconds S] [--json FILE]
+
+All servers run at the same time; only one is called at any moment. A round calls each of them once with 1 and once
+with 4 client threads, in an order that turns from round to round, so that a slow spell of the machine hits all alike.
+Ratios are taken within a round; the table shows their medians and the spread between the rounds.
+"""
+import argparse
+import json
+import os
+import pathlib
+import signal
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+THREADS = (1, 4)
+VARIANTS = ("plain ORB", "seam, empty interceptor", "library, statistics off", "library, statistics on")
+SETTINGS = """
+[agent]
+CORBAAgent_Host = "127.0.0.1"
+CORBAAgent_Port = {port}
+IsInterceptorEnabled = {statistics}
+"""
+
+
+class Failure(Exception):
+    pass
+
+
+class Server:
+    def __init__(self, command, folder, environment=None):
+        self.reference = folder / "reference"
+        self.log = open(folder / "log", "w")
+        self.process = subprocess.Popen([command[0], str(self.reference), *command[1:]], stdout=self.log,
+                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})})
+
+    def wait_until_ready(self):
+        deadline = time.monotonic() + 20
+        while not self.reference.exists():
+            if self.process.poll() is not None or time.monotonic() > deadline:
+                raise Failure(f"{self.process.args[0]} did not start; see {self.log.name}")
+            time.sleep(0.02)
+
+    def stop(self):
+        self.process.send_signal(signal.SIGKILL)
+        self.process.wait()
+        self.log.close()
+
+
+def free_port():
+    import socket
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def library_server(build, folder, statistics_on):
+    config = folder / "agent.toml"
+    config.write_text(SETTINGS.format(port=free_port(), statistics=int(statistics_on)))
+    return Server([build / "bin/bench_library_server"], folder, {
+        "QV_AGENT_CONFIG": str(config), "QV_LOG_DIR": str(folder), "QV_ENV_ROOT": str(folder),
+        "QV_CFG_DIR": str(folder)})
+
+
+def start(build, work):
+    folders = [work / f"server{i}" for i in range(len(VARIANTS))]
+    for folder in folders:
+        folder.mkdir()
+    made = [
+        Server([build / "bin/bench_plain_server"], folders[0]),
+        Server([build / "bin/bench_seam_server", "-ORBEndpoint", "iiop://127.0.0.1:0"], folders[1]),
+        library_server(build, folders[2], False),
+        library_server(build, folders[3], True),
+    ]
+    return dict(zip(VARIANTS, made))
+
+
+def measure(build, server, threads, seconds):
+    answer = subprocess.run([build / "bin/bench_client", str(server.reference), str(threads), str(seconds)],
+                            capture_output=True, text=True, timeout=seconds + 30)
+    if answer.returncode != 0:
+        raise Failure(answer.stderr.strip() or "the client failed")
+    rate, cpu = answer.stdout.split()
+    return {"calls_per_second": float(rate), "server_us_per_call": float(cpu)}
+
+
+def run_rounds(build, servers, rounds, seconds):
+    samples = []
+    for number in range(rounds):
+        order = VARIANTS[number % len(VARIANTS):] + VARIANTS[:number % len(VARIANTS)]
+        for threads in THREADS:
+            row = {variant: measure(build, servers[variant], threads, seconds) for variant in order}
+            samples.append({"round": number, "threads": threads, "variants": row})
+        print(f"round {number + 1} of {rounds} done", file=sys.stderr)
+    return samples
+
+
+def summary(samples):
+    rows = []
+    for threads in THREADS:
+        for variant in VARIANTS:
+            mine = [s["variants"] for s in samples if s["threads"] == threads]
+            ratios = [r[variant]["calls_per_second"] / r[VARIANTS[0]]["calls_per_second"] for r in mine]
+            added = [r[variant]["server_us_per_call"] - r[VARIANTS[0]]["server_us_per_call"] for r in mine]
+            rows.append({
+                "threads": threads, "variant": variant,
+                "calls_per_second": statistics.median(r[variant]["calls_per_second"] for r in mine),
+                "server_us_per_call": statistics.median(r[variant]["server_us_per_call"] for r in mine),
+                "ratio": statistics.median(ratios), "ratio_min": min(ratios), "ratio_max": max(ratios),
+                "added_us_per_call": statistics.median(added),
+            })
+    return rows
+
+
+def print_table(rows):
+    print(f"{'client threads':>14}  {'server':<24} {'calls/s':>9} {'CPU us/call':>12} {'added us':>9} "
+          f"{'of plain':>9}  spread")
+    for row in rows:
+        print(f"{row['threads']:>14}  {row['variant']:<24} {row['calls_per_second']:>9.0f} "
+              f"{row['server_us_per_call']:>12.2f} {row['added_us_per_call']:>+9.2f} {row['ratio']:>9.3f}  "
+              f"{row['ratio_min']:.3f}-{row['ratio_max']:.3f}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--rounds", type=int, default=9)
+    parser.add_argument("--seconds", type=float, default=1.0)
+    parser.add_argument("--json", type=pathlib.Path)
+    options = parser.parse_args()
+    servers = {}
+    with tempfile.TemporaryDirectory(prefix="qv_bench_") as work:
+        try:
+            servers = start(options.build.resolve(), pathlib.Path(work))
+            for server in servers.values():
+                server.wait_until_ready()
+            samples = run_rounds(options.build.resolve(), servers, options.rounds, options.seconds)
+        except Failure as failure:
+            sys.exit(f"request_path: {failure}")
+        finally:
+            for server in servers.values():
+                server.stop()
+    rows = summary(samples)
+    print_table(rows)
+    if options.json:
+        options.json.write_text(json.dumps({"rows": rows, "samples": samples}, indent=2) + "\n")
+        print(f"written to {options.json}")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,42 @@
+// The servant of all servers. Each includes the skeletons of its own ORB ahead of this header.
+#pragma once
+
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+class TargetServant : public POA_bench::Target {
+  public:
+    explicit TargetServant(CORBA::ORB_ptr orb) : orb_(CORBA::ORB::_duplicate(orb)) {}
+
+    CORBA::Long query(const char* name, CORBA::Long number, CORBA::String_out answer) override {
+        answer = CORBA::string_dup(name);
+        return number + 1;
+    }
+    CORBA::Double cpu_seconds() override {
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return Seconds(usage.ru_utime) + Seconds(usage.ru_stime);
+    }
+    void stop() override { orb_->shutdown(false); }
+
+  private:
+    static double Seconds(const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    }
+
+    CORBA::ORB_var orb_;
+};
+
+/// Activates the servant and writes its reference where the client looks for it, all at once.
+inline void Publish(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, TargetServant& servant,
+                    const char* file) {
+    PortableServer::ObjectId_var id = poa->activate_object(&servant);
+    CORBA::Object_var reference = poa->id_to_reference(id);
+    CORBA::String_var text = orb->object_to_string(reference);
+    const std::string draft = std::string(file) + ".new";
+    std::ofstream(draft) << text.in() << '\n';
+    std::rename(draft.c_str(), file);
+}

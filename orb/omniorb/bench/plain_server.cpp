@@ -1,0 +1,25 @@
+// The servant on the ORB as it is packaged, with nothing of the seam: what the seam and the library are
+// measured against.
+#include <iostream>
+
+#include "request_path.hh"
+
+#include "bench/request_path/target_servant.h"
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::cerr << "usage: bench_plain_server FILE\n";
+        return 2;
+    }
+    const char* endpoint[][2] = {{"endPoint", "giop:tcp:127.0.0.1:"}, {nullptr, nullptr}};
+    CORBA::ORB_var orb = CORBA::ORB_init(argc, argv, "omniORB4", endpoint);
+    CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
+    PortableServer::POA_var poa = PortableServer::POA::_narrow(object);
+    TargetServant servant(orb);
+    Publish(orb, poa, servant, argv[1]);
+    PortableServer::POAManager_var manager = poa->the_POAManager();
+    manager->activate();
+    orb->run();
+    orb->destroy();
+    return 0;
+}
