@@ -8,6 +8,8 @@
 #include "agent/corbabaseagentconfig.h"
 #include "tests/support/config_items.h"
 #include "tests/support/free_port.h"
+#include "tests/support/scoped_env.h"
+#include "tests/support/temp_dir.h"
 #include "tests/unit/request/gate_servant.h"
 
 namespace qv_test {
@@ -55,6 +57,11 @@ class GateAgent {
 
     static NS_CORBA::CorbaBaseAgentConfig& Config() { return *NS_CORBA::CorbaBaseAgentConfig::Instance(); }
 
+  private:
+    TempDir m_root;
+    ScopedEnv m_rootName{"QV_ENV_ROOT", m_root.str()};  // there has to be an installation, if an empty one
+
+  public:
     GateServant servant;
     GateTest::Gate_var gate;  ///< for calls from this process
     std::string ior;          ///< for calls from others

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "tests/support/child_process.h"
+#include "tests/support/wait_for.h"
 #include "tests/unit/request/gate_agent.h"
 #include "tests/unit/request/interceptor_fixture.h"
 
@@ -102,6 +103,7 @@ TEST_F(OrbGateTest, BeforeHooksArePluggedInEveryRemoteRequestIsRefused) {
     EXPECT_EQ(CallFromOutside("tell"), "NO_PERMISSION 0 COMPLETED_NO");
     EXPECT_EQ(Agent().servant.reached, 0);
     EXPECT_TRUE(Log().Contains("corbadebug", "No Permission, Interceptor is null"));
+    EXPECT_GE(Records().size(), 6u);
     for (const std::string& record : Records()) {
         EXPECT_EQ(record.substr(0, 10), "EXCEPTION ") << record;
     }
@@ -171,8 +173,9 @@ TEST_F(OrbGateTest, AOnewayIsCounted) {
     PlugIn();
     const unsigned long before = Count("tell");
     EXPECT_EQ(CallFromOutside("tell"), "done");
-    EXPECT_EQ(Count("tell"), before + 1);
-    EXPECT_EQ(Agent().servant.reached, 2);
+    // Nobody waits for a oneway, so it may still be on its way.
+    EXPECT_TRUE(qv_test::WaitFor([before] { return Count("tell") == before + 1; }));
+    EXPECT_TRUE(qv_test::WaitFor([] { return Agent().servant.reached == 2; }));
 }
 
 TEST_F(OrbGateTest, ALogThatFailsChangesNothingForTheClient) {
