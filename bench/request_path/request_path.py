@@ -11,7 +11,7 @@ import argparse
 import json
 import os
 import pathlib
-import signal
+import socket
 import statistics
 import subprocess
 import sys
@@ -47,13 +47,12 @@ class Server:
             time.sleep(0.02)
 
     def stop(self):
-        self.process.send_signal(signal.SIGKILL)
+        self.process.kill()
         self.process.wait()
         self.log.close()
 
 
 def free_port():
-    import socket
     with socket.socket() as probe:
         probe.bind(("127.0.0.1", 0))
         return probe.getsockname()[1]
@@ -67,17 +66,18 @@ def library_server(build, folder, statistics_on):
         "QV_CFG_DIR": str(folder)})
 
 
-def start(build, work):
-    folders = [work / f"server{i}" for i in range(len(VARIANTS))]
-    for folder in folders:
+def start(build, work, servers):
+    """Adds each server to `servers` as soon as its process is there, so that the caller can end it whatever follows."""
+    makers = (
+        lambda folder: Server([build / "bin/bench_plain_server"], folder),
+        lambda folder: Server([build / "bin/bench_seam_server", "-ORBEndpoint", "iiop://127.0.0.1:0"], folder),
+        lambda folder: library_server(build, folder, False),
+        lambda folder: library_server(build, folder, True),
+    )
+    for number, (variant, make) in enumerate(zip(VARIANTS, makers)):
+        folder = work / f"server{number}"
         folder.mkdir()
-    made = [
-        Server([build / "bin/bench_plain_server"], folders[0]),
-        Server([build / "bin/bench_seam_server", "-ORBEndpoint", "iiop://127.0.0.1:0"], folders[1]),
-        library_server(build, folders[2], False),
-        library_server(build, folders[3], True),
-    ]
-    return dict(zip(VARIANTS, made))
+        servers[variant] = make(folder)
 
 
 def measure(build, server, threads, seconds):
@@ -136,7 +136,7 @@ def main():
     servers = {}
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as work:
         try:
-            servers = start(options.build.resolve(), pathlib.Path(work))
+            start(options.build.resolve(), pathlib.Path(work), servers)
             for server in servers.values():
                 server.wait_until_ready()
             samples = run_rounds(options.build.resolve(), servers, options.rounds, options.seconds)

@@ -21,6 +21,10 @@ void LogOfOrb(const char* message) {
 }  // namespace
 
 CORBA::ORB* MakeUnderlyingOrb(const OrbOptions& options) {
+    if (options.wants_ssl) {
+        Report("an end point asks for an SSL port, but SSL is not offered by this build; set SSLMode to 0");
+        throw CORBA::INITIALIZE(0, CORBA::COMPLETED_NO);
+    }
     omniORB::setLogFunction(LogOfOrb);
     std::vector<const char*> flat = {"giopMaxMsgSize", kMaxMessageSize};
     for (const auto& [name, value] : options.underlying) {
