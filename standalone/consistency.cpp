@@ -9,7 +9,7 @@
 namespace qv_standalone {
 namespace {
 
-constexpr const char* kStays = "both stay as they are";
+constexpr const char* kStays = "the values stay as they are";
 
 std::string ValueInForce(const SettingsFile& file, const std::string& key) {
     std::string value;
@@ -48,7 +48,7 @@ void CheckPorts(SettingsFile& file, bool ssl) {
                 const std::string& at = mentioned ? key : entry->second;
                 const std::string& other = mentioned ? entry->second : key;
                 file.findings.push_back(
-                    {LineOfKey(file, at), at, "port " + port + " is the one of " + other + ", too", kStays});
+                    {LineOfKey(file, at), at, "port " + port + " is also the one of " + other, kStays});
             }
         }
     }

@@ -36,10 +36,11 @@ std::string GetCfgDirPath() {
 }
 
 std::string GetNBILogPath() {
-    const std::string directory = Place("QV_LOG_DIR", "log_dir");
+    const std::string configured = Place("QV_LOG_DIR", "log_dir");
     std::error_code ignored;  // whoever writes there reports that it can't
+    const auto directory = std::filesystem::absolute(configured.empty() ? "log" : configured, ignored);
     std::filesystem::create_directories(directory, ignored);
-    return directory;
+    return directory.string();
 }
 
 }  // namespace NS_BUNDLEMGR1

@@ -37,6 +37,15 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
     return cost[a.size()][b.size()];
 }
 
+std::string NearestTable(const std::string& name) {
+    for (const char* const table : {"agent", "platform"}) {
+        if (name.size() <= kLongestCompared && EditDistance(Lower(name), table) <= 2) {
+            return table;
+        }
+    }
+    return "";
+}
+
 std::string NearestKey(const std::string& key) {
     if (key.size() > kLongestCompared) {
         return "";

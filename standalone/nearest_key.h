@@ -8,6 +8,9 @@ namespace qv_standalone {
 /// apart. Empty when none is near.
 std::string NearestKey(const std::string& key);
 
+/// As NearestKey, for the name of a table.
+std::string NearestTable(const std::string& name);
+
 /// The fewest insertions, deletions, replacements and swaps of neighbours that make `b` of `a`.
 std::size_t EditDistance(const std::string& a, const std::string& b);
 

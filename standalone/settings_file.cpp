@@ -79,8 +79,6 @@ class Reader {
                 Unknown("", name, node);
             }
         }
-        std::stable_sort(m_file.findings.begin(), m_file.findings.end(),
-                         [](const Finding& a, const Finding& b) { return a.line < b.line; });
     }
 
   private:
@@ -136,7 +134,7 @@ class Reader {
                 return;
             }
         }
-        const std::string nearest = NearestKey(key);
+        const std::string nearest = node.is_table() ? NearestTable(key) : NearestKey(key);
         const std::string hint = nearest.empty() ? "" : "; did you mean " + nearest + "?";
         const char* const what = node.is_table() ? "is not a known table" : "is not a known key";
         Find(LineOf(node), key, what + hint, "ignored");
@@ -166,6 +164,8 @@ SettingsFile ParseSettings(const std::string& contents, const std::string& path)
         file.usable = true;
         Reader(file).Read(root);
         AddConsistencyFindings(file);
+        std::stable_sort(file.findings.begin(), file.findings.end(),
+                         [](const Finding& a, const Finding& b) { return a.line < b.line; });
         return file;
     } catch (const toml::parse_error& error) {
         return Unusable(path, static_cast<int>(error.source().begin.line),

@@ -128,7 +128,7 @@ void AddAgentSettings(std::vector<Setting>& table) {
                  "the session factory's reference.",
                  "\"-ns /var/lib/agent/ns.ior\""),
             Flag(kSessions, "bUseIPAndPort", "0",
-                 "Tell callers from one host apart by their port as well as by their address."),
+                 "Name the host of an object reference together with its port."),
             Flag(kEvents, "PersistenceEventChannel", "0",
                  "Keep the notification channel and its consumers over a restart of the agent."),
             Number(kEvents, "AlarmTimeout", "1800", 0, kMaxUnsigned, "s",
@@ -150,13 +150,13 @@ void AddAgentSettings(std::vector<Setting>& table) {
                  "Ping each OSS and end the session of one that doesn't answer."),
             Number(kSessions, "StrategyOfReleasingSession", "1", 0, kMaxInt, "",
                    "What happens when all sessions are taken and another OSS logs in: 1 ends the oldest "
-                   "session, 0 "
-                   "refuses the newcomer.",
+                   "session, any "
+                   "other value refuses the newcomer.",
                    "0"),
             Number(kSessions, "MaxSessionOfFIFO", "10", 0, kMaxInt, "sessions", "Most sessions at once.",
                    "20"),
             Number(kSessions, "MaxIntervalOfSilentTime", "3600", 0, kMaxInt, "s",
-                   "A session from which nothing came for so long is ended.", "600"),
+                   "A session from which nothing came for so long is ended. 0: silence ends none.", "600"),
             Number(
                 kTime, "TimeZoneRefPoint", "0", 0, 127, "",
                 "Zone of time strings: 0 UTC, with a Z at the end; any other value local time, without one.",
@@ -165,7 +165,8 @@ void AddAgentSettings(std::vector<Setting>& table) {
                    "Form of time strings: 1 day/month/year hour:minute:second; any other value "
                    "yearmonthdayhourminutesecond.0.",
                    "1"),
-            Flag(kEvents, "bAlarmWithAffectObjName", "0", "Name the affected objects in alarms."),
+            Flag(kEvents, "bAlarmWithAffectObjName", "0",
+                 "Name the affected objects in alarms; for the agent bundle, nothing else looks at it."),
             Flag(kEvents, "bSingleThreadPushEvent", "1",
                  "Push events one after the other, never two at once."),
             Flag(kLogs, "bLogOperation", "0", "Write each request and its outcome to corbaoper.log."),
