@@ -109,12 +109,15 @@ build_programs() {
   build default "${targets[@]}"
 }
 
+make_work_dir() {
+  mkdir -p "$WORK_DIR" || die "the directory $WORK_DIR cannot be made. Name another in QV_WORK_DIR."
+}
+
 # run_script PATH ARGUMENTS...
 run_script() {
   local script="$ROOT/$1"
   shift
   [[ -x "$script" ]] || die "$script is missing or not executable; restore it from the repository."
-  mkdir -p "$WORK_DIR" || die "the directory $WORK_DIR cannot be made. Name another in QV_WORK_DIR."
   exec "$script" "$@"
 }
 
@@ -137,10 +140,12 @@ main() {
   case "$command" in
     demo)
       build_programs
+      make_work_dir
       run_script demo/run_demo.sh "$ROOT/build/default" "$WORK_DIR" "$@"
       ;;
     agent)
       build_programs
+      make_work_dir
       run_script demo/run_agent.sh "$ROOT/build/default" "$WORK_DIR" "$@"
       ;;
     test)
@@ -149,8 +154,8 @@ main() {
       exec ctest --preset default "$@"
       ;;
     bench)
-      build bench
-      run_script bench/run_bench.sh "$ROOT/build/bench" "$WORK_DIR" "$@"
+      build bench bench/all
+      run_script bench/run_bench.sh "$ROOT/build/bench" "$@"
       ;;
   esac
 }
