@@ -47,6 +47,12 @@ void Wipe(std::string& secret) {
     secret.clear();
 }
 
+void WipeText(char* secret) {
+    if (secret != nullptr) {
+        sodium_memzero(secret, std::strlen(secret));
+    }
+}
+
 PasswordChecker::PasswordChecker(UserFile users, unsigned max_checks, unsigned max_waiting)
     : users_(std::move(users)),
       max_checks_(max_checks),

@@ -15,6 +15,9 @@ std::string HashPassword(const std::string& password);
 /// Overwrites the text so that no copy of it stays behind in this buffer, and empties it.
 void Wipe(std::string& secret);
 
+/// Overwrites a text up to its end; a null pointer is ignored.
+void WipeText(char* secret);
+
 /// Checks passwords against the file of users. Thread-safe.
 ///
 /// A check takes some 0.1 s of a processor and 64 MB on purpose, so a crowd of callers could keep the agent

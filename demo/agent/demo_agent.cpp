@@ -1,0 +1,164 @@
+#include "demo/agent/demo_agent.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "agent/agentserver.h"
+#include "agent/corbabaseagentconfig.h"
+#include "agent/persistent_poa.h"
+#include "demo/agent/console.h"
+#include "demo/agent/session_factory_servant.h"
+#include "demo/agent/startup_checks.h"
+#include "logging/logmgr.h"
+#include "platform/environment.h"
+
+namespace qv_demo {
+namespace {
+
+constexpr const char* kBundleName = "qv_demo_agent";
+// The operation log passes over this name when it looks for the client's.
+constexpr const char* kTopPoa = "M4400";
+constexpr const char* kFactoryId = "EmsSessionFactory";
+constexpr const char* kEmsManager = "EMS";
+constexpr const char* kElementManager = "ManagedElement";
+
+NS_CORBA::CorbaBaseAgentConfig& Config() {
+    return *NS_CORBA::CorbaBaseAgentConfig::Instance();
+}
+
+std::string OwnAddress() {
+    std::string location;
+    std::string address;
+    Config().GetEmsAdditionalInfo(location, address);
+    return address;
+}
+
+SessionLimits ConfiguredSessionLimits() {
+    return {Config().GetMaxSession(), ToReleaseStrategy(Config().GetSessionReleaseStrategy()),
+            std::chrono::seconds(Config().GetSilentTime())};
+}
+
+IteratorLimits ConfiguredIteratorLimits() {
+    return {Config().IteratorNum(), Config().IteratorRestriction(), std::chrono::seconds(Config().TimeOut())};
+}
+
+/// Half of the ORB's threads check passwords and another one may wait for its turn, so that a crowd of
+/// newcomers leaves a thread for those who are logged in, provided that there is more than one.
+std::pair<unsigned, unsigned> ConfiguredPasswordLimits() {
+    const unsigned configured = Config().GetORBThrdNum() == 0 ? 4 : Config().GetORBThrdNum();
+    const unsigned threads = Config().ORBThreadPool() ? configured : 1;
+    const unsigned checks = std::max(threads / 2, 1U);
+    return {checks, threads > checks + 1 ? threads - checks - 1 : 0};
+}
+
+}  // namespace
+
+void DemoAgent::Start() {
+    CheckConfiguration();
+    CheckLogDirectory();
+    UserFile users = UserFile::Load(options_.users);
+    inventory_.emplace(Inventory::Load(options_.inventory));
+    BringUpOrb();
+    MakeServants(std::move(users));
+    RegisterManagers();
+    Config().SetReqInterceptorImpl(&hooks_);
+    SayWhereItIs();
+    registration_.emplace(factory_.in(), std::chrono::seconds(Config().TimeInterval()));
+    ServeRequests();
+    Say("ready");
+}
+
+void DemoAgent::BringUpOrb() {
+    initialised_ = true;  // from here on there may be something to end
+    if (!Config().Init(kBundleName)) {
+        const std::string reason = WhyNotListening(OwnAddress());
+        throw StartError(reason.empty()
+                             ? "the ORB can't be brought up; check CORBAAgent_Option and the hosts "
+                               "and ports in the configuration"
+                             : reason);
+    }
+    pool_ = Config().ORBThreadPool();
+    if (!NS_CORBA::CorbaLogMgr::Instance()->Init()) {
+        throw StartError("the logs in " + NS_BUNDLEMGR1::GetNBILogPath() + " can't be opened");
+    }
+}
+
+void DemoAgent::MakeServants(UserFile users) {
+    const PortableServer::POA_var root = Config().GetRootPoa();
+    const PortableServer::POA_var top = NS_CORBA::get_persistent_poa(root.in(), kTopPoa);
+    if (CORBA::is_nil(top.in())) {
+        throw StartError("the agent's object adapter can't be made; see corbadebug.log");
+    }
+    iterators_.emplace(ConfiguredIteratorLimits(), SteadyClock());
+    sessions_.emplace(top.in(), ConfiguredSessionLimits(), *iterators_, SteadyClock());
+    ems_.emplace(Ems{Config().EmsName(), *inventory_, *sessions_, *iterators_});
+    const auto [checks, waiting] = ConfiguredPasswordLimits();
+    passwords_.emplace(std::move(users), checks, waiting);
+    PortableServer::ServantBase_var servant = new SessionFactoryServant(*ems_, *passwords_);
+    factory_ = NS_CORBA::get_persistent_ref(top.in(), servant.in(), kFactoryId);
+    if (CORBA::is_nil(factory_.in())) {
+        throw StartError("the session factory can't be made; see corbadebug.log");
+    }
+}
+
+void DemoAgent::RegisterManagers() {
+    ems_manager_.emplace(*ems_);
+    element_manager_.emplace(*ems_);
+    Config().RegisterMgr(kEmsManager, &*ems_manager_);
+    Config().RegisterMgr(kElementManager, &*element_manager_);
+}
+
+void DemoAgent::ServeRequests() {
+    housekeeper_.emplace(*ems_);
+    if (Config().GetEmsPingMode()) {
+        pinger_.emplace(*ems_, std::chrono::seconds(Config().TimeInterval()));
+    }
+    if (NS_CORBA::AgentServer::Activate() != 0) {
+        throw StartError("requests can't be let in; see corbadebug.log");
+    }
+    orb_thread_ = std::thread([] { NS_CORBA::AgentServer::Run(); });
+}
+
+void DemoAgent::SayWhereItIs() const {
+    const std::string logs = NS_BUNDLEMGR1::GetNBILogPath();
+    Say("listens on      " + OwnAddress());
+    Say("EMS             " + Config().EmsName() + " with " + std::to_string(inventory_->size()) +
+        " elements");
+    Say("logs            " + logs +
+        "/corbadebug.log (what the agent does), corbasys.log (its start and stop)");
+    if (Config().IsInterceptorEnabled()) {
+        Say("call counts     " + logs + "/CORBAAgentStatisticInfo.dat");
+    }
+}
+
+void DemoAgent::Stop() {
+    if (!initialised_) {
+        return;
+    }
+    pinger_.reset();
+    housekeeper_.reset();
+    if (registration_) {
+        registration_->Stop();
+        Config().UnRegistEMSFactoryName();
+    }
+    if (orb_thread_.joinable()) {
+        NS_CORBA::AgentServer::Discard();
+        NS_CORBA::AgentServer::ShutDown();
+    }
+    NS_CORBA::AgentServer::Destroy();
+    if (orb_thread_.joinable() && !pool_) {
+        orb_thread_.join();
+    }
+    if (element_manager_) {
+        Config().UnregisterMgr(kElementManager);
+        Config().UnregisterMgr(kEmsManager);
+    }
+    NS_CORBA::CorbaBaseAgentConfig::Destroy();
+    if (!orb_thread_.joinable()) {
+        // Threads of a pool log until the process ends, and the log manager must not go away under them.
+        NS_CORBA::CorbaLogMgr::Destroy();
+    }
+}
+
+}  // namespace qv_demo

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "demo/agent/core/inventory.h"
+#include "demo/agent/session_directory.h"
+
+namespace qv_demo {
+
+/// What the servants of the agent work on. Lives as long as the process; each member is safe for any thread.
+struct Ems {
+    const std::string name;  ///< the EMS's name in the interface, as "Vendor/Name"
+    Inventory& inventory;
+    SessionDirectory& sessions;
+    IteratorDirectory& iterators;
+};
+
+}  // namespace qv_demo

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace qv_demo {
+
+/// Why the agent can't start: what is wrong and what to do about it, fit for the person who started it.
+class StartError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Raises StartError when the configuration yields no setting at all or the root of the installation isn't
+/// set.
+void CheckConfiguration();
+
+/// Raises StartError when no file can be made in the directory of the logs.
+void CheckLogDirectory();
+
+/// Why nothing can listen on "host:port" right now; empty when it is possible.
+std::string WhyNotListening(const std::string& address);
+
+}  // namespace qv_demo

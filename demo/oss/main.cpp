@@ -1,0 +1,36 @@
+// qv_demo_oss: an OSS that calls an EMS over the MTNM interfaces.
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "demo/oss/commands.h"
+#include "demo/oss/oss_orb.h"
+#include "demo/oss/problem.h"
+#include "demo/oss/settings.h"
+
+namespace {
+
+int Work(const qv_oss::Settings& settings, const char* program) try {
+    const qv_oss::OssOrb orb(program);
+    qv_oss::Commands(orb, settings).Run();
+    return qv_oss::kOk;
+} catch (const qv_oss::Problem& problem) {
+    qv_oss::Complain(problem.what());
+    return problem.code();
+} catch (const CORBA::Exception& e) {
+    qv_oss::Complain(std::string("the ORB failed: ") + e._name());
+    return qv_oss::kUnexpected;
+} catch (const std::exception& e) {
+    qv_oss::Complain(e.what());
+    return qv_oss::kUnexpected;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const qv_oss::ParsedSettings parsed = qv_oss::ParseSettings(argc, argv);
+    if (!parsed.proceed) {
+        return parsed.exit_code;
+    }
+    return Work(parsed.settings, argv[0]);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <tao/PortableServer/PortableServer.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "demo/oss/nms_session_servant.h"
+#include "demo/oss/oss_orb.h"
+#include "demo/oss/remote_call.h"
+#include "emsMgrC.h"
+#include "emsSessionFactoryC.h"
+#include "managedElementManagerC.h"
+
+namespace qv_oss {
+
+/// One session with an EMS: logs in when it is made and out when it goes. Operations raise Problem.
+class OssSession {
+  public:
+    /// Where the EMS is too busy with logins it is tried again, for as long as one call may take. The
+    /// password is overwritten.
+    OssSession(const OssOrb& orb, const RemoteCaller& caller,
+               emsSessionFactory::EmsSessionFactory_I_ptr factory, const std::string& user,
+               std::string& password);
+    ~OssSession();
+    OssSession(const OssSession&) = delete;
+    OssSession& operator=(const OssSession&) = delete;
+
+    void Ping() const;
+    std::vector<std::string> Managers() const;
+    emsMgr::EMS_T_var Ems() const;
+
+    using Page = managedElement::ManagedElementList_T;
+
+    /// Reads all elements in pages of that size and calls `take` with each page and the length of the whole
+    /// list.
+    void ReadElements(unsigned page_size,
+                      const std::function<void(const Page& page, std::size_t all)>& take) const;
+
+    /// The element of that name in the EMS of that name.
+    managedElement::ManagedElement_T_var Element(const std::string& ems, const std::string& name) const;
+
+    void LogOut();
+
+  private:
+    void LogIn(emsSessionFactory::EmsSessionFactory_I_ptr factory, const std::string& user,
+               const std::string& password);
+    void MakeClient(const OssOrb& orb);
+    common::Common_I_var Manager(const char* name) const;
+    managedElementManager::ManagedElementMgr_I_var ElementManager() const;
+
+    const RemoteCaller& caller_;
+    PortableServer::ServantBase_var servant_;  // owns *client_
+    NmsSessionServant* client_;
+    nmsSession::NmsSession_I_var client_reference_;
+    emsSession::EmsSession_I_var session_;
+};
+
+}  // namespace qv_oss

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace qv_oss {
+
+enum class Command { kBrowse, kLogin, kPing, kList, kShow, kSession };
+
+/// What the command line asks for.
+struct Settings {
+    Command command = Command::kBrowse;
+    std::string naming = "localhost:12001";  ///< "host:port"
+    std::string ior_file;                    ///< goes before `naming`; empty: not given
+    std::string ems;                         ///< empty: the only one that is bound
+    std::string user;
+    std::string password_file;
+    std::string element;   ///< for kShow
+    unsigned page = 100;   ///< elements per reply
+    unsigned hold_ms = 0;  ///< for kLogin: keep the session so long
+    std::chrono::milliseconds timeout{10000};
+};
+
+/// Either settings, or the exit code after help or a complaint was printed.
+struct ParsedSettings {
+    bool proceed = false;
+    int exit_code = 0;
+    Settings settings;
+};
+
+ParsedSettings ParseSettings(int argc, char** argv);
+
+/// The password: from the file, else from the environment variable QV_OSS_PASSWORD, else asked for at the
+/// terminal. Never from the command line, where everybody on the machine could read it. Raises Problem.
+std::string ReadPassword(const Settings& settings);
+
+}  // namespace qv_oss
