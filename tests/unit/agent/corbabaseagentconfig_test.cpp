@@ -1,0 +1,145 @@
+#include "agent/corbabaseagentconfig.h"
+
+#include <set>
+#include <thread>
+
+#include "agent/agentserver.h"
+#include "tests/support/free_port.h"
+#include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/interposed.h"
+
+namespace qv_test {
+namespace {
+
+using NS_CORBA::AgentServer;
+using NS_CORBA::CorbaBaseAgentConfig;
+
+class AgentConfig : public AgentTest {
+  protected:
+    AgentConfig() {
+        m_items.Set("CORBAAgent_Port", std::to_string(FreePort()));
+        m_items.Set("CORBAAgent_Host", "127.0.0.2");  // a loopback address that isn't replaced
+    }
+};
+
+TEST_F(AgentConfig, SingletonIsMadeOnceAndDestroyedOnDemand) {
+    CorbaBaseAgentConfig* first = CorbaBaseAgentConfig::Instance();
+    ASSERT_NE(nullptr, first);
+    EXPECT_EQ(first, CorbaBaseAgentConfig::Instance());
+    Probe::EmsName() = "changed";
+    CorbaBaseAgentConfig::Destroy();
+    EXPECT_EQ(nullptr, Probe::RawInstance());
+    CorbaBaseAgentConfig::Destroy();
+    EXPECT_EQ(nullptr, Probe::RawInstance());
+    EXPECT_EQ("Zorvex/KLV", config().EmsName());
+}
+
+TEST_F(AgentConfig, ThreadsShareOneSingleton) {
+    CorbaBaseAgentConfig::Destroy();
+    std::vector<CorbaBaseAgentConfig*> seen(8);
+    std::vector<std::thread> threads;
+    for (CorbaBaseAgentConfig*& slot : seen) {
+        threads.emplace_back([&slot] { slot = CorbaBaseAgentConfig::Instance(); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(1u, std::set<CorbaBaseAgentConfig*>(seen.begin(), seen.end()).size());
+    EXPECT_NE(nullptr, seen.front());
+}
+
+TEST_F(AgentConfig, ConstructionLeavesTheDefaults) {
+    EXPECT_TRUE(CORBA::is_nil(CORBA::ORB_var(config().GetOrb()).in()));
+    EXPECT_TRUE(CORBA::is_nil(PortableServer::POA_var(config().GetRootPoa()).in()));
+    EXPECT_EQ(0, config().GetArgc());
+    EXPECT_EQ(nullptr, config().GetArgv());
+    EXPECT_EQ("", config().GetCorbaBundleName());
+    EXPECT_EQ("localhost", config().GetHostNameAndReturn());
+    EXPECT_EQ("localhost", Probe::NamingServiceHost());
+    EXPECT_EQ("localhost", Probe::NotifyServiceHost());
+    EXPECT_EQ("localhost", config().GetCorbaAgentAddress());
+    EXPECT_EQ("", Probe::CorbaAgentOption());
+    EXPECT_EQ("", Probe::NamingServiceCmd() + Probe::NotifyServiceCmd() + Probe::CorbaAgentCmd());
+    EXPECT_EQ(nullptr, Probe::NsIorFile());
+    EXPECT_EQ(nullptr, Probe::OutIorFile());
+    EXPECT_EQ(std::vector<char>({0, 0, 0, 0}), Probe::Flags());
+    EXPECT_TRUE(config().GetNorthMgrMap().empty());
+    EXPECT_TRUE(config().GetDisconnectMap().empty());
+    EXPECT_EQ(nullptr, config().GetReqInterceptorImpl());
+    EXPECT_EQ(0, Probe::RefCount());
+    EXPECT_TRUE(Probe::NBISSLCRLCheckStatus());
+    EXPECT_EQ(0, Probe::CorbaAgentSSLPort());
+}
+
+TEST_F(AgentConfig, NotifyIorFileFollowsTheShareDirectory) {
+    CorbaBaseAgentConfig::Destroy();
+    {
+        const ScopedEnv share("_APP_SHARE_DIR", "/opt/app/share");
+        EXPECT_STREQ("/opt/app/share/../NotifyService/var/oss_tmp/nbi/corba/nt.ior",
+                     (config(), Probe::NtIorFile()));
+    }
+    CorbaBaseAgentConfig::Destroy();
+    const ScopedEnv none("_APP_SHARE_DIR", std::nullopt);
+    EXPECT_STREQ("/../NotifyService/var/oss_tmp/nbi/corba/nt.ior", (config(), Probe::NtIorFile()));
+}
+
+TEST_F(AgentConfig, BundleNameIsKept) {
+    config().SetCorbaBundleName("bundle");
+    EXPECT_EQ("bundle", config().GetCorbaBundleName());
+}
+
+TEST_F(AgentConfig, InitBringsUpTheOrb) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    ASSERT_TRUE(config().Init("agent-bundle"));
+    EXPECT_EQ("agent-bundle", config().GetCorbaBundleName());
+    EXPECT_FALSE(CORBA::is_nil(CORBA::ORB_var(config().GetOrb()).in()));
+    PortableServer::POA_var poa = config().GetRootPoa();
+    ASSERT_FALSE(CORBA::is_nil(poa.in()));
+    PortableServer::POAManager_var manager = poa->the_POAManager();
+    EXPECT_EQ(PortableServer::POAManager::HOLDING, manager->get_state());
+
+    std::string params = "ORB init params:";
+    for (int i = 0; i < config().GetArgc(); ++i) {
+        params += std::string(config().GetArgv()[i]) + " ";
+    }
+    EXPECT_GT(config().GetArgc(), 0);
+    EXPECT_NE(std::string::npos, params.find("ORB init params:-ORBId ORB-"));
+    const std::unique_ptr<LogEntry> logged = m_log->Find(kSys, "ORB init params:");
+    ASSERT_NE(nullptr, logged);
+    EXPECT_EQ(params, logged->text);
+    EXPECT_EQ(-1, logged->level);
+    EXPECT_EQ("corbabaseagentconfig", logged->file);
+}
+
+TEST_F(AgentConfig, OrbReferencesAreCounted) {
+    CORBA::ORB_var made = MakeOrb();
+    {
+        CORBA::ORB_var taken = config().GetOrb();
+        EXPECT_EQ(made.in(), taken.in());
+    }
+    config().SetOrb(made.in());  // the same again must not lose it
+    made = CORBA::ORB::_nil();
+    CORBA::ORB_var taken = config().GetOrb();
+    CORBA::Object_var poa = taken->resolve_initial_references("RootPOA");
+    EXPECT_FALSE(CORBA::is_nil(poa.in()));
+}
+
+TEST_F(AgentConfig, UnsplittableCommandEndsInit) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    const FailingSplit failing;
+    EXPECT_FALSE(config().Init("bundle"));
+    EXPECT_EQ("bundle", config().GetCorbaBundleName());
+    EXPECT_TRUE(CORBA::is_nil(CORBA::ORB_var(config().GetOrb()).in()));
+    ExpectLog(kSys, -1, "corbabaseagentconfig", "CorbaBaseAgentConfig::CorbaBaseAgentReConfig] failed !\n");
+}
+
+TEST_F(AgentConfig, OrbThatRaisesEndsInit) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    m_items.Set("CORBAAgent_Option", "-ORBNoSuchOption x");
+    EXPECT_FALSE(config().Init("bundle"));
+    EXPECT_TRUE(CORBA::is_nil(PortableServer::POA_var(config().GetRootPoa()).in()));
+    ExpectLog(kSys, -1, "corbabaseagentconfig", "Exception received during orb initializing!\n");
+}
+
+}  // namespace
+}  // namespace qv_test

@@ -1,0 +1,64 @@
+// Functions of the system and of ACE that fail too rarely to wait for it: this executable's own definitions
+// take their place for the libraries it loads, and pass on to them unless told to fail.
+#include "tests/unit/agent/interposed.h"
+
+#include <ace/OS_NS_unistd.h>
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+namespace {
+
+std::atomic<int> g_forksUntilFailure{0};  // 0: never
+std::atomic<bool> g_failSplit{false};
+
+template <typename Function>
+Function Next(const char* symbol) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, symbol));
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) pid_t fork() {
+    static const auto next = Next<pid_t (*)()>("fork");
+    const int left = g_forksUntilFailure.load();
+    if (left == 1) {
+        errno = EAGAIN;
+        return -1;
+    }
+    if (left > 1) {
+        g_forksUntilFailure = left - 1;
+    }
+    return next();
+}
+
+namespace ACE_OS {
+
+__attribute__((visibility("default"))) int string_to_argv(ACE_TCHAR* buf, int& argc, ACE_TCHAR**& argv,
+                                                          bool substitute_env_args) {
+    using Function = int (*)(ACE_TCHAR*, int&, ACE_TCHAR**&, bool);
+    static const auto next = Next<Function>("_ZN6ACE_OS14string_to_argvEPcRiRPS0_b");
+    return g_failSplit ? -1 : next(buf, argc, argv, substitute_env_args);
+}
+
+}  // namespace ACE_OS
+
+namespace qv_test {
+
+FailingFork::FailingFork(int nth) {
+    g_forksUntilFailure = nth;
+}
+FailingFork::~FailingFork() {
+    g_forksUntilFailure = 0;
+}
+
+FailingSplit::FailingSplit() {
+    g_failSplit = true;
+}
+FailingSplit::~FailingSplit() {
+    g_failSplit = false;
+}
+
+}  // namespace qv_test
