@@ -62,6 +62,9 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
 
     /// Writes the record of a request (0), a reply (1) or an exception (2) when operations are logged.
     void WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType);
+    /// Fills `record` from `info`. @return 0 when the record is whole
+    int GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
+                         TALogRecord& record);
     /// Writes to the notification channel when notifications are logged.
     void WriteAlarmNotifyLog(const std::stringstream& text);
     /// Writes to the alarm channel when alarms are logged.
@@ -70,10 +73,6 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     static CorbaLogMgr* m_pInstance;
 
   protected:
-    /// Fills `record` from `info`. @return 0 when the record is whole
-    int GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
-                         TALogRecord& record);
-
     CORBA::ORB_var m_ORB;
     LogWriter<TALogRecord>* m_pOperLog = nullptr;
     LogWriter<TANotifyRecord>* m_pNotifyLog = nullptr;

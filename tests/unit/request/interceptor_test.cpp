@@ -2,6 +2,7 @@
 
 #include "agent/corbabaseagentconfig.h"
 #include "orb/portability.h"
+#include "standalone/thread_setup.h"
 #include "tests/unit/request/interceptor_fixture.h"
 
 namespace {
@@ -88,6 +89,14 @@ TEST_F(InterceptorTest, HooksThatAreTakenOutRefuseTheNextRequest) {
     EXPECT_NO_THROW(interceptor->receive_request(&info));
     CorbaBaseAgentConfig::Instance()->SetReqInterceptorImpl(nullptr);
     EXPECT_THROW(interceptor->receive_request(&info), CORBA::NO_PERMISSION);
+    EXPECT_EQ(hooks.calls, (Calls{"before", "after"}));
+}
+
+TEST_F(InterceptorTest, ARequestMeetsTheSameHooksTwice) {
+    qv_test::OwnInterceptor interceptor;
+    PlugIn();
+    hooks.before = [] { CorbaBaseAgentConfig::Instance()->SetReqInterceptorImpl(nullptr); };
+    interceptor->receive_request(&info);
     EXPECT_EQ(hooks.calls, (Calls{"before", "after"}));
 }
 
@@ -230,6 +239,18 @@ TEST_F(InterceptorTest, ALogThatFailsAltogetherChangesNothingForTheClient) {
     EXPECT_NO_THROW(interceptor->send_reply(&info));
     EXPECT_NO_THROW(interceptor->send_exception(&info));
     EXPECT_EQ(hooks.calls, (Calls{"before", "after"}));
+}
+
+TEST_F(InterceptorTest, AnEndWithoutARecordStillForgetsTheHugeTask) {
+    ASSERT_TRUE(InitOperLog());
+    qv_test::OwnInterceptor interceptor;
+    qv_standalone::SetThreadContext("[oss][127.0.0.1]", "getAllManagedElements");
+    qv_standalone::RegisterSynHugeTask(NS_UTIL::ThreadContextMgr::Instance()->GetThreadContext());
+    ASSERT_EQ(qv_standalone::HugeTaskCount(), 1u);
+    interceptor->send_other(&info);
+    EXPECT_EQ(qv_standalone::HugeTaskCount(), 0u);
+    EXPECT_TRUE(capture->Entries().empty());
+    qv_standalone::ClearThreadContext();
 }
 
 TEST_F(InterceptorTest, NoRequestGivesNoNames) {
