@@ -1,0 +1,113 @@
+# What run_demo.sh and run_agent.sh share; to be sourced.
+# Needs: BIN (directory of the programs), DATA (this demo's data), DIR (where everything is written).
+# shellcheck shell=bash
+
+HOST=127.0.0.2
+USER_NAME=oss
+PIDS=()
+
+if [[ -t 1 && -z "${NO_COLOR:-}" ]]; then
+  BOLD=$'\e[1m' DIM=$'\e[2m' RED=$'\e[31m' PLAIN=$'\e[0m'
+else
+  BOLD='' DIM='' RED='' PLAIN=''
+fi
+
+step() { printf '\n%s%s%s\n' "$BOLD" "$*" "$PLAIN"; }
+note() { printf '%s%s%s\n' "$DIM" "$*" "$PLAIN"; }
+die() {
+  printf '%s%s: %s%s\n' "$RED" "$(basename "$0")" "$*" "$PLAIN" >&2
+  exit 1
+}
+
+need_programs() {
+  local program
+  for program in Naming_Service qv_demo_agent qv_demo_oss; do
+    [[ -x "$BIN/$program" ]] || die "$BIN/$program is missing; build it first (./run.sh does)"
+  done
+}
+
+# port_is_free PORT
+port_is_free() {
+  python3 - "$HOST" "$1" <<'PY'
+import socket, sys
+s = socket.socket()
+s.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+try:
+    s.bind((sys.argv[1], int(sys.argv[2])))
+except OSError:
+    sys.exit(1)
+PY
+}
+
+# free_ports COUNT: different ports that nobody uses now, one in a line
+free_ports() {
+  python3 - "$HOST" "$1" <<'PY'
+import socket, sys
+held = [socket.socket() for _ in range(int(sys.argv[2]))]
+for s in held:
+    s.bind((sys.argv[1], 0))
+    print(s.getsockname()[1])
+PY
+}
+
+# write_config NAMING_PORT AGENT_PORT
+write_config() {
+  sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" "$DATA/agent.toml.in" >"$DIR/agent.toml"
+}
+
+# write_users: one user with a password by chance, which lies in the file oss-password; both for the owner alone
+write_users() {
+  (
+    umask 077
+    python3 -c 'import secrets; print(secrets.token_urlsafe(9))' >"$DIR/oss-password"
+    local hash
+    hash="$("$BIN/qv_demo_agent" --hash-password <"$DIR/oss-password")"
+    printf '# Who may log in. Make a hash with: qv_demo_agent --hash-password\n[[user]]\nname = "%s"\npassword_hash = "%s"\n' \
+      "$USER_NAME" "$hash" >"$DIR/users.toml"
+  )
+}
+
+# start NAME COMMAND...: runs it in a session of its own, so that Ctrl-C reaches this script alone, with its output in
+# NAME.out and NAME.err; STARTED is its process id
+start() {
+  local name="$1"
+  shift
+  setsid "$@" >"$DIR/$name.out" 2>"$DIR/$name.err" </dev/null &
+  STARTED=$!
+  PIDS+=("$STARTED")
+}
+
+# wait_for NAME PID FILE PATTERN: until a line of FILE matches, or the process ends, or 30 seconds are over
+wait_for() {
+  local name="$1" pid="$2" file="$3" pattern="$4" tries=0
+  until grep -q -- "$pattern" "$file" 2>/dev/null; do
+    if ! kill -0 "$pid" 2>/dev/null; then
+      cat "$DIR/$name.err" >&2
+      die "$name has ended; its message stands above"
+    fi
+    ((++tries <= 300)) || die "$name is not ready after 30 seconds; see $DIR/$name.err"
+    sleep 0.1
+  done
+}
+
+# stop PID: asks a process to end and waits for it
+stop() {
+  kill -TERM "$1" 2>/dev/null || return 0
+  wait "$1" 2>/dev/null || true
+}
+
+# Ends what was started, last one first.
+stop_all() {
+  local i
+  for ((i = ${#PIDS[@]} - 1; i >= 0; --i)); do
+    stop "${PIDS[i]}"
+  done
+  PIDS=()
+}
+
+start_naming() {
+  rm -f "$DIR/ns.ior"
+  start naming "$BIN/Naming_Service" -ORBEndpoint "iiop://$HOST:$1" -o "$DIR/ns.ior" -u "$DIR/naming-data"
+  NAMING_PID=$STARTED
+  wait_for naming "$NAMING_PID" "$DIR/ns.ior" '^IOR:'
+}

@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Leaves a naming service and the demo agent running until Ctrl-C. Usage: run_agent.sh BUILD_DIR WORK_DIR
+# The ports are those of the settings' defaults, 12001 and 12003, or what NAMING_PORT and AGENT_PORT say.
+set -euo pipefail
+
+[[ $# == 2 ]] || {
+  echo "usage: run_agent.sh BUILD_DIR WORK_DIR" >&2
+  exit 2
+}
+HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+BIN="$1/bin"
+DATA="$HERE/data"
+DIR="$2/agent"
+# shellcheck source=demo/demo_lib.sh
+source "$HERE/demo_lib.sh"
+
+NAMING_PORT="${NAMING_PORT:-12001}"
+AGENT_PORT="${AGENT_PORT:-12003}"
+
+trap stop_all EXIT
+# The agent ends at once when it is told a second time.
+trap 'kill -INT "${AGENT_PID:-$$}" 2>/dev/null || exit 130' INT TERM
+
+need_programs
+mkdir -p "$DIR"
+for port in "$NAMING_PORT" "$AGENT_PORT"; do
+  port_is_free "$port" || die "port $port is in use; end what uses it, or choose others: NAMING_PORT=... AGENT_PORT=... $0"
+done
+write_config "$NAMING_PORT" "$AGENT_PORT"
+[[ -s "$DIR/users.toml" && -s "$DIR/oss-password" ]] || write_users
+
+start_naming "$NAMING_PORT"
+setsid "$BIN/qv_demo_agent" --config "$DIR/agent.toml" --inventory "$DATA/inventory.json" --users "$DIR/users.toml" \
+  2>"$DIR/agent.err" </dev/null &
+AGENT_PID=$!
+PIDS+=("$AGENT_PID")
+
+echo "naming service  $HOST:$NAMING_PORT"
+echo "watch           tail -f $DIR/log/*.log"
+echo "call it         $BIN/qv_demo_oss --naming $HOST:$NAMING_PORT --user $USER_NAME \\"
+echo "                  --password-file $DIR/oss-password session"
+echo "stop            Ctrl-C"
+code=0
+while kill -0 "$AGENT_PID" 2>/dev/null; do
+  wait "$AGENT_PID" && code=0 || code=$?
+done
+if [[ $code != 0 ]]; then
+  cat "$DIR/agent.err" >&2
+fi
+exit "$code"
