@@ -1,9 +1,11 @@
 #include <atomic>
+#include <exception>
 #include <utility>
 
 #include "platform/bundle_mgr.h"
 #include "standalone/file_log_service.h"
 #include "standalone/registry.h"
+#include "standalone/report.h"
 
 namespace NS_BUNDLEMGR1 {
 
@@ -72,7 +74,15 @@ class OwnService final : public ServiceObjectBase {
 /// files.
 class LogServiceObject final : public ServiceObjectBase {
   public:
-    ServiceInterface* GetInterface() override { return &qv_standalone::DefaultLogService(); }
+    // A lookup can't bear an exception, and an agent without logs is better than none.
+    ServiceInterface* GetInterface() override {
+        try {
+            return &qv_standalone::DefaultLogService();
+        } catch (const std::exception& error) {
+            qv_standalone::Report(std::string("there is no log service: ") + error.what());
+            return nullptr;
+        }
+    }
 };
 
 /// All bundles and buffers of the process. Never destroyed: what looks up services during process exit still
