@@ -1,7 +1,7 @@
 #include "agent/agentserver.h"
 
 #include <ace/Guard_T.h>
-#include <ace/OS_NS_time.h>
+#include <ace/OS_NS_sys_time.h>
 #include <ace/Time_Value.h>
 #include <tao/ORB.h>
 #include <tao/PortableServer/PortableServer.h>
@@ -76,7 +76,9 @@ bool RunPool(CORBA::ORB* orb, unsigned int threads) {
 
 void AwaitExit() {
     for (int pass = 0; pass < kShutDownPasses; ++pass) {
-        const ACE_Time_Value deadline(ACE_OS::time(nullptr) + kShutDownPassSeconds);
+        // Not by time(), which may lag behind the clock of the wait and give a deadline that has passed
+        // already.
+        const ACE_Time_Value deadline = ACE_OS::gettimeofday() + ACE_Time_Value(kShutDownPassSeconds);
         ACE_Guard<ACE_Thread_Mutex> guard(AgentServer::m_mutexORBDestroy);
         if (AgentServer::m_condORBDestroy.wait(&deadline) == 0) {
             return;

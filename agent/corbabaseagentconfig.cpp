@@ -77,7 +77,10 @@ bool CorbaBaseAgentConfig::Init(const std::string& bundleName) {
 }
 
 bool CorbaBaseAgentConfig::StartOrb() {
-    int count = GetArgc();  // the ORB shortens its own count, m_argc stays as it is
+    // The ORB takes out what it understands, which must lose neither m_argc nor the strings that m_argv owns.
+    int count = GetArgc();
+    std::vector<char*> arguments(GetArgv(), GetArgv() + count);
+    arguments.push_back(nullptr);
 
     Server_ORBInitializer* initializer = new Server_ORBInitializer;
     PortableInterceptor::ORBInitializer_var initializerReference = initializer;
@@ -87,7 +90,7 @@ bool CorbaBaseAgentConfig::StartOrb() {
     LogOrbParams();
     qv_orb::SetIpFlag(true);
     qv_orb::SetServantThreads(ORBThreadPool() ? PoolThreadCount(GetORBThrdNum()) : 1);
-    m_ORB = CORBA::ORB_init(count, m_argv, nullptr);
+    m_ORB = CORBA::ORB_init(count, arguments.data(), nullptr);
     if (CORBA::is_nil(m_ORB.in())) {
         TA_POS;
         TaTrace("[CorbaBaseAgentConfig::Init]: m_ORB is null\n");

@@ -106,7 +106,11 @@ void AgentTest::ExpectLogPrefix(const std::string& channel, int level, const std
 }
 
 void AgentTest::ExpectExceptionLog(const std::string& file, const std::string& text) {
-    ExpectLogPrefix(kDebug, 1, file, "Exception: " + text + "==>IDL:", '"' + text + '"');
+    const std::string head = "Exception: " + text + "==>";
+    ExpectLogPrefix(kDebug, 1, file, head, '"' + text + '"');
+    const std::unique_ptr<LogEntry> entry = m_log->Find(kDebug, head);
+    EXPECT_TRUE(entry != nullptr && entry->text.find("IDL:", head.size()) != std::string::npos)
+        << "no description of the exception behind " << text;
 }
 
 int AgentTest::CountLog(const std::string& channel, const std::string& text) {

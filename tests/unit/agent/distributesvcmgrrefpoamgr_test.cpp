@@ -127,7 +127,8 @@ TEST_F(PoaStore, PoaThatCannotBeDestroyedStaysForAnotherTry) {
         Store().ReleasePOA(uuid);
         EXPECT_EQ(1u, LockProbe::Size());
         ExpectLogPrefix(kDebug, 1, "distributesvcmgrrefpoamgr",
-                        "[DistriSvcMgrRefPoaMgr::ReleasePOA] Exception caught in destroy POA, ex=IDL:",
+                        "[DistriSvcMgrRefPoaMgr::ReleasePOA] Exception caught in destroy POA, ex=system "
+                        "exception, ID 'IDL:",
                         "Exception caught in destroy POA, ex=%s");
     }
     PortableServer::POA_var taken;
