@@ -174,7 +174,7 @@ TEST_F(DamagedBindings, RecordCutShortIsLeftOut) {
     const std::string cut = m_good.substr(0, m_good.size() - 40);
     Replace(cut);
     ASSERT_TRUE(m_run.StartAndWait());
-    EXPECT_THAT(m_run.Service().Err(), HasSubstr("last record of the binding file was cut short"));
+    EXPECT_TRUE(m_run.Service().WaitForErr("last record of the binding file was cut short"));
     EXPECT_EQ(ReadFile(m_run.BindingFile() + ".damaged"), cut);
     const std::string listed = m_run.Client({"list"}).out;
     const int found = (listed.find("one/") != std::string::npos) +
@@ -186,7 +186,7 @@ TEST_F(DamagedBindings, RecordCutShortIsLeftOut) {
 TEST_F(DamagedBindings, InterruptedCheckpointComesBackFromTheBackup) {
     std::filesystem::rename(m_run.BindingFile(), m_run.DataDir() + "/omninames.bak");
     ASSERT_TRUE(m_run.StartAndWait());
-    EXPECT_THAT(m_run.Service().Err(), HasSubstr("came back from its backup"));
+    EXPECT_TRUE(m_run.Service().WaitForErr("came back from its backup"));
     EXPECT_THAT(m_run.Client({"list"}).out, AllOf(HasSubstr("one/"), HasSubstr("two/"), HasSubstr("three/")));
 }
 

@@ -57,7 +57,8 @@ TEST(NamingServiceProcesses, StopsAlthoughItsStarterBlockedAllSignals) {
     ASSERT_TRUE(ready);
     const pid_t server = run.ServerPid();
     run.Service().Signal(SIGTERM);
-    EXPECT_EQ(run.Service().Wait(), 0);
+    EXPECT_EQ(run.Service().Wait(std::chrono::seconds(3)), 0)
+        << "before the front loses patience with its child";
     EXPECT_FALSE(IsAlive(server));
 }
 
