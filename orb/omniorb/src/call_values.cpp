@@ -1,6 +1,7 @@
 #include "call_values.h"
 
 #include "orb_internals.h"
+#include "wide_strings.h"
 
 namespace qv_orb {
 namespace {
@@ -9,6 +10,12 @@ void ReadAny(CORBA::Any& any, TypeCodeGetter type, cdrStream& stream) {
     any.replace(type(), static_cast<void*>(nullptr));
     any.NP_unmarshalDataOnly(stream);
 }
+
+// Holds the values between the call descriptor and the Anys.
+class ValueStream : public cdrMemoryStream {
+  public:
+    ValueStream() { TCS_W(WideCodeSet()); }
+};
 
 Dynamic::ParameterList* EmptyParameters(const OperationEntry& operation) {
     auto* list = new Dynamic::ParameterList;
@@ -48,7 +55,7 @@ bool IsVoid(const OperationEntry& operation) {
 
 Dynamic::ParameterList* ParametersBeforeCall(omniCallDescriptor& call, const OperationEntry& operation) {
     Dynamic::ParameterList_var list = EmptyParameters(operation);
-    cdrMemoryStream arguments;
+    ValueStream arguments;
     MarshalArguments(call, arguments);
     ReadParameters(list.inout(), operation, arguments, [](auto mode) { return mode != CORBA::PARAM_OUT; });
     return list._retn();
@@ -56,7 +63,7 @@ Dynamic::ParameterList* ParametersBeforeCall(omniCallDescriptor& call, const Ope
 
 Dynamic::ParameterList* ParametersAfterCall(omniCallDescriptor& call, const OperationEntry& operation) {
     Dynamic::ParameterList_var list = ParametersBeforeCall(call, operation);
-    cdrMemoryStream returned;
+    ValueStream returned;
     MarshalReturned(call, returned);
     if (!IsVoid(operation)) {
         CORBA::Any result;
@@ -72,7 +79,7 @@ CORBA::Any* ResultOfCall(omniCallDescriptor& call, const OperationEntry& operati
         result->replace(CORBA::_tc_void, static_cast<void*>(nullptr));
         return result._retn();
     }
-    cdrMemoryStream returned;
+    ValueStream returned;
     MarshalReturned(call, returned);
     ReadAny(result.inout(), operation.result, returned);
     return result._retn();

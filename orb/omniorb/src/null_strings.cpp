@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "orb_internals.h"
+#include "wide_strings.h"
 
 namespace qv_orb {
 namespace {
@@ -44,16 +45,20 @@ omni::omniCodeSet::TCS_C* measuring() {
     return &set;
 }
 
+omni::omniCodeSet::TCS_W* WideCodeSetOf(cdrStream* reply) {
+    return reply != nullptr ? reply->TCS_W() : WideCodeSet();
+}
+
 }  // namespace
 
 void RefuseNullStrings(omniCallDescriptor& call, cdrStream* codesets) {
-    cdrCountingStream stream(measuring(), codesets != nullptr ? codesets->TCS_W() : nullptr);
+    cdrCountingStream stream(measuring(), WideCodeSetOf(codesets));
     call.marshalReturnedValues(stream);
     stream.clearValueTracker();
 }
 
 void RefuseNullStrings(const CORBA::UserException& exception, cdrStream* codesets) {
-    cdrCountingStream stream(measuring(), codesets != nullptr ? codesets->TCS_W() : nullptr);
+    cdrCountingStream stream(measuring(), WideCodeSetOf(codesets));
     exception._NP_marshal(stream);
     stream.clearValueTracker();
 }
