@@ -1,0 +1,78 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/child_process.h"
+#include "tests/support/temp_dir.h"
+
+namespace qv_e2e {
+
+/// A naming service, a demo agent and OSSs, each a process of its own, with files in a directory and ports of
+/// their own. Whatever still runs is killed when the object goes. The user "oss" has the password of
+/// kPassword.
+class Deployment {
+  public:
+    static constexpr const char* kHost = "127.0.0.2";
+    static constexpr const char* kPassword = "correct horse battery";
+
+    Deployment();
+
+    /// A setting of the agent's next start; `value` as TOML has it.
+    void Set(const std::string& key, const std::string& value) { settings_[key] = value; }
+    /// Contents of the configuration file of the agent's next start, in place of the settings.
+    void SetWholeConfig(const std::string& contents) { whole_config_ = contents; }
+    void SetInventory(const std::string& path) { inventory_ = path; }
+    void SetLogDir(const std::string& path) { log_dir_ = path; }
+
+    void StartNaming();
+    void KillNaming() { naming_.reset(); }
+    /// Takes away what the naming service has kept on disk.
+    void LoseNamingData();
+
+    /// Starts the agent and waits until it is ready. A failure of the test when it doesn't become so.
+    void StartAgent();
+    /// Starts the agent and lets it do what it will.
+    qv_test::ChildProcess& LaunchAgent();
+    /// Ends the agent as a power failure would.
+    void KillAgent() { agent_.reset(); }
+
+    qv_test::ChildProcess& agent() { return *agent_; }
+
+    /// Runs an OSS to its end. Without `password` it gets none.
+    qv_test::RunResult Oss(const std::vector<std::string>& arguments, const char* password = kPassword) const;
+    /// Starts an OSS.
+    std::unique_ptr<qv_test::ChildProcess> StartOss(const std::vector<std::string>& arguments) const;
+    /// Starts an OSS and waits until it is logged in; it stays so for `hold_ms`.
+    std::unique_ptr<qv_test::ChildProcess> HoldSession(int hold_ms) const;
+
+    const qv_test::TempDir& dir() const { return dir_; }
+    int naming_port() const { return naming_port_; }
+    int agent_port() const { return agent_port_; }
+    std::string log_dir() const { return log_dir_; }
+    std::string Log(const std::string& name) const;
+
+    /// How many file descriptors the agent has open.
+    std::size_t AgentDescriptors() const;
+
+    static std::string Program(const std::string& name);
+    static std::string Data(const std::string& name);
+
+  private:
+    std::vector<std::string> OssCommand(const std::vector<std::string>& arguments) const;
+    std::string ConfigText() const;
+
+    const qv_test::TempDir dir_;
+    const int naming_port_;
+    const int agent_port_;
+    std::map<std::string, std::string> settings_;
+    std::string whole_config_;
+    std::string inventory_;
+    std::string log_dir_;
+    std::unique_ptr<qv_test::ChildProcess> naming_;
+    std::unique_ptr<qv_test::ChildProcess> agent_;
+};
+
+}  // namespace qv_e2e
