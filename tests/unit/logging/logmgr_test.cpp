@@ -75,6 +75,34 @@ TEST_F(LogMgrTest, ARefusedNotificationChannelFailsInitButNotTheOthers) {
     EXPECT_TRUE(capture->Entries("corbanotify").empty());
 }
 
+TEST_F(LogMgrTest, EachRefusedOptionalChannelLeavesTheOthersOpen) {
+    capture->Refuse("corbaoper");
+    EXPECT_FALSE(InitLog({{"bLogOperation", "1"}, {"bLogNotify", "1"}, {"bLogAlaram", "1"}}));
+    EXPECT_TRUE(LogMgrProbe::Secrets(Manager()).empty());
+    TaWriteAlarmNotifyLog(std::stringstream("lost"));
+    TaWriteAlarmLog(std::stringstream("alarm"));
+    EXPECT_EQ(capture->Entries("corbanotify").size(), 1u);
+    EXPECT_EQ(capture->Entries("corba_alarm").size(), 1u);
+
+    capture->Refuse("corba_alarm");
+    config.Set("bLogOperation", "0");
+    EXPECT_FALSE(Manager().Init());
+    EXPECT_TRUE(LogMgrProbe::Secrets(Manager()).empty());
+}
+
+TEST_F(LogMgrTest, AnOpenChannelIsSilentWhileItsSwitchIsOff) {
+    ASSERT_TRUE(InitLog({{"bLogOperation", "1"}, {"bLogNotify", "1"}, {"bLogAlaram", "1"}}));
+    config.Set("bLogOperation", "0");
+    config.Set("bLogNotify", "0");
+    config.Set("bLogAlaram", "0");
+    ASSERT_TRUE(Manager().GetLogCfg());
+    qv_test::FakeServerRequestInfo info;
+    TaWriteOperLog(&info, 0);
+    TaWriteAlarmNotifyLog(std::stringstream("lost"));
+    TaWriteAlarmLog(std::stringstream("alarm"));
+    EXPECT_TRUE(capture->Entries().empty());
+}
+
 TEST_F(LogMgrTest, WithoutADebugChannelNothingElseIsOpened) {
     capture->Refuse("corbadebug");
     EXPECT_FALSE(InitLog({{"bLogOperation", "1"}}));
