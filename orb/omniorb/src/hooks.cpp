@@ -11,7 +11,9 @@ namespace qv_orb {
 namespace {
 
 CORBA::Boolean RequestReceived(omni::omniInterceptors::serverReceiveRequest_T::info_T& info) {
-    thread_state().request = &info.giop_s;
+    ThreadState& thread = thread_state();
+    thread.request = &info.giop_s;
+    thread.reply_contexts.length(0);  // a oneway or a forward takes none along
     return true;
 }
 
@@ -72,17 +74,18 @@ class DestructionListener final : public omni::omniInitialiser {
 }  // namespace
 
 void InstallHooks() {
-    static const bool installed = [] {
-        omni::omniInterceptors* hooks = omniORB::getInterceptors();
-        hooks->createThread.add(ThreadCreated);
-        hooks->assignUpcallThread.add(UpcallThreadAssigned);
-        hooks->serverReceiveRequest.add(RequestReceived);
-        hooks->serverSendReply.add(ReplySent);
-        hooks->serverSendException.add(ExceptionSent);
+    omni::omniInterceptors* hooks = omniORB::getInterceptors();
+    hooks->createThread.add(ThreadCreated);
+    hooks->assignUpcallThread.add(UpcallThreadAssigned);
+    hooks->serverReceiveRequest.add(RequestReceived);
+    hooks->serverSendReply.add(ReplySent);
+    hooks->serverSendException.add(ExceptionSent);
+    // The others go with their ORB; this one stays, and would be there twice.
+    static const bool local_call_installed = [hooks] {
         hooks->invokeLocalCall.add(InterceptUpcall);
         return true;
     }();
-    static_cast<void>(installed);
+    static_cast<void>(local_call_installed);
 }
 
 void OnOrbDestroyed(void (*function)()) {

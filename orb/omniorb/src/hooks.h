@@ -3,7 +3,7 @@
 
 namespace qv_orb {
 
-/// Puts the hooks in place; once per process, while an ORB exists. Repeating it does nothing.
+/// Puts the hooks in place for the ORB that has just been made. An ORB takes them along when it is destroyed.
 void InstallHooks();
 
 /// Has `function` run when the ORB is destroyed. Once per process, before the first ORB is made.

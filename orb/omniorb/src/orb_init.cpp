@@ -69,6 +69,7 @@ void StartState(const std::vector<std::string>& arguments, const OrbOptions& opt
     state.orb_id = orb_id != nullptr && *orb_id != '\0' ? orb_id : options.orb_id;
     state.server_id = options.server_id;
     state.slot_count = 0;
+    ++state.orb_number;
     state.server_interceptors.clear();
 }
 
@@ -108,13 +109,26 @@ void RegisterCurrent(CORBA::ORB_ptr orb) {
     orb->register_initial_reference("PICurrent", current);
 }
 
-CORBA::ORB_ptr MakeOrb(const OrbOptions& options) {
-    const auto initializers = RegisteredInitializers();
-    InitialisationRun run;
-    for (const auto& initializer : initializers) {
-        initializer->pre_init(run.info());
+using Initializers = std::vector<PortableInterceptor::ORBInitializer_var>;
+
+// Without an ORB nothing would ever tell the interceptors that they are not needed any more.
+CORBA::ORB_ptr PrepareAndMakeUnderlyingOrb(const OrbOptions& options, const Initializers& initializers,
+                                           InitInfo* info) {
+    try {
+        for (const auto& initializer : initializers) {
+            initializer->pre_init(info);
+        }
+        return MakeUnderlyingOrb(options);
+    } catch (...) {
+        ForgetInterceptors();
+        throw;
     }
-    CORBA::ORB_var orb = MakeUnderlyingOrb(options);
+}
+
+CORBA::ORB_ptr MakeOrb(const OrbOptions& options) {
+    const Initializers initializers = RegisteredInitializers();
+    InitialisationRun run;
+    CORBA::ORB_var orb = PrepareAndMakeUnderlyingOrb(options, initializers, run.info());
     g_orb_exists = true;
     try {
         InstallHooks();

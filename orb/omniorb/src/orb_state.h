@@ -17,6 +17,7 @@ struct OrbState {
     std::vector<std::string> arguments;
     std::vector<PortableInterceptor::ServerRequestInterceptor_var> server_interceptors;
     PortableInterceptor::SlotId slot_count = 0;
+    unsigned orb_number = 0;  // counts the ORBs of the process
     bool initialising = false;
     ServantLimit servants;
 };

@@ -8,10 +8,21 @@ namespace {
 
 thread_local SlotTable* t_scope = nullptr;
 
-// Slots of a thread that is not inside a request.
+// Slots of a thread outside requests. They are those of one ORB: its successor finds them empty.
+struct ThreadSlots {
+    unsigned orb_number = 0;
+    SlotTable table;
+};
+
 SlotTable& CurrentTable() {
-    thread_local SlotTable own;
-    return t_scope != nullptr ? *t_scope : own;
+    if (t_scope != nullptr) {
+        return *t_scope;
+    }
+    thread_local ThreadSlots own;
+    if (own.orb_number != orb_state().orb_number) {
+        own = {orb_state().orb_number, {}};
+    }
+    return own.table;
 }
 
 void CheckSlot(PortableInterceptor::SlotId id) {
