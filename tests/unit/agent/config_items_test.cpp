@@ -1,6 +1,7 @@
 #include <functional>
 
 #include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/interposed.h"
 
 namespace qv_test {
 namespace {
@@ -187,6 +188,17 @@ TEST_F(ConfigItems, HostNameIsAskedForOnlyOnDemand) {
     config().GetHostName();
     EXPECT_EQ(NodeName(), config().GetHostNameAndReturn());
     Probe::HostName() = "kept";
+    EXPECT_EQ("kept", config().GetHostNameAndReturn());
+}
+
+TEST_F(ConfigItems, LoopbackHostsStayWhileTheNodeNameIsUnknown) {
+    const FailingNodeName failing;
+    m_items.Set("CORBAAgent_Host", "127.0.0.1");
+    config().GetOption();
+    EXPECT_EQ("localhost", config().GetHostNameAndReturn());
+    EXPECT_EQ("localhost", config().GetCorbaAgentAddress());
+    Probe::HostName() = "kept";
+    config().GetHostName();
     EXPECT_EQ("kept", config().GetHostNameAndReturn());
 }
 

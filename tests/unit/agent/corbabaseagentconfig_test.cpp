@@ -1,11 +1,15 @@
 #include "agent/corbabaseagentconfig.h"
 
+#include <tao/ORBInitializer_Registry.h>
+#include <tao/PI_Server/PI_Server.h>
+
 #include <set>
 #include <thread>
 
 #include "agent/agentserver.h"
 #include "tests/support/free_port.h"
 #include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/fake_orb.h"
 #include "tests/unit/agent/interposed.h"
 
 namespace qv_test {
@@ -13,6 +17,39 @@ namespace {
 
 using NS_CORBA::AgentServer;
 using NS_CORBA::CorbaBaseAgentConfig;
+
+/// An interceptor that lets everything pass, under a name of its own.
+class Bystander : public PortableInterceptor::ServerRequestInterceptor {
+  public:
+    explicit Bystander(std::string name) : m_name(std::move(name)) {}
+
+    char* name() override { return CORBA::string_dup(m_name.c_str()); }
+    void destroy() override {}
+    void receive_request_service_contexts(PortableInterceptor::ServerRequestInfo*) override {}
+    void receive_request(PortableInterceptor::ServerRequestInfo*) override {}
+    void send_reply(PortableInterceptor::ServerRequestInfo*) override {}
+    void send_exception(PortableInterceptor::ServerRequestInfo*) override {}
+    void send_other(PortableInterceptor::ServerRequestInfo*) override {}
+
+  private:
+    const std::string m_name;
+};
+
+/// Adds a bystander of that name to the ORB.
+class BystanderInitializer : public virtual PortableInterceptor::ORBInitializer,
+                             public virtual CORBA::LocalObject {
+  public:
+    explicit BystanderInitializer(std::string name) : m_name(std::move(name)) {}
+
+    void pre_init(PortableInterceptor::ORBInitInfo*) override {}
+    void post_init(PortableInterceptor::ORBInitInfo* info) override {
+        PortableInterceptor::ServerRequestInterceptor_var bystander = new Bystander(m_name);
+        info->add_server_request_interceptor(bystander.in());
+    }
+
+  private:
+    const std::string m_name;
+};
 
 class AgentConfig : public AgentTest {
   protected:
@@ -122,6 +159,68 @@ TEST_F(AgentConfig, OrbReferencesAreCounted) {
     CORBA::ORB_var taken = config().GetOrb();
     CORBA::Object_var poa = taken->resolve_initial_references("RootPOA");
     EXPECT_FALSE(CORBA::is_nil(poa.in()));
+}
+
+TEST_F(AgentConfig, OrbIsMadeOfTheArgumentsThatWereLogged) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    m_items.Set("CORBAAgent_Option", "-ns /n.ior -keep -nt /t.ior -out /o.ior");
+    std::string seen;
+    bool idGiven = true;
+    FakeOrb* fake = new FakeOrb;
+    const ReplacedOrbInit replaced([&](int& argc, char** argv, const char* id) {
+        EXPECT_TRUE(m_log->Contains(kSys, "ORB init params:-ORBId")) << "logged ahead of the call";
+        seen = "ORB init params:";
+        for (int i = 0; i < argc; ++i) {
+            seen += std::string(argv[i]) + " ";
+        }
+        EXPECT_EQ(nullptr, argv[argc]);
+        idGiven = id != nullptr;
+        argc = 0;
+        argv[0] = nullptr;
+        return fake;
+    });
+    EXPECT_FALSE(config().Init("bundle")) << "this ORB has no root POA";
+    EXPECT_FALSE(idGiven);
+    EXPECT_EQ(1, CountLog(kSys, seen));
+    ExpectLog(kSys, -1, "corbabaseagentconfig", seen, "TaTrace(\"%s\", text.c_str())");
+    EXPECT_NE(std::string::npos, seen.find(" -keep "));
+    for (const char* kept : {"-ns", "-nt", "-out", "/n.ior", "/t.ior", "/o.ior"}) {
+        EXPECT_EQ(std::string::npos, seen.find(kept)) << kept;
+    }
+    EXPECT_GT(config().GetArgc(), 0);
+    EXPECT_STREQ("-ORBId", config().GetArgv()[0]) << "what the ORB takes out stays the singleton's";
+    EXPECT_EQ(fake, CORBA::ORB_var(config().GetOrb()).in());
+    EXPECT_EQ(1u, m_log->Entries(kSys).size()) << "a missing root POA isn't reported";
+}
+
+TEST_F(AgentConfig, MissingOrbEndsInit) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    const ReplacedOrbInit replaced([](int&, char**, const char*) { return CORBA::ORB::_nil(); });
+    EXPECT_FALSE(config().Init("bundle"));
+    ExpectLog(kSys, -1, "corbabaseagentconfig", "[CorbaBaseAgentConfig::Init]: m_ORB is null\n");
+}
+
+TEST_F(AgentConfig, OtherExceptionsPassThroughInit) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    const ReplacedOrbInit replaced(
+        [](int&, char**, const char*) -> CORBA::ORB_ptr { throw std::bad_alloc(); });
+    EXPECT_THROW(config().Init("bundle"), std::bad_alloc);
+}
+
+TEST_F(AgentConfig, InterceptorStandsNextToOthers) {
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    PortableInterceptor::ORBInitializer_var other = new BystanderInitializer("Other");
+    PortableInterceptor::register_orb_initializer(other.in());
+    EXPECT_TRUE(config().Init("bundle"));
+}
+
+TEST_F(AgentConfig, InterceptorHasItsName) {
+    // A second interceptor of one name is refused, which tells the name.
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    PortableInterceptor::ORBInitializer_var other = new BystanderInitializer("ZorVexCorbaAgent");
+    PortableInterceptor::register_orb_initializer(other.in());
+    EXPECT_FALSE(config().Init("bundle"));
+    ExpectLog(kSys, -1, "corbabaseagentconfig", "Exception received during orb initializing!\n");
 }
 
 TEST_F(AgentConfig, UnsplittableCommandEndsInit) {

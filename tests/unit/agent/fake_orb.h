@@ -28,8 +28,8 @@ class OddException : public CORBA::Exception {
 };
 
 /// An ORB whose run() follows a script: each call takes the next step and runs it, and blocks for good, or
-/// until shutdown, when there is none left. Knows nothing else. Reference-counted; starts with a count of
-/// one.
+/// until shutdown, when there is none left. Has no initial references. Reference-counted; starts with a count
+/// of one.
 class FakeOrb : public CORBA::ORB {
     template <typename Read>
     auto Locked(Read read) const {
@@ -100,7 +100,7 @@ class FakeOrb : public CORBA::ORB {
     char* object_to_string(CORBA::Object_ptr) override { throw CORBA::NO_IMPLEMENT(); }
     CORBA::Object_ptr string_to_object(const char*) override { throw CORBA::NO_IMPLEMENT(); }
     ObjectIdList* list_initial_services() override { throw CORBA::NO_IMPLEMENT(); }
-    CORBA::Object_ptr resolve_initial_references(const char*) override { throw CORBA::NO_IMPLEMENT(); }
+    CORBA::Object_ptr resolve_initial_references(const char*) override { return CORBA::Object::_nil(); }
     CORBA::Boolean work_pending() override { return false; }
     void perform_work() override {}
     void register_initial_reference(const char*, CORBA::Object_ptr) override { throw CORBA::NO_IMPLEMENT(); }

@@ -4,15 +4,19 @@
 
 #include <ace/OS_NS_unistd.h>
 #include <dlfcn.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <utility>
 
 namespace {
 
 std::atomic<int> g_forksUntilFailure{0};  // 0: never
 std::atomic<bool> g_failSplit{false};
+std::atomic<bool> g_failNodeName{false};
+qv_test::ReplacedOrbInit::Function g_orbInit;  // empty: the ORB's own
 
 template <typename Function>
 Function Next(const char* symbol) {
@@ -33,6 +37,25 @@ extern "C" __attribute__((visibility("default"))) pid_t fork() {
     }
     return next();
 }
+
+extern "C" __attribute__((visibility("default"))) int uname(utsname* name) noexcept {
+    static const auto next = Next<int (*)(utsname*)>("uname");
+    if (g_failNodeName) {
+        errno = EFAULT;
+        return -1;
+    }
+    return next(name);
+}
+
+namespace CORBA {
+
+__attribute__((visibility("default"))) ORB_ptr ORB_init(int& argc, char** argv, const char* orb_id) {
+    using Function = ORB_ptr (*)(int&, char**, const char*);
+    static const auto next = Next<Function>("_ZN5CORBA8ORB_initERiPPcPKc");
+    return g_orbInit ? g_orbInit(argc, argv, orb_id) : next(argc, argv, orb_id);
+}
+
+}  // namespace CORBA
 
 namespace ACE_OS {
 
@@ -59,6 +82,20 @@ FailingSplit::FailingSplit() {
 }
 FailingSplit::~FailingSplit() {
     g_failSplit = false;
+}
+
+FailingNodeName::FailingNodeName() {
+    g_failNodeName = true;
+}
+FailingNodeName::~FailingNodeName() {
+    g_failNodeName = false;
+}
+
+ReplacedOrbInit::ReplacedOrbInit(Function init) {
+    g_orbInit = std::move(init);
+}
+ReplacedOrbInit::~ReplacedOrbInit() {
+    g_orbInit = nullptr;
 }
 
 }  // namespace qv_test

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <tao/ORB.h>
+
+#include <functional>
+
 namespace qv_test {
 
 /// While it lives fork() fails with EAGAIN, from the `nth` call on.
@@ -18,6 +22,26 @@ class FailingSplit {
     ~FailingSplit();
     FailingSplit(const FailingSplit&) = delete;
     FailingSplit& operator=(const FailingSplit&) = delete;
+};
+
+/// While it lives the system doesn't tell its node name.
+class FailingNodeName {
+  public:
+    FailingNodeName();
+    ~FailingNodeName();
+    FailingNodeName(const FailingNodeName&) = delete;
+    FailingNodeName& operator=(const FailingNodeName&) = delete;
+};
+
+/// While it lives CORBA::ORB_init is `init`.
+class ReplacedOrbInit {
+  public:
+    using Function = std::function<CORBA::ORB_ptr(int& argc, char** argv, const char* id)>;
+
+    explicit ReplacedOrbInit(Function init);
+    ~ReplacedOrbInit();
+    ReplacedOrbInit(const ReplacedOrbInit&) = delete;
+    ReplacedOrbInit& operator=(const ReplacedOrbInit&) = delete;
 };
 
 }  // namespace qv_test

@@ -133,7 +133,7 @@ TEST_F(IorFiles, LineWithoutIorIsTakenAsItStands) {
 }
 
 TEST_F(IorFiles, EmptyLineFails) {
-    MakeOrb();
+    m_orb = MakeOrb();
     CORBA::Object_var read;
     EXPECT_EQ(-1, Read("\n", read));
     ExpectLog(kSys, -1, "ior_files", "IOR file is empty!\n");

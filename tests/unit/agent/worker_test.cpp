@@ -222,6 +222,9 @@ class LivePool : public Pool {
         AgentServer::Destroy();
         ForgetReturns();
         EXPECT_TRUE(WaitFor([&] { return AllReturnAgainAndAgain(); }));
+        NS_CORBA::CorbaBaseAgentConfig::Destroy();
+        ForgetReturns();
+        EXPECT_TRUE(WaitFor([&] { return AllReturnAgainAndAgain(); }));
         EXPECT_FALSE(AgentServer::m_bExit);
         EXPECT_EQ(0u, CountPrefix("[Worker::svc] ORB return normally"));
         EXPECT_FALSE(m_log->Contains(kSys, " ORB is closed!"));
