@@ -64,8 +64,7 @@ bool CorbaBaseAgentConfig::GetNamingService(TAO_Objref_Out_T<CosNaming::NamingCo
             TA_POS;
             TaTrace(
                 "[CorbaBaseAgentConfig::GetNamingService] Error occured during getting namingservice object "
-                "ref from "
-                "file!");
+                "ref from file!");
             return false;
         }
     }
