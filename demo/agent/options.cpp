@@ -28,7 +28,7 @@ ParsedOptions ParseOptions(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         if (!options.hash_password && (options.inventory.empty() || options.users.empty())) {
-            throw CLI::RequiredError("--inventory and --users");
+            throw CLI::ValidationError("qv_demo_agent", "--inventory FILE and --users FILE are needed");
         }
         parsed.proceed = true;
     } catch (const CLI::ParseError& e) {

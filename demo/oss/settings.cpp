@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
+#include <regex>
 
 #include "demo/common/secret_input.h"
 #include "demo/oss/problem.h"
@@ -20,8 +21,23 @@ constexpr const char* kFooter =
     "EMS,\n"
     "11 no such element, 1 anything else.";
 
+/// What is wrong with an address; empty when it is of the form HOST:PORT.
+std::string AddressProblem(const std::string& address) {
+    static const std::regex kForm("(\\[[0-9A-Fa-f:.]+\\]|[A-Za-z0-9._-]+):([0-9]{1,5})");
+    std::smatch parts;
+    if (!std::regex_match(address, parts, kForm)) {
+        return "\"" + address + "\" is not of the form HOST:PORT";
+    }
+    const int port = std::stoi(parts[2]);
+    return port >= 1 && port <= 65535 ? "" : "a port is a number from 1 to 65535";
+}
+
 void AddCommonOptions(CLI::App& app, Settings& settings) {
-    app.add_option("--naming", settings.naming, "Naming service as HOST:PORT")->capture_default_str();
+    // Of a repeated option the last one counts, so that a person can add to a line of a script.
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    app.add_option("--naming", settings.naming, "Naming service as HOST:PORT")
+        ->capture_default_str()
+        ->check(CLI::Validator(AddressProblem, "HOST:PORT"));
     app.add_option("--ior", settings.ior_file,
                    "File with the reference of the naming service or of the session factory")
         ->check(CLI::ExistingFile);

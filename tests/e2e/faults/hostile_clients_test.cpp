@@ -123,10 +123,8 @@ TEST_F(HostileClients, KilledWhileALargeReplyIsOnItsWay) {
     descriptors = deployment.AgentDescriptors();
     for (int i = 0; i < 5; ++i) {
         const auto oss = deployment.StartOss({"list", "--page", "20000"});
-        ASSERT_TRUE(qv_test::WaitFor([&] {
-            const std::string counts = deployment.Log("CORBAAgentStatisticInfo.dat");
-            return counts.find("getAllManagedElements = " + std::to_string(i + 1)) != std::string::npos;
-        }));
+        const std::string called = "getAllManagedElements = " + std::to_string(i + 1) + "\n";
+        ASSERT_TRUE(deployment.WaitForLog("CORBAAgentStatisticInfo.dat", {called}));
         oss->Kill();
     }
     ExpectUnharmed();

@@ -11,7 +11,6 @@ namespace qv_e2e {
 namespace {
 
 using testing::AllOf;
-using testing::AnyOf;
 using testing::HasSubstr;
 
 /// Starts the agent, which must end with exit code 1; what it wrote to standard error.
@@ -104,7 +103,8 @@ TEST(StartupFaults, ADamagedStatisticsFileHindersNothing) {
         deployment.dir().Write("log/CORBAAgentStatisticInfo.dat", contents);
         deployment.StartAgent();
         EXPECT_EQ(deployment.Oss({"login"}).code, 0);
-        EXPECT_THAT(deployment.Log("CORBAAgentStatisticInfo.dat"), HasSubstr("getManager = 1\n"));
+        EXPECT_TRUE(deployment.WaitForLog("CORBAAgentStatisticInfo.dat", {"getManager = 1\n"}))
+            << deployment.Log("CORBAAgentStatisticInfo.dat");
         deployment.KillAgent();
     }
 }

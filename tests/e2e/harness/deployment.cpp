@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "demo/agent/core/password.h"
@@ -115,6 +116,16 @@ std::unique_ptr<qv_test::ChildProcess> Deployment::HoldSession(int hold_ms) cons
 
 std::string Deployment::Log(const std::string& name) const {
     return qv_test::ReadFile(fs::path(log_dir_) / name);
+}
+
+bool Deployment::WaitForLog(const std::string& name, const std::vector<std::string>& parts) const {
+    return qv_test::WaitFor(
+        [&] {
+            const std::string text = Log(name);
+            return std::all_of(parts.begin(), parts.end(),
+                               [&](const std::string& part) { return text.find(part) != std::string::npos; });
+        },
+        kPatience);
 }
 
 std::size_t Deployment::AgentDescriptors() const {

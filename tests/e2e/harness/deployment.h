@@ -53,6 +53,8 @@ class Deployment {
     int agent_port() const { return agent_port_; }
     std::string log_dir() const { return log_dir_; }
     std::string Log(const std::string& name) const;
+    /// Waits until that file of the log directory holds all `parts` at once; false when it never does.
+    bool WaitForLog(const std::string& name, const std::vector<std::string>& parts) const;
 
     /// How many file descriptors the agent has open.
     std::size_t AgentDescriptors() const;

@@ -3,7 +3,6 @@
 #include <signal.h>
 
 #include "tests/e2e/harness/deployment.h"
-#include "tests/support/wait_for.h"
 
 namespace qv_e2e {
 namespace {
@@ -28,10 +27,7 @@ TEST(LateHooks, RequestsAreRefusedUntilTheHooksArePluggedIn) {
     const auto refused = deployment.Oss({"--ior", ior, "login"});
     EXPECT_EQ(refused.code, 8);
     EXPECT_THAT(refused.err, HasSubstr("no permission"));
-    EXPECT_TRUE(qv_test::WaitFor([&] {
-        return deployment.Log("corbadebug.log").find("No Permission, Interceptor is null") !=
-               std::string::npos;
-    })) << deployment.Log("corbadebug.log");
+    EXPECT_TRUE(deployment.WaitForLog("corbadebug.log", {"No Permission, Interceptor is null"}));
     EXPECT_THAT(deployment.Log("CORBAAgentStatisticInfo.dat"), Not(HasSubstr("getEmsSession")));
 
     agent.Signal(SIGUSR1);
@@ -39,7 +35,8 @@ TEST(LateHooks, RequestsAreRefusedUntilTheHooksArePluggedIn) {
     const auto served = deployment.Oss({"--ior", ior, "login"});
     EXPECT_EQ(served.code, 6);
     EXPECT_THAT(served.err, HasSubstr("closed today"));
-    EXPECT_THAT(deployment.Log("CORBAAgentStatisticInfo.dat"), HasSubstr("getEmsSession = 1\n"));
+    EXPECT_TRUE(deployment.WaitForLog("CORBAAgentStatisticInfo.dat", {"getEmsSession = 1\n"}))
+        << deployment.Log("CORBAAgentStatisticInfo.dat");
 }
 
 }  // namespace

@@ -34,8 +34,12 @@ TEST(Restart, TheCallCountsGoOnAfterARestartOfTheAgent) {
     for (const int run : {1, 2}) {
         deployment.StartAgent();
         ASSERT_EQ(deployment.Oss({"login"}).code, 0);
-        const std::string expected = "getEmsSession = " + std::to_string(run) + "\n";
-        EXPECT_THAT(deployment.Log("CORBAAgentStatisticInfo.dat"), HasSubstr(expected));
+        // The file is rewritten with each call: complete after the last call of the OSS and with its last
+        // line.
+        const std::string count = " = " + std::to_string(run) + "\n";
+        EXPECT_TRUE(deployment.WaitForLog("CORBAAgentStatisticInfo.dat",
+                                          {"endSession" + count, "getEmsSession" + count, "ping" + count}))
+            << deployment.Log("CORBAAgentStatisticInfo.dat");
         deployment.KillAgent();
     }
 }

@@ -15,6 +15,10 @@ struct Case {
     int pool_threads;
 };
 
+void PrintTo(const Case& one, std::ostream* out) {
+    *out << one.key << " = " << one.value;
+}
+
 std::size_t Count(const std::string& text, const std::string& part) {
     std::size_t count = 0;
     for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {

@@ -131,7 +131,10 @@ TEST(Unreachable, ACommandLineThatMakesNoSense) {
     EXPECT_EQ(deployment.Oss({"fly"}).code, 2);
     EXPECT_EQ(deployment.Oss({"list", "--page", "0"}).code, 2);
     EXPECT_EQ(deployment.Oss({"browse", "--timeout", "never"}).code, 2);
-    EXPECT_EQ(deployment.Oss({"--naming", "not an address", "browse"}).code, 2);
+    for (const char* address :
+         {"not an address", "host", "host:", ":1", "host:0", "host:65536", "host:1:2", "a b:1"}) {
+        EXPECT_EQ(deployment.Oss({"--naming", address, "browse"}).code, 2) << address;
+    }
     EXPECT_EQ(deployment.Oss({"login", "--password", "secret"}).code, 2) << "never on the command line";
 }
 

@@ -1,0 +1,79 @@
+#include "demo/oss/settings.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <vector>
+
+#include "demo/oss/problem.h"
+#include "tests/support/scoped_env.h"
+#include "tests/support/temp_dir.h"
+
+namespace qv_oss {
+namespace {
+
+ParsedSettings Parse(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "qv_demo_oss");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) {
+        argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+    return ParseSettings(static_cast<int>(arguments.size()), argv.data());
+}
+
+TEST(OssSettings, CommonOptionsMayStandBeforeAndBehindTheCommand) {
+    for (const auto& parsed : {Parse({"--naming", "ns:1", "--timeout", "2.5", "browse"}),
+                               Parse({"browse", "--naming", "ns:1", "--timeout", "2.5"})}) {
+        ASSERT_TRUE(parsed.proceed);
+        EXPECT_EQ(parsed.settings.command, Command::kBrowse);
+        EXPECT_EQ(parsed.settings.naming, "ns:1");
+        EXPECT_EQ(parsed.settings.timeout, std::chrono::milliseconds(2500));
+    }
+}
+
+TEST(OssSettings, EachCommandHasItsOwnOptions) {
+    const auto list = Parse({"list", "--user", "oss", "--page", "7"});
+    ASSERT_TRUE(list.proceed);
+    EXPECT_EQ(list.settings.command, Command::kList);
+    EXPECT_EQ(list.settings.page, 7U);
+    const auto show = Parse({"show", "NE-1", "--user", "oss"});
+    ASSERT_TRUE(show.proceed);
+    EXPECT_EQ(show.settings.element, "NE-1");
+}
+
+TEST(OssSettings, AWrongLineIsAUsageError) {
+    const std::vector<std::vector<std::string>> wrong{
+        {},
+        {"fly"},
+        {"login"},  // no user
+        {"show", "--user", "oss"},
+        {"list", "--user", "oss", "--page", "0"},
+        {"browse", "--timeout", "0"},
+        {"browse", "--naming", "host:70000"},
+        {"browse", "--ior", "/does/not/exist"},
+        {"login", "--user", "oss", "--password", "x"},
+    };
+    for (const auto& arguments : wrong) {
+        const auto parsed = Parse(arguments);
+        EXPECT_FALSE(parsed.proceed);
+        EXPECT_EQ(parsed.exit_code, kUsage);
+    }
+    EXPECT_EQ(Parse({"--help"}).exit_code, kOk);
+}
+
+TEST(OssSettings, ThePasswordFileGoesBeforeTheEnvironment) {
+    const qv_test::TempDir dir;
+    const qv_test::ScopedEnv env("QV_OSS_PASSWORD", "from the environment");
+    Settings settings;
+    EXPECT_EQ(ReadPassword(settings), "from the environment");
+    settings.password_file = dir.Write("password", "from the file\nand more\n");
+    EXPECT_EQ(ReadPassword(settings), "from the file");
+    settings.password_file = dir.File("missing");
+    EXPECT_THROW(ReadPassword(settings), Problem);
+    settings.password_file = dir.Write("empty", "");
+    EXPECT_THROW(ReadPassword(settings), Problem);
+}
+
+}  // namespace
+}  // namespace qv_oss
