@@ -94,7 +94,7 @@ CORBA::ORB_ptr InitOrb(const Strings& args, Strings* rest, const char* id) {
     return orb;
 }
 
-SeamServer::SeamServer(const Options& options) : m_port(FreePort()) {
+SeamServer::SeamServer(const Options& options) : m_port(options.port != 0 ? options.port : FreePort()) {
     RegisterScriptedInitializer();
     initializer_script().pre_init = [&](PortableInterceptor::ORBInitInfo_ptr info) {
         RegisterInterceptors(options, info);

@@ -86,6 +86,7 @@ class SeamServer {
   public:
     struct Options {
         Strings args;
+        int port = 0;  ///< 0: a free one
         bool intercept = true;
         unsigned slots = 0;  ///< so many slots are allocated
         unsigned servant_threads = 0;
