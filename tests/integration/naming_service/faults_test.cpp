@@ -91,8 +91,8 @@ TEST(NamingServiceFaults, UnknownHost) {
 }
 
 TEST(NamingServiceFaults, HostOfAnotherMachine) {
-    NamingRun run("192.0.2.1");
-    ExpectRefusal(run.Start(), 1, "192.0.2.1, which is not an address of this machine");
+    NamingRun run("203.0.113.1");
+    ExpectRefusal(run.Start(), 1, "203.0.113.1, which is not an address of this machine");
 }
 
 TEST(NamingServiceFaults, NameServerNotInstalled) {

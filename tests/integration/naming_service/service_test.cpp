@@ -15,7 +15,7 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 // A reference to a thing that need not exist, for binding.
-constexpr const char* kThing = "corbaloc:iiop:192.0.2.1:9/Thing";
+constexpr const char* kThing = "corbaloc:iiop:203.0.113.1:9/Thing";
 
 TEST(NamingService, WritesTheReferenceOnceItAnswers) {
     NamingRun run;
