@@ -17,10 +17,17 @@ OWNERS = ["Core Network", "Metro North", "Metro South", "Access"]
 SITES = ["Main exchange", "Ring station", "Street cabinet", "Data centre"]
 
 
-def element(number, dice):
+def element(number, dice, remark):
     city = CITIES[number % len(CITIES)]
     product, rates = PRODUCTS[dice.randrange(len(PRODUCTS))]
     site = dice.choice(SITES)
+    info = {
+        "Rack": str(dice.randint(1, 48)),
+        "SerialNumber": f"{dice.getrandbits(48):012X}",
+        "InstalledOn": f"20{dice.randint(10, 25)}-{dice.randint(1, 12):02d}-{dice.randint(1, 28):02d}",
+    }
+    if remark > 0:
+        info["Remark"] = "".join(dice.choices("abcdefghijklmnopqrstuvwxyz ", k=remark))
     return {
         "name": f"NE-{number + 1:05d}",
         "user_label": f"{city}-{number // len(CITIES) + 1:03d}",
@@ -32,20 +39,16 @@ def element(number, dice):
         "reachable": dice.random() > 0.03,
         "in_sync": dice.random() > 0.05,
         "rates": rates,
-        "additional_info": {
-            "Rack": str(dice.randint(1, 48)),
-            "SerialNumber": f"{dice.getrandbits(48):012X}",
-            "InstalledOn": f"20{dice.randint(10, 25)}-{dice.randint(1, 12):02d}-{dice.randint(1, 28):02d}",
-        },
+        "additional_info": info,
     }
 
 
-def write(out, count, seed):
+def write(out, count, seed, remark):
     dice = random.Random(seed)
     ems = {"user_label": "Demo EMS", "owner": "Network Operations", "version": "1.0", "type": "Demo EMS"}
     out.write('{"ems": ' + json.dumps(ems) + ',\n "elements": [\n')
     for number in range(count):
-        out.write("  " + json.dumps(element(number, dice)) + (",\n" if number + 1 < count else "\n"))
+        out.write("  " + json.dumps(element(number, dice, remark)) + (",\n" if number + 1 < count else "\n"))
     out.write("]}\n")
 
 
@@ -53,15 +56,17 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n", maxsplit=1)[0])
     parser.add_argument("--count", type=int, default=300, help="number of elements (default 300)")
     parser.add_argument("--seed", type=int, default=814, help="start of the random numbers (default 814)")
+    parser.add_argument("--remark", type=int, default=0,
+                        help="length of a remark that makes each element larger (default: none)")
     parser.add_argument("--out", default="-", help="file to write; - for standard output (default)")
     options = parser.parse_args()
     if options.count < 0:
         parser.error("--count must not be negative")
     if options.out == "-":
-        write(sys.stdout, options.count, options.seed)
+        write(sys.stdout, options.count, options.seed, options.remark)
         return
     with open(options.out, "w", encoding="utf-8") as out:
-        write(out, options.count, options.seed)
+        write(out, options.count, options.seed, options.remark)
 
 
 if __name__ == "__main__":

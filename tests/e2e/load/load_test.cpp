@@ -46,8 +46,9 @@ TEST(Load, TwoHundredClientsAtOnce) {
 TEST(Load, FiftyThousandElementsInOneReply) {
     Deployment deployment;
     const std::string inventory = deployment.dir().File("large.json");
-    const auto made = qv_test::Run(
-        {"python3", Deployment::Data("make_inventory.py"), "--count", "50000", "--out", inventory});
+    // With the remark, the reply has some 30 MB.
+    const auto made = qv_test::Run({"python3", Deployment::Data("make_inventory.py"), "--count", "50000",
+                                    "--remark", "320", "--out", inventory});
     ASSERT_EQ(made.code, 0) << made.err;
     deployment.SetInventory(inventory);
     deployment.StartNaming();
