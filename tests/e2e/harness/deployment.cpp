@@ -1,13 +1,16 @@
 #include "tests/e2e/harness/deployment.h"
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <random>
 
 #include "demo/agent/core/password.h"
-#include "tests/support/free_port.h"
 #include "tests/support/wait_for.h"
 
 namespace qv_e2e {
@@ -17,6 +20,28 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds kPatience{30};
 
+/// A port of kHost that nobody uses, below those that the system hands out by itself: dozens of clients take
+/// from there between the choice and the start of the server.
+int ServerPort() {
+    constexpr int kFirst = 20000;
+    constexpr int kLast = 32000;
+    std::random_device chance;
+    std::uniform_int_distribution<int> ports(kFirst, kLast);
+    for (;;) {
+        const int port = ports(chance);
+        const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(static_cast<std::uint16_t>(port));
+        address.sin_addr.s_addr = htonl(INADDR_ANY);
+        const bool free = ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+        ::close(fd);
+        if (free) {
+            return port;
+        }
+    }
+}
+
 std::string UsersText() {
     return "[[user]]\nname = \"oss\"\npassword_hash = \"" + qv_demo::HashPassword(Deployment::kPassword) +
            "\"\n";
@@ -25,8 +50,8 @@ std::string UsersText() {
 }  // namespace
 
 Deployment::Deployment()
-    : naming_port_(qv_test::FreePort()),
-      agent_port_(qv_test::FreePort()),
+    : naming_port_(ServerPort()),
+      agent_port_(ServerPort()),
       inventory_(Data("inventory.json")),
       log_dir_(dir_.File("log")) {
     ::chmod(dir_.Write("users.toml", UsersText()).c_str(), 0600);

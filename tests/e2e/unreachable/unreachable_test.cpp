@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "tests/e2e/harness/deployment.h"
-#include "tests/support/free_port.h"
 
 namespace qv_e2e {
 namespace {
