@@ -53,15 +53,18 @@ void Events::Clear() {
 }
 
 void Probe::Do(const char* point, const Action& action, Info info) {
+    TakeTurns();
     if (action) {
         try {
             action(info);
         } catch (...) {
             m_events.Add(m_name + "." + point);
+            TakeTurns();
             throw;
         }
     }
     m_events.Add(m_name + "." + point);
+    TakeTurns();
 }
 
 InitializerScript& initializer_script() {
@@ -140,6 +143,7 @@ Seam::Target_ptr SeamServer::Activate(PortableServer::POA_ptr poa,
 }
 
 std::string SeamServer::Ior(CORBA::Object_ptr object) {
+    TakeTurns();
     const CORBA::String_var text = m_orb->object_to_string(object);
     return text.in();
 }
@@ -161,6 +165,7 @@ std::string RemoteCall(const std::string& ior, const std::string& operation, con
     if (result.code != 0) {
         throw std::runtime_error("the peer failed: " + result.err);
     }
+    TakeTurns();
     return result.out.substr(0, result.out.find('\n'));
 }
 

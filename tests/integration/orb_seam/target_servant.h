@@ -8,6 +8,10 @@
 
 namespace qv_test {
 
+/// Orders what the test's thread and the ORB's threads do to the same variables. They take turns, but through
+/// sockets and another process, where tools that look for data races don't see it.
+void TakeTurns();
+
 /// Answers each operation in its plain way, after `on_call` with the operation's name, where that is set.
 /// Several threads may be inside.
 class TargetServant : public virtual POA_Seam::Target {

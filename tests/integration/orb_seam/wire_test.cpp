@@ -43,8 +43,10 @@ std::string Failure(Function function) {
 class ServiceContextTest : public ::testing::Test {
   protected:
     GiopReply Request(const std::string& operation, const ContextList& contexts = {}) {
+        TakeTurns();
         connection.Send(GiopRequest(key, operation, ++m_id, contexts));
         const auto reply = ReadReply(connection);
+        TakeTurns();
         if (!reply) {
             throw std::runtime_error("no reply");
         }
