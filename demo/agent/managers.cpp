@@ -1,6 +1,8 @@
 #include "demo/agent/managers.h"
 
 #include "agent/corbabaseagentconfig.h"
+#include "demo/agent/element_mapping.h"
+#include "demo/agent/failure.h"
 #include "demo/agent/page_iterator.h"
 
 namespace qv_demo {

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
-#include <regex>
 
 #include "demo/common/secret_input.h"
 #include "demo/oss/problem.h"
@@ -21,15 +20,32 @@ constexpr const char* kFooter =
     "EMS,\n"
     "11 no such element, 1 anything else.";
 
+constexpr const char* kHostCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-";
+constexpr const char* kAddressCharacters = "0123456789abcdefABCDEF:.";
+
+bool ConsistsOf(const std::string& text, const char* characters) {
+    return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
+}
+
+/// A name, an IPv4 address, or an IPv6 address in brackets.
+bool IsHost(const std::string& host) {
+    const bool in_brackets = host.size() > 2 && host.front() == '[' && host.back() == ']';
+    return in_brackets ? ConsistsOf(host.substr(1, host.size() - 2), kAddressCharacters)
+                       : ConsistsOf(host, kHostCharacters);
+}
+
+bool IsPort(const std::string& port) {
+    return port.size() <= 5 && ConsistsOf(port, "0123456789") && std::stoi(port) >= 1 &&
+           std::stoi(port) <= 65535;
+}
+
 /// What is wrong with an address; empty when it is of the form HOST:PORT.
 std::string AddressProblem(const std::string& address) {
-    static const std::regex kForm("(\\[[0-9A-Fa-f:.]+\\]|[A-Za-z0-9._-]+):([0-9]{1,5})");
-    std::smatch parts;
-    if (!std::regex_match(address, parts, kForm)) {
+    const std::size_t colon = address.rfind(':');
+    if (colon == std::string::npos || !IsHost(address.substr(0, colon))) {
         return "\"" + address + "\" is not of the form HOST:PORT";
     }
-    const int port = std::stoi(parts[2]);
-    return port >= 1 && port <= 65535 ? "" : "a port is a number from 1 to 65535";
+    return IsPort(address.substr(colon + 1)) ? "" : "a port is a number from 1 to 65535";
 }
 
 void AddCommonOptions(CLI::App& app, Settings& settings) {

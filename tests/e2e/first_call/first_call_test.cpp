@@ -3,8 +3,8 @@
 #include <signal.h>
 
 #include <filesystem>
-#include <regex>
 #include <set>
+#include <sstream>
 
 #include "tests/e2e/harness/deployment.h"
 #include "tests/support/wait_for.h"
@@ -18,9 +18,11 @@ using testing::Not;
 
 std::multiset<std::string> ElementNames(const std::string& table) {
     std::multiset<std::string> names;
-    const std::regex name("(^|\n)(NE-[0-9]+) ");
-    for (std::sregex_iterator it(table.begin(), table.end(), name), end; it != end; ++it) {
-        names.insert((*it)[2]);
+    std::istringstream lines(table);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("NE-", 0) == 0) {
+            names.insert(line.substr(0, line.find(' ')));
+        }
     }
     return names;
 }
@@ -86,7 +88,7 @@ TEST_F(FirstCall, ShowsOneElementAndSaysWhenThereIsNone) {
 TEST_F(FirstCall, PingsAreMeasured) {
     const auto oss = deployment.Oss({"ping"});
     EXPECT_EQ(oss.code, 0) << oss.err;
-    EXPECT_TRUE(std::regex_search(oss.out, std::regex("ping 5: [0-9]+\\.[0-9]{3} ms\n"))) << oss.out;
+    EXPECT_THAT(oss.out, testing::ContainsRegex("ping 5: [0-9]+\\.[0-9]+ ms"));
 }
 
 TEST_F(FirstCall, ThePasswordIsInNoFileAndOnNoScreen) {
