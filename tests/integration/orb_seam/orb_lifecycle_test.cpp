@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+#include <thread>
+
 #include "calls.h"
 #include "orb/portability.h"
 #include "seam_server.h"
@@ -181,6 +184,40 @@ TEST_F(OrbLifecycleTest, APortInUseIsToldWithTheRootPoa) {
     EXPECT_EQ(Outcome([&] { CORBA::Object_var(orb->resolve_initial_references("RootPOA")); }), "INITIALIZE");
     orb->destroy();
     EXPECT_EQ(Probe::Alive(), 0);
+    ExpectNextOrbWorks();
+}
+
+// A shutdown that does not wait leaves requests in servants; they end while the ORB is being destroyed.
+TEST_F(OrbLifecycleTest, ARequestThatOutlastsTheShutdownEndsWithoutHarm) {
+    for (const bool intercept : {true, false}) {
+        SeamServer::Options options;
+        options.intercept = intercept;
+        options.servant_threads = 1;
+        std::promise<void> inside;
+        std::promise<void> go_on;
+        std::unique_ptr<ChildProcess> client;
+        bool ended = false;
+        auto server = std::make_unique<SeamServer>(options);
+        server->servant.on_call = [&](const std::string&) {
+            inside.set_value();
+            go_on.get_future().wait();
+        };
+        if (intercept) {
+            server->a->reply = [&](Probe::Info) { ended = true; };
+        }
+        client = std::make_unique<ChildProcess>(Strings{PeerProgram(), "call", server->ior(), "title", ""});
+        inside.get_future().wait();
+        server->orb()->shutdown(false);
+        std::thread later([&] {
+            std::this_thread::sleep_for(
+                std::chrono::milliseconds(100));  // gives destroy() the chance to be first
+            go_on.set_value();
+        });
+        server.reset();
+        later.join();
+        EXPECT_EQ(ended, intercept);
+        EXPECT_TRUE(client->Wait().has_value());
+    }
     ExpectNextOrbWorks();
 }
 
