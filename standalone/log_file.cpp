@@ -22,37 +22,59 @@ void CloseOnExec(const spdlog::filename_t& /*path*/, std::FILE* file) {
     fcntl(fileno(file), F_SETFD, FD_CLOEXEC);
 }
 
+std::unique_ptr<spdlog::formatter> Formatter(const std::string& before) {
+    return std::make_unique<spdlog::pattern_formatter>(before + kPattern);
+}
+
+/// Not locked by itself: LogFile's own lock covers it and the counters together.
 std::unique_ptr<spdlog::sinks::sink> OpenSink(const std::string& path, const LogFileLimits& limits) {
     spdlog::file_event_handlers handlers;
     handlers.after_open = CloseOnExec;
-    auto sink = std::make_unique<spdlog::sinks::rotating_file_sink_mt>(path, limits.max_size,
+    auto sink = std::make_unique<spdlog::sinks::rotating_file_sink_st>(path, limits.max_size,
                                                                        limits.max_files, false, handlers);
-    sink->set_formatter(std::make_unique<spdlog::pattern_formatter>(kPattern));
+    sink->set_formatter(Formatter(""));
     return sink;
+}
+
+spdlog::details::log_msg Message(const std::string& body) {
+    return spdlog::details::log_msg(spdlog::string_view_t(), spdlog::level::info, body);
+}
+
+std::string Body(const std::string& file, int line, int level, const std::string& text) {
+    std::string body = std::to_string(level);
+    body += ' ';
+    body += LevelName(level);
+    body += ' ';
+    body += OneLine(file);
+    body += ':';
+    body += std::to_string(line);
+    body += ' ';
+    body += RecordText(text);
+    return body;
 }
 
 }  // namespace
 
 LogFile::LogFile(const std::string& path, const LogFileLimits& limits)
-    : m_path(path), m_level(limits.level), m_sink(OpenSink(path, limits)) {}
+    : m_path(path), m_limits(limits), m_sink(OpenSink(path, limits)) {}
 
 LogFile::~LogFile() {
     Flush();
     if (const std::uint64_t lost = Lost(); lost > 0) {
-        Report(m_path + " is closed; " + std::to_string(lost) + " records could not be written to it");
+        Report(m_path + " is closed; up to " + std::to_string(lost) + " records could not be written to it");
     }
 }
 
 void LogFile::Write(const std::string& file, const std::string& /*function*/, int line, int level,
                     const std::string& text) {
-    if (level > m_level && level >= 0) {
+    if (level > m_limits.level && level >= 0) {
         return;
     }
     try {
-        Put(file, line, level, text);
-        NoteSuccess();
-    } catch (const std::exception& error) {
-        NoteFailure(error.what(), true);
+        Put(level, Body(file, line, level, text));
+    } catch (const std::exception&) {  // no memory for the text
+        std::lock_guard<std::mutex> guard(m_lock);
+        ++m_lost;
     }
 }
 
@@ -64,68 +86,93 @@ void LogFile::WriteFormat(const std::string& file, const std::string& function, 
     const int length = vasprintf(&text, format, args);
     va_end(args);
     if (length < 0) {
-        NoteFailure("the record's format can't be used", true);
+        Write(file, function, line, level,
+              std::string("(a record whose format can't be used: ") + format + ")");
         return;
     }
     const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
     Write(file, function, line, level, std::string(text, static_cast<std::size_t>(length)));
 }
 
-void LogFile::Put(const std::string& file, int line, int level, const std::string& text) {
-    std::string body = std::to_string(level);
-    body += ' ';
-    body += LevelName(level);
-    body += ' ';
-    body += OneLine(file);
-    body += ':';
-    body += std::to_string(line);
-    body += ' ';
-    body += RecordText(text);
-    m_sink->log(spdlog::details::log_msg(spdlog::string_view_t(), spdlog::level::info, body));
-    if (level <= 1) {
-        m_sink->flush();
+void LogFile::Put(int level, const std::string& body) noexcept {
+    std::lock_guard<std::mutex> guard(m_lock);
+    if (!m_sink) {
+        ++m_lost;
+        return;
+    }
+    ++m_buffered;
+    try {
+        m_sink->log(Message(body));
+        if (level <= 1) {
+            FlushOpen();
+        }
+    } catch (const std::exception& error) {
+        GiveUp(error.what());
     }
 }
 
 void LogFile::Flush() noexcept {
+    std::unique_lock<std::mutex> lock(m_lock);
     try {
-        m_sink->flush();
+        if (m_sink) {
+            FlushOpen();
+            return;
+        }
+        // Opening takes its time where it fails; nobody who logs waits for that.
+        lock.unlock();
+        auto sink = OpenSink(m_path, m_limits);
+        lock.lock();
+        if (!m_sink) {
+            m_sink = std::move(sink);
+            Reopen();
+        }
     } catch (const std::exception& error) {
-        NoteFailure(error.what(), false);
+        if (!lock.owns_lock()) {
+            lock.lock();
+        }
+        GiveUp(error.what());
     }
+}
+
+/// Under the lock: everything up to now reaches the system, or an exception tells that it doesn't.
+void LogFile::FlushOpen() {
+    if (m_buffered > 0) {
+        m_sink->flush();
+        m_buffered = 0;
+    }
+}
+
+/// Under the lock, with a sink that was just opened: proves that writing works by telling of the gap.
+void LogFile::Reopen() {
+    m_sink->set_formatter(Formatter("\n"));  // what failed before may have left half a line
+    m_sink->log(
+        Message(Body("log_file", 0, 1, "up to " + std::to_string(m_lost) + " records are missing here")));
+    m_sink->flush();
+    m_sink->set_formatter(Formatter(""));
+    Report("writes to " + m_path + " again; up to " + std::to_string(m_lost) + " records were lost");
+    m_lost = 0;
+    m_reported = false;
+}
+
+/// Under the lock. A failed flush has thrown away what was buffered, so that counts as lost with the record
+/// at hand.
+void LogFile::GiveUp(const char* reason) noexcept {
+    m_lost += std::exchange(m_buffered, 0);
+    try {
+        if (!m_reported) {
+            Report("can't write to " + m_path + " (" + reason +
+                   "); the agent goes on, and records are lost until there is a way to write them again");
+            m_reported = true;
+        }
+    } catch (const std::exception&) {
+        // No memory for the sentence; the next failure tells.
+    }
+    m_sink.reset();
 }
 
 std::uint64_t LogFile::Lost() const {
     std::lock_guard<std::mutex> guard(m_lock);
     return m_lost;
-}
-
-void LogFile::NoteFailure(const char* reason, bool record) noexcept {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_lost += record ? 1 : 0;
-    if (std::exchange(m_failing, true)) {
-        return;
-    }
-    try {
-        Report("can't write to " + m_path + " (" + reason +
-               "); the agent goes on, and records are lost until there is a way to write them again");
-    } catch (const std::exception&) {
-        // No memory for the sentence; the count is kept and told later.
-    }
-}
-
-void LogFile::NoteSuccess() noexcept {
-    std::lock_guard<std::mutex> guard(m_lock);
-    if (!m_failing) {
-        return;
-    }
-    try {
-        Report("writes to " + m_path + " again; " + std::to_string(m_lost) + " records were lost");
-    } catch (const std::exception&) {
-        return;
-    }
-    m_failing = false;
-    m_lost = 0;
 }
 
 }  // namespace qv_standalone

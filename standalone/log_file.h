@@ -23,9 +23,10 @@ struct LogFileLimits {
 /// One log category as a rotating file. A line holds time, thread, level, source position and text. Records
 /// of the levels 0, 1 and below 0 reach the file at once, others with the next Flush.
 ///
-/// Nothing here throws once the file is open. What can't be written is counted; the first loss and, when
-/// writing works again, the number of records lost are reported on the standard error. Any thread may call
-/// any operation.
+/// Nothing here throws once the file is open. When writing fails the file is given up, and each Flush tries
+/// to open it anew; the records until then are lost and counted. The first loss and, when writing works
+/// again, the number of records lost are told on the standard error, the latter in the file, too. Any thread
+/// may call any operation.
 class LogFile final : public NS_LOG_SERVICE1::LogHandle {
   public:
     /// Opens the file, and appends when it exists. Throws std::exception, with the reason, when it can't be
@@ -38,24 +39,28 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
     void WriteFormat(const std::string& file, const std::string& function, int line, int level,
                      const char* format, ...) override __attribute__((format(printf, 6, 7)));
 
-    /// Hands what is still buffered to the system.
+    /// Hands what is still buffered to the system, or tries to open the file again. To be called regularly.
     void Flush() noexcept;
 
-    /// The number of records lost since writing last worked.
+    /// The number of records lost since writing last worked, at most.
     std::uint64_t Lost() const;
 
   private:
-    void Put(const std::string& file, int line, int level, const std::string& text);
-    void NoteFailure(const char* reason, bool record) noexcept;
-    void NoteSuccess() noexcept;
+    using Sink = spdlog::sinks::sink;
+
+    void Put(int level, const std::string& body) noexcept;
+    void FlushOpen();
+    void Reopen();
+    void GiveUp(const char* reason) noexcept;
 
     const std::string m_path;
-    const int m_level;
-    const std::unique_ptr<spdlog::sinks::sink> m_sink;  // has a lock of its own
+    const LogFileLimits m_limits;
 
-    mutable std::mutex m_lock;  // guards what follows
-    bool m_failing = false;
+    mutable std::mutex m_lock;     // guards what follows
+    std::unique_ptr<Sink> m_sink;  // null while writing fails
+    std::uint64_t m_buffered = 0;  // records handed to the sink since its last flush
     std::uint64_t m_lost = 0;
+    bool m_reported = false;  // the operator knows that writing fails
 };
 
 }  // namespace qv_standalone

@@ -1,10 +1,12 @@
 #include "standalone/log_file.h"
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -27,6 +29,27 @@ std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
+/// While it lives no file of this process grows beyond so many bytes: what a full disk looks like, and how it
+/// ends.
+class SmallFilesOnly {
+  public:
+    explicit SmallFilesOnly(rlim_t bytes) : m_handler(signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_former);
+        const rlimit limit{bytes, m_former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallFilesOnly() {
+        setrlimit(RLIMIT_FSIZE, &m_former);
+        signal(SIGXFSZ, m_handler);
+    }
+    SmallFilesOnly(const SmallFilesOnly&) = delete;
+    SmallFilesOnly& operator=(const SmallFilesOnly&) = delete;
+
+  private:
+    rlimit m_former{};
+    sighandler_t m_handler;
+};
+
 /// Log files whose every write fails for want of room.
 std::string FullDisk(const TempDir& dir) {
     std::filesystem::create_symlink("/dev/full", dir.File("full.log"));
@@ -39,10 +62,10 @@ TEST(LogFile, WritesTimeThreadLevelPositionAndText) {
     const TempDir dir;
     LogFile log(dir.File("a.log"), {});
     log.Write("agentserver.cpp", "unknown", 77, 1, "[X] failed");
-    const std::regex form(
-        "\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}[+-]\\d\\d:\\d\\d \\[\\d+\\] "
-        "1 error agentserver\\.cpp:77 \\[X\\] failed\n");
-    EXPECT_TRUE(std::regex_match(ReadFile(dir.File("a.log")), form)) << ReadFile(dir.File("a.log"));
+    EXPECT_THAT(ReadFile(dir.File("a.log")),
+                testing::MatchesRegex(
+                    "[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}[+-][0-9]{2}:[0-9]{2} "
+                    "\\[[0-9]+\\] 1 error agentserver\\.cpp:77 \\[X\\] failed\n"));
 }
 
 TEST(LogFile, FailuresAndRecordsWithoutLevelReachTheFileAtOnce) {
@@ -156,11 +179,12 @@ TEST(LogFile, LosesNothingOfManyThreads) {
         }
     }
     std::set<std::string> seen;
-    const std::regex form(".* 3 trace f:1 (record \\d+ end)");
+    const std::string before = " 3 trace f:1 record ";
     for (const std::string& line : Lines(ReadFile(dir.File("a.log")))) {
-        std::smatch match;
-        ASSERT_TRUE(std::regex_match(line, match, form)) << line;
-        seen.insert(match[1]);
+        const std::size_t at = line.find(before);
+        ASSERT_NE(at, std::string::npos) << line;
+        EXPECT_THAT(line.substr(at + before.size()), testing::MatchesRegex("[0-9]+ end"));
+        seen.insert(line.substr(at + before.size()));
     }
     EXPECT_EQ(seen.size(), static_cast<std::size_t>(kThreads * kRecords));
 }
@@ -181,7 +205,72 @@ TEST(LogFile, AFullDiskIsReportedOnceAndCounted) {
     ASSERT_EQ(lines.size(), 2U) << said;
     EXPECT_NE(lines[0].find("can't write to " + path), std::string::npos);
     EXPECT_NE(lines[0].find("No space left on device"), std::string::npos);
-    EXPECT_NE(lines[1].find("50 records could not be written"), std::string::npos);
+    EXPECT_NE(lines[1].find("up to 50 records could not be written"), std::string::npos);
+}
+
+TEST(LogFile, BufferedRecordsThatAFullDiskSwallowsAreCounted) {
+    const TempDir dir;
+    const std::string path = FullDisk(dir);
+    testing::internal::CaptureStderr();
+    LogFile log(path, {});
+    for (int round = 1; round <= 3; ++round) {
+        log.Write("f", "", 1, 3, "lost");
+        log.Flush();
+        EXPECT_EQ(log.Lost(), static_cast<std::uint64_t>(round));
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(Lines(said).size(), 1U) << said;
+}
+
+TEST(LogFile, WritesAgainOnceThereIsRoomAndMarksTheGap) {
+    const TempDir dir;
+    const LogFileLimits limits;
+    testing::internal::CaptureStderr();
+    {
+        LogFile log(dir.File("a.log"), limits);
+        {
+            const SmallFilesOnly full(4096);
+            log.Write("f", "", 1, 1, "early" + std::string(3000, 'x'));
+            log.Write("f", "", 1, 1, "late" + std::string(3000, 'x'));
+            log.Write("f", "", 1, 1, "later");
+            log.Flush();
+            EXPECT_EQ(log.Lost(), 2U);
+        }
+        log.Flush();
+        EXPECT_EQ(log.Lost(), 0U);
+        log.Write("f", "", 1, 1, "afterwards");
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(Lines(said).size(), 2U) << said;
+    EXPECT_NE(said.find("writes to " + dir.File("a.log") + " again; up to 2 records were lost"),
+              std::string::npos);
+    const auto lines = Lines(ReadFile(dir.File("a.log")));
+    ASSERT_GE(lines.size(), 4U) << ReadFile(dir.File("a.log"));
+    EXPECT_NE(lines[0].find("early"), std::string::npos);
+    EXPECT_THAT(lines[lines.size() - 2],
+                testing::MatchesRegex("20.* 1 error log_file:0 up to 2 records are missing here"));
+    EXPECT_THAT(lines.back(), testing::MatchesRegex("20.* 1 error f:1 afterwards"));
+}
+
+TEST(LogFile, BearsThatItsDirectoryTurnsIntoSomethingElse) {
+    const TempDir dir;
+    LogFileLimits limits;
+    limits.max_size = 1000;
+    std::filesystem::create_directory(dir.File("logs"));
+    testing::internal::CaptureStderr();
+    LogFile log(dir.File("logs/a.log"), limits);
+    log.Write("f", "", 1, 1, std::string(800, 'x'));
+    std::filesystem::remove_all(dir.File("logs"));
+    dir.Write("logs", "a file in the way");
+    log.Write("f", "", 1, 1, std::string(800, 'x'));  // wants to put the file aside and open a new one
+    log.Write("f", "", 1, 1, "small");
+    log.Flush();
+    EXPECT_EQ(log.Lost(), 2U);
+    std::filesystem::remove(dir.File("logs"));
+    log.Flush();
+    log.Write("f", "", 1, 1, "afterwards");
+    testing::internal::GetCapturedStderr();
+    EXPECT_NE(ReadFile(dir.File("logs/a.log")).find("afterwards"), std::string::npos);
 }
 
 TEST(LogFile, IsClosedInProgramsThatTheProcessStarts) {

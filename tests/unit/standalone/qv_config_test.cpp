@@ -99,7 +99,8 @@ TEST(QvConfig, AsksForExactlyOneThingToDo) {
 }
 
 TEST(QvConfig, TellsWhenItsOutputCantBeWritten) {
-    const RunResult result = qv_test::Run({"/bin/sh", "-c", std::string(QV_CONFIG_TOOL) + " --sample > /dev/full"});
+    const RunResult result =
+        qv_test::Run({"/bin/sh", "-c", std::string(QV_CONFIG_TOOL) + " --sample > /dev/full"});
     EXPECT_EQ(result.code, 2);
     EXPECT_NE(result.err.find("the output can't be written"), std::string::npos) << result.err;
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <cctype>
 #include <sstream>
 
 #include "standalone/settings_file.h"
@@ -18,7 +18,14 @@ namespace {
 
 /// The sample with all settings taken out of their comments.
 std::string AllSwitchedOn() {
-    return std::regex_replace(SampleFile(), std::regex("(^|\n)#([A-Za-z])"), "$1$2");
+    std::istringstream lines(SampleFile());
+    std::string out;
+    for (std::string line; std::getline(lines, line);) {
+        const bool setting =
+            line.size() > 1 && line[0] == '#' && std::isalpha(static_cast<unsigned char>(line[1])) != 0;
+        out += line.substr(setting ? 1 : 0) + "\n";
+    }
+    return out;
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <mutex>
-#include <regex>
 #include <set>
 #include <string>
 #include <thread>
@@ -12,10 +12,9 @@
 using NS_UTIL::ThreadContextInfo;
 
 TEST(GenerateUUID, HasTheFormOfARandomUuid) {
-    const std::regex form("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
+    const char* const form = "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}";
     for (int i = 0; i < 100; ++i) {
-        const std::string uuid = ThreadContextInfo::GenerateUUID();
-        EXPECT_TRUE(std::regex_match(uuid, form)) << uuid;
+        EXPECT_THAT(ThreadContextInfo::GenerateUUID(), testing::MatchesRegex(form));
     }
 }
 
