@@ -17,6 +17,8 @@ namespace {
 
 constexpr const char* kPattern = "%Y-%m-%dT%H:%M:%S.%e%z [%t] %v";
 
+constexpr int kNoLevel = -1;
+
 /// Companion processes that the agent starts mustn't keep log files open.
 void CloseOnExec(const spdlog::filename_t& /*path*/, std::FILE* file) {
     fcntl(fileno(file), F_SETFD, FD_CLOEXEC);
@@ -100,8 +102,14 @@ void LogFile::Put(int level, const std::string& body) noexcept {
         ++m_lost;
         return;
     }
-    ++m_buffered;
     try {
+        if (!m_repeats.Continues(body)) {
+            PutHeldBack();
+            m_repeats.Start(body);
+        } else if (!m_repeats.Admit()) {
+            return;
+        }
+        ++m_buffered;
         m_sink->log(Message(body));
         if (level <= 1) {
             FlushOpen();
@@ -111,10 +119,20 @@ void LogFile::Put(int level, const std::string& body) noexcept {
     }
 }
 
+/// Under the lock: tells how many records of a run were left out.
+void LogFile::PutHeldBack() {
+    if (const std::uint64_t held = m_repeats.TakeHeldBack(); held > 0) {
+        ++m_buffered;
+        m_sink->log(Message(
+            Body("log_file", 0, kNoLevel, "the record above came " + std::to_string(held) + " times more")));
+    }
+}
+
 void LogFile::Flush() noexcept {
     std::unique_lock<std::mutex> lock(m_lock);
     try {
         if (m_sink) {
+            PutHeldBack();
             FlushOpen();
             return;
         }

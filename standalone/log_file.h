@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/log_service.h"
+#include "standalone/repeat_filter.h"
 
 namespace spdlog::sinks {
 class sink;
@@ -22,6 +23,9 @@ struct LogFileLimits {
 
 /// One log category as a rotating file. A line holds time, thread, level, source position and text. Records
 /// of the levels 0, 1 and below 0 reach the file at once, others with the next Flush.
+///
+/// Of a run of equal records the first few are written; how many followed stands in a line of its own when
+/// another record comes or the file is flushed.
 ///
 /// Nothing here throws once the file is open. When writing fails the file is given up, and each Flush tries
 /// to open it anew; the records until then are lost and counted. The first loss and, when writing works
@@ -49,6 +53,7 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
     using Sink = spdlog::sinks::sink;
 
     void Put(int level, const std::string& body) noexcept;
+    void PutHeldBack();
     void FlushOpen();
     void Reopen();
     void GiveUp(const char* reason) noexcept;
@@ -58,6 +63,7 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
 
     mutable std::mutex m_lock;     // guards what follows
     std::unique_ptr<Sink> m_sink;  // null while writing fails
+    RepeatFilter m_repeats;
     std::uint64_t m_buffered = 0;  // records handed to the sink since its last flush
     std::uint64_t m_lost = 0;
     bool m_reported = false;  // the operator knows that writing fails

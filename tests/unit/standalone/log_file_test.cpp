@@ -292,3 +292,41 @@ TEST(LogFile, CantBeOpenedWhereThereIsNoDirectory) {
     const std::string file = dir.Write("file", "");
     EXPECT_THROW(LogFile(file + "/a.log", {}), std::exception);
 }
+
+TEST(LogFile, ARecordThatComesOverAndOverIsCountedInsteadOfWritten) {
+    const TempDir dir;
+    LogFile log(dir.File("a.log"), {});
+    for (int i = 0; i < 1000; ++i) {
+        log.Write("worker", "", 44, -1, "again");
+    }
+    log.Write("worker", "", 44, -1, "another");
+    const auto lines = Lines(ReadFile(dir.File("a.log")));
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_NE(lines[2].find("-1 record worker:44 again"), std::string::npos) << lines[2];
+    EXPECT_NE(lines[3].find("the record above came 997 times more"), std::string::npos) << lines[3];
+    EXPECT_NE(lines[4].find("-1 record worker:44 another"), std::string::npos) << lines[4];
+}
+
+TEST(LogFile, AFlushTellsHowOftenARecordCameWhileItStillComes) {
+    const TempDir dir;
+    LogFile log(dir.File("a.log"), {});
+    for (int i = 0; i < 10; ++i) {
+        log.Write("worker", "", 44, 3, "again");
+    }
+    log.Flush();
+    log.Write("worker", "", 44, 3, "again");
+    log.Flush();
+    const auto lines = Lines(ReadFile(dir.File("a.log")));
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_NE(lines[3].find("came 7 times more"), std::string::npos) << lines[3];
+    EXPECT_NE(lines[4].find("came 1 times more"), std::string::npos) << lines[4];
+}
+
+TEST(LogFile, EqualTextsOfDifferentPlacesAreDifferentRecords) {
+    const TempDir dir;
+    LogFile log(dir.File("a.log"), {});
+    for (int line = 0; line < 10; ++line) {
+        log.Write("worker", "", line, -1, "again");
+    }
+    EXPECT_EQ(Lines(ReadFile(dir.File("a.log"))).size(), 10U);
+}
