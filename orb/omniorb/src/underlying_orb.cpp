@@ -2,7 +2,10 @@
 
 #include <omniORB4/CORBA.h>
 
+#include <mutex>
+
 #include "diagnostics.h"
+#include "rate_limit.h"
 
 namespace qv_orb {
 namespace {
@@ -10,7 +13,18 @@ namespace {
 // An inventory reply of 50,000 elements is some 30 MB; the ORB's own limit is 2 MiB.
 constexpr char kMaxMessageSize[] = "268435456";
 
+// The ORB writes a line for each damaged message that a peer sends.
 void LogOfOrb(const char* message) {
+    static std::mutex mutex;
+    static RateLimit limit;
+    std::lock_guard<std::mutex> guard(mutex);
+    const auto dropped = limit.Admit(std::chrono::steady_clock::now());
+    if (!dropped) {
+        return;
+    }
+    if (*dropped != 0) {
+        Report(std::to_string(*dropped) + " messages of the ORB were left out here");
+    }
     std::string line(message);
     while (!line.empty() && line.back() == '\n') {
         line.pop_back();
