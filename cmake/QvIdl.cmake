@@ -9,6 +9,7 @@ set(QV_STANDARD_IDL_DIRS /usr/share/idl/omniORB /usr/share/idl/omniORB/COS
   CACHE STRING "Folders with the IDL files of the OMG")
 
 # Generates the sources of one IDL file into `dir` and appends their names to the variable named.
+# Further arguments are files that it includes.
 function(qv_generate_idl idl dir include_dirs out_variable)
   get_filename_component(idl ${idl} ABSOLUTE)
   get_filename_component(name ${idl} NAME_WE)
@@ -22,7 +23,7 @@ function(qv_generate_idl idl dir include_dirs out_variable)
     COMMAND ${CMAKE_COMMAND} -E make_directory ${dir}
     COMMAND ${QV_OMNIIDL} ${flags} -C${dir} -p${QV_IDL_BACKEND_DIR}
       -bcxx -Wba -Wbh=.hh -Wbs=SK.cc -Wbd=DynSK.cc -bqv_tables ${idl}
-    DEPENDS ${idl} ${QV_IDL_BACKEND_DIR}/qv_tables.py
+    DEPENDS ${idl} ${ARGN} ${QV_IDL_BACKEND_DIR}/qv_tables.py
     COMMENT "Compiling ${name}.idl"
     VERBATIM)
   file(CONFIGURE OUTPUT ${dir}/${name}C.h CONTENT
@@ -61,24 +62,33 @@ function(qv_add_idl target)
   endif()
   set(dir ${CMAKE_CURRENT_BINARY_DIR}/${target}_idl)
   set(include_dirs ${CMAKE_CURRENT_SOURCE_DIR})
+  set(idl_files)
+  foreach(idl IN LISTS arg_IDL)
+    get_filename_component(idl ${idl} ABSOLUTE)
+    list(APPEND idl_files ${idl})
+  endforeach()
   foreach(folder IN LISTS arg_INCLUDE_DIRS)
     get_filename_component(folder ${folder} ABSOLUTE)
     list(APPEND include_dirs ${folder})
   endforeach()
   foreach(other IN LISTS arg_LINK)
-    get_target_property(folders ${other} QV_IDL_DIRS)
-    list(APPEND include_dirs ${folders})
+    foreach(property QV_IDL_DIRS QV_IDL_FILES)
+      get_property(${property} TARGET ${other} PROPERTY ${property})
+    endforeach()
+    list(APPEND include_dirs ${QV_IDL_DIRS})
+    list(APPEND idl_files ${QV_IDL_FILES})
   endforeach()
   set(sources)
   foreach(idl IN LISTS arg_IDL)
-    qv_generate_idl(${idl} ${dir} "${include_dirs}" sources)
+    qv_generate_idl(${idl} ${dir} "${include_dirs}" sources ${idl_files})
     get_filename_component(folder ${idl} ABSOLUTE)
     get_filename_component(folder ${folder} DIRECTORY)
     list(APPEND include_dirs ${folder})
   endforeach()
   list(REMOVE_DUPLICATES include_dirs)
   add_library(${target} ${arg_TYPE} ${sources})
-  set_target_properties(${target} PROPERTIES QV_IDL_DIRS "${include_dirs}" POSITION_INDEPENDENT_CODE ON)
+  set_target_properties(${target} PROPERTIES
+    QV_IDL_DIRS "${include_dirs}" QV_IDL_FILES "${idl_files}" POSITION_INDEPENDENT_CODE ON)
   target_compile_features(${target} PUBLIC cxx_std_17)
   target_compile_options(${target} PRIVATE -w)
   target_include_directories(${target} SYSTEM PUBLIC $<BUILD_INTERFACE:${dir}>)
