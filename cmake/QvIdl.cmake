@@ -3,7 +3,11 @@
 # Compiles IDL for the ORB in use into one library: stubs, skeletons and the operation tables by which interceptors see
 # a request's arguments. Sources include "aC.h" for the stubs of a.idl and "aS.h" for its skeletons. INCLUDE_DIRS are
 # searched for #include in the IDL; LINK names further targets of qv_add_idl whose IDL is included.
-find_program(QV_OMNIIDL omniidl REQUIRED)
+if(QV_ORB STREQUAL "TAO")
+  find_program(QV_TAO_IDL tao_idl REQUIRED)
+else()
+  find_program(QV_OMNIIDL omniidl REQUIRED)
+endif()
 set(QV_IDL_BACKEND_DIR ${CMAKE_CURRENT_LIST_DIR}/idl CACHE INTERNAL "Folder of the operation table back-end")
 set(QV_STANDARD_IDL_DIRS /usr/share/idl/omniORB /usr/share/idl/omniORB/COS
   CACHE STRING "Folders with the IDL files of the OMG")
@@ -13,6 +17,19 @@ set(QV_STANDARD_IDL_DIRS /usr/share/idl/omniORB /usr/share/idl/omniORB/COS
 function(qv_generate_idl idl dir include_dirs out_variable)
   get_filename_component(idl ${idl} ABSOLUTE)
   get_filename_component(name ${idl} NAME_WE)
+  if(QV_ORB STREQUAL "TAO")
+    # TAO's stubs carry what interceptors need, under the file names that the sources include.
+    list(TRANSFORM include_dirs PREPEND -I)
+    add_custom_command(
+      OUTPUT ${dir}/${name}C.cpp ${dir}/${name}S.cpp
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${dir}
+      COMMAND ${QV_TAO_IDL} ${include_dirs} -o ${dir} ${idl}
+      DEPENDS ${idl} ${ARGN}
+      COMMENT "Compiling ${name}.idl"
+      VERBATIM)
+    set(${out_variable} ${${out_variable}} ${dir}/${name}C.cpp ${dir}/${name}S.cpp PARENT_SCOPE)
+    return()
+  endif()
   set(flags)
   foreach(folder IN LISTS include_dirs QV_STANDARD_IDL_DIRS)
     list(APPEND flags -I${folder})

@@ -47,7 +47,7 @@ step "3. An OSS looks at what is bound in the naming service"
 oss browse
 
 step "4. The OSS logs in, reads the inventory, and logs out"
-note "User $USER_NAME, password $(cat "$DIR/oss-password") (made for this run; the agent knows its Argon2id hash alone)."
+note "User $USER_NAME; the password was made for this run and lies in $DIR/oss-password. The agent knows its Argon2id hash alone."
 oss session | shorten
 
 step "5. The same with a wrong password"

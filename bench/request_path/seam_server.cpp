@@ -41,13 +41,6 @@ int main(int argc, char** argv) {
     PortableInterceptor::register_orb_initializer(initializer);
     qv_orb::SetServantThreads(4);
     CORBA::ORB_var orb = CORBA::ORB_init(argc, argv);
-    CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
-    PortableServer::POA_var poa = PortableServer::POA::_narrow(object);
-    TargetServant servant(orb);
-    Publish(orb, poa, servant, argv[1]);
-    PortableServer::POAManager_var manager = poa->the_POAManager();
-    manager->activate();
-    orb->run();
-    orb->destroy();
+    ServeUntilStopped(orb, argv[1]);
     return 0;
 }

@@ -40,3 +40,15 @@ inline void Publish(CORBA::ORB_ptr orb, PortableServer::POA_ptr poa, TargetServa
     std::ofstream(draft) << text.in() << '\n';
     std::rename(draft.c_str(), file);
 }
+
+/// The whole of a server on an ORB alone: publishes the servant and serves until a client says stop.
+inline void ServeUntilStopped(CORBA::ORB_ptr orb, const char* file) {
+    CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
+    PortableServer::POA_var poa = PortableServer::POA::_narrow(object);
+    TargetServant servant(orb);
+    Publish(orb, poa, servant, file);
+    PortableServer::POAManager_var manager = poa->the_POAManager();
+    manager->activate();
+    orb->run();
+    orb->destroy();
+}

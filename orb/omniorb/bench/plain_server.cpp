@@ -13,13 +13,6 @@ int main(int argc, char** argv) {
     }
     const char* endpoint[][2] = {{"endPoint", "giop:tcp:127.0.0.1:"}, {nullptr, nullptr}};
     CORBA::ORB_var orb = CORBA::ORB_init(argc, argv, "omniORB4", endpoint);
-    CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
-    PortableServer::POA_var poa = PortableServer::POA::_narrow(object);
-    TargetServant servant(orb);
-    Publish(orb, poa, servant, argv[1]);
-    PortableServer::POAManager_var manager = poa->the_POAManager();
-    manager->activate();
-    orb->run();
-    orb->destroy();
+    ServeUntilStopped(orb, argv[1]);
     return 0;
 }
