@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -21,14 +22,15 @@ namespace {
 
 using NS_CORBA::AgentServer;
 
-[[noreturn]] void EndProcess() {
-    fflush(nullptr);
-    _exit(::testing::Test::HasFailure() ? 1 : 0);
-}
-
 class Pool : public AgentTest {
   protected:
     Pool() { ::testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+
+    [[noreturn]] void EndProcess() {
+        std::filesystem::remove_all(m_dir.path());  // _exit runs no destructor
+        fflush(nullptr);
+        _exit(HasFailure() ? 1 : 0);
+    }
 
     FakeOrb& UseFakeOrb() {
         FakeOrb* orb = new FakeOrb;
