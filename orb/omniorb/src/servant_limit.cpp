@@ -33,4 +33,9 @@ void ServantLimit::Return() {
     }
 }
 
+unsigned ServantLimit::returning() const {
+    std::lock_guard<std::mutex> guard(mutex_);
+    return returning_;
+}
+
 }  // namespace qv_orb

@@ -19,10 +19,12 @@ class ServantLimit {
     void Leave();
     /// Comes back in after a Leave for an outgoing call; blocks while the limit is reached.
     void Return();
+    /// How many threads wait to come back in.
+    unsigned returning() const;
 
   private:
     unsigned limit_ = 0;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable may_enter_;
     std::condition_variable may_return_;
     unsigned inside_ = 0;

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "seam_server.h"
@@ -52,20 +53,28 @@ class Occupancy {
     std::atomic<int> m_highest{0};
 };
 
+/// Clients call at the same time: all calls are served, and `highest` is the most that were in servants at
+/// once.
+void ExpectCrowdServed(SeamServer& server, int clients, int calls, int highest) {
+    Occupancy occupancy;
+    server.servant.on_call = [&](const std::string&) {
+        const Occupancy::Guard guard(occupancy);
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));  // makes calls overlap that may
+    };
+    const RunResult result = qv_test::Run(
+        {PeerProgram(), "crowd", server.ior(), "title", "", std::to_string(clients), std::to_string(calls)});
+    EXPECT_EQ(result.out, "target x" + std::to_string(clients * calls) + "\n") << result.err;
+    EXPECT_EQ(occupancy.highest(), highest);
+    server.servant.on_call = nullptr;  // it counts into what ends here
+}
+
 class ServantThreadsTest : public ::testing::TestWithParam<unsigned> {};
 
 INSTANTIATE_TEST_SUITE_P(Limit, ServantThreadsTest, ::testing::Values(1u, 2u, 4u));
 
 TEST_P(ServantThreadsTest, NeverMoreAreInServantsAndAllAreServed) {
     SeamServer server(Limited(GetParam()));
-    Occupancy occupancy;
-    server.servant.on_call = [&](const std::string&) {
-        const Occupancy::Guard guard(occupancy);
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));  // makes calls overlap that may
-    };
-    const RunResult result = qv_test::Run({PeerProgram(), "crowd", server.ior(), "title", "", "6", "20"});
-    EXPECT_EQ(result.out, "target x120\n") << result.err;
-    EXPECT_EQ(occupancy.highest(), static_cast<int>(GetParam()));
+    ExpectCrowdServed(server, 6, 20, static_cast<int>(GetParam()));
 }
 
 TEST(ServantThreadsUnlimitedTest, AllClientsAreServedAtOnce) {
@@ -82,26 +91,12 @@ TEST(ServantThreadsUnlimitedTest, AllClientsAreServedAtOnce) {
 TEST(ServantThreadsLimitTest, HoldsForALaterOrbOfTheProcessToo) {
     { SeamServer first(Limited(1)); }
     SeamServer server(Limited(1));
-    Occupancy occupancy;
-    server.servant.on_call = [&](const std::string&) {
-        const Occupancy::Guard guard(occupancy);
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
-    };
-    const RunResult result = qv_test::Run({PeerProgram(), "crowd", server.ior(), "title", "", "4", "10"});
-    EXPECT_EQ(result.out, "target x40\n") << result.err;
-    EXPECT_EQ(occupancy.highest(), 1);
+    ExpectCrowdServed(server, 4, 10, 1);
 }
 
 TEST(ServantThreadsLimitTest, HoldsWithoutInterceptors) {
     SeamServer server(Limited(1, false));
-    Occupancy occupancy;
-    server.servant.on_call = [&](const std::string&) {
-        const Occupancy::Guard guard(occupancy);
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
-    };
-    const RunResult result = qv_test::Run({PeerProgram(), "crowd", server.ior(), "title", "", "4", "10"});
-    EXPECT_EQ(result.out, "target x40\n") << result.err;
-    EXPECT_EQ(occupancy.highest(), 1);
+    ExpectCrowdServed(server, 4, 10, 1);
 }
 
 TEST(ServantThreadsLimitTest, ACallbackIsServedWhileTheOnlyThreadWaitsForThePeer) {

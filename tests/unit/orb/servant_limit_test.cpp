@@ -39,8 +39,10 @@ TEST(ServantLimitTest, WhoComesBackGoesAheadOfWhoEnters) {
         returned = true;
         limit.Leave();
     });
-    // Both wait, or will find the place taken: nobody can be in before it is free.
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    while (limit.returning() == 0) {
+        std::this_thread::yield();
+    }
+    // The other waits too, or will find the place taken: nobody can be in before it is free.
     EXPECT_FALSE(returned || entered);
     limit.Leave();
     entering.join();
