@@ -2,6 +2,7 @@
 // mapping and to TAO's header names.
 #pragma once
 
+#include <tao/DynamicAny/DynamicAny.h>
 #include <tao/ORB.h>
 #include <tao/PI_Server/PI_Server.h>
 
@@ -29,6 +30,11 @@ QV_ORB_API std::string PeerAddress(PortableInterceptor::ServerRequestInfo_ptr in
 /// The minor code that an ORB-internal failure at `location` with the system error `error_number` carries:
 /// the location in the upper bits, an encoding of the error in the lower seven.
 QV_ORB_API CORBA::ULong TaoMinorCode(CORBA::ULong location, int error_number);
+
+/// A DynAny with the type and value of `value`, which it copies. The caller ends it with destroy() and
+/// releases it. Raises DynamicAny::DynAnyFactory::InconsistentTypeCode or a system exception for a type or
+/// value that no DynAny can hold; BAD_INV_ORDER may come while the process has no ORB. Thread-safe.
+QV_ORB_API DynamicAny::DynAny_ptr MakeDynAny(const CORBA::Any& value);
 
 /// Where the seam reports what it has to say to an operator (an option without effect, an unknown one). The
 /// default writes one line to standard error. Not thread-safe: call it before CORBA::ORB_init.

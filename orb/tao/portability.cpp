@@ -1,7 +1,7 @@
 // orb/portability.h for a real TAO.
 #include "orb/portability.h"
 
-#include <ace/INET_Addr.h>
+#include <tao/DynamicAny/DynAnyFactory.h>
 
 namespace qv_orb {
 
@@ -18,6 +18,11 @@ std::string PeerAddress(PortableInterceptor::ServerRequestInfo_ptr) { return "";
 
 CORBA::ULong TaoMinorCode(CORBA::ULong location, int error_number) {
     return CORBA::SystemException::_tao_minor_code(location, error_number);
+}
+
+DynamicAny::DynAny_ptr MakeDynAny(const CORBA::Any& value) {
+    TAO_DynAnyFactory factory;
+    return factory.create_dyn_any(value);
 }
 
 // TAO writes its own messages through ACE's log.

@@ -1,7 +1,6 @@
 #include <pthread.h>
 #include <signal.h>
 
-#include <atomic>
 #include <mutex>
 #include <stdexcept>
 
@@ -18,7 +17,6 @@ namespace qv_orb {
 namespace {
 
 std::mutex g_init_mutex;
-std::atomic<bool> g_orb_exists{false};
 
 // Threads that the ORB starts while it is made inherit the mask of their creator.
 class AllSignalsBlocked {
@@ -51,7 +49,7 @@ void ForgetInterceptors() {
 
 void OrbDestroyed() {
     ForgetInterceptors();
-    g_orb_exists = false;
+    orb_state().orb_exists = false;
 }
 
 OrbOptions TakeOptions(int& argc, char** argv) {
@@ -129,7 +127,7 @@ CORBA::ORB_ptr MakeOrb(const OrbOptions& options) {
     const Initializers initializers = RegisteredInitializers();
     InitialisationRun run;
     CORBA::ORB_var orb = PrepareAndMakeUnderlyingOrb(options, initializers, run.info());
-    g_orb_exists = true;
+    orb_state().orb_exists = true;
     try {
         InstallHooks();
         RegisterCurrent(orb);
@@ -149,7 +147,7 @@ CORBA::ORB_ptr InitOrb(int& argc, char** argv, const char* orb_id) {
     const std::vector<std::string> arguments(argv, argv + argc);
     const OrbOptions options = TakeOptions(argc, argv);
     std::lock_guard<std::mutex> guard(g_init_mutex);
-    if (g_orb_exists) {
+    if (orb_state().orb_exists) {
         ReportOnce("a process has one ORB here; the options of a further ORB_init have no effect");
         return MakeUnderlyingOrb({});
     }

@@ -1,6 +1,7 @@
 // What the seam keeps for the process's one ORB.
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct OrbState {
     PortableInterceptor::SlotId slot_count = 0;
     unsigned orb_number = 0;  // counts the ORBs of the process
     bool initialising = false;
+    std::atomic<bool> orb_exists{false};  // written under the lock of ORB_init
     ServantLimit servants;
 };
 

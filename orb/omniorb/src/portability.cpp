@@ -1,5 +1,7 @@
 #include "orb/portability.h"
 
+#include <tao/DynamicAny/DynAnyFactory.h>
+
 #include <cstring>
 #include <mutex>
 #include <set>
@@ -88,6 +90,10 @@ CORBA::ULong TaoMinorCode(CORBA::ULong location, int error_number) {
         }
     }
     return location | kUnknown;
+}
+
+DynamicAny::DynAny_ptr MakeDynAny(const CORBA::Any& value) {
+    return TAO_DynAnyFactory().create_dyn_any(value);
 }
 
 void SetDiagnosticSink(DiagnosticSink sink) {
