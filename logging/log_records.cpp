@@ -1,5 +1,7 @@
 #include "logging/log_records.h"
 
+#include <utility>
+
 namespace NS_CORBA {
 
 namespace {
@@ -21,23 +23,29 @@ const char* MessageTypeWord(std::uint8_t messageType) {
 
 }  // namespace
 
-int LogFormatter<TADebugRecord>::operator()(std::ostream& out, const TADebugRecord& record) const {
-    out << record.text;
+int LogFormatter<TADebugRecord>::operator()(std::string& out, TADebugRecord&& record) const {
+    out = std::move(record.text);
     return record.level;
 }
 
-int LogFormatter<std::string>::operator()(std::ostream& out, const std::string& record) const {
-    out << record;
+int LogFormatter<std::string>::operator()(std::string& out, std::string&& record) const {
+    out = std::move(record);
     return kNoLevel;
 }
 
-int LogFormatter<TALogRecord>::operator()(std::ostream& out, const TALogRecord& record) const {
-    out << "---MessageType:  " << MessageTypeWord(record.messageType)
-        << ", RemoteAddress:  " << record.remoteAddress << '\n';
-    // By to_string, so that the process's locale can't put separators into the number.
-    out << "--- Request ID = " << std::to_string(record.requestId)
-        << ", Operation Name = " << record.operationName << '\n';
-    out << record.paramInfo;
+int LogFormatter<TALogRecord>::operator()(std::string& out, TALogRecord&& record) const {
+    std::string head = "---MessageType:  ";
+    head += MessageTypeWord(record.messageType);
+    head += ", RemoteAddress:  ";
+    head += record.remoteAddress;
+    head += "\n--- Request ID = ";
+    head += std::to_string(record.requestId);
+    head += ", Operation Name = ";
+    head += record.operationName;
+    head += '\n';
+    // The body may be large: it is moved aside rather than copied.
+    out = std::move(record.paramInfo);
+    out.insert(0, head);
     return kNoLevel;
 }
 

@@ -3,7 +3,6 @@
 #include <ace/Time_Value.h>
 
 #include <cstdint>
-#include <ostream>
 #include <string>
 
 namespace NS_CORBA {
@@ -30,25 +29,25 @@ struct TALogRecord {
 /// One event that leaves the agent, for the notification channel.
 struct TANotifyRecord;
 
-/// Turns a record into text. A specialisation's operator() writes the record to a stream and returns the
-/// level to log it at. The primary template stands for records that have no layout: they are written as plain
-/// text.
+/// Turns a record into text. A specialisation's operator() makes `out` the record's text, taking what it can
+/// of the record, and returns the level to log it at. The primary template stands for records that have no
+/// layout: they are written as plain text.
 template <class Record>
 struct LogFormatter {};
 
 template <>
 struct LogFormatter<TADebugRecord> {
-    int operator()(std::ostream& out, const TADebugRecord& record) const;
+    int operator()(std::string& out, TADebugRecord&& record) const;
 };
 
 template <>
 struct LogFormatter<std::string> {
-    int operator()(std::ostream& out, const std::string& record) const;
+    int operator()(std::string& out, std::string&& record) const;
 };
 
 template <>
 struct LogFormatter<TALogRecord> {
-    int operator()(std::ostream& out, const TALogRecord& record) const;
+    int operator()(std::string& out, TALogRecord&& record) const;
 };
 
 }  // namespace NS_CORBA

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <sstream>
 #include <string>
+#include <utility>
 
 #include "logging/log_records.h"
 #include "logging/logmgr.h"
+#include "logging/text_end.h"
 #include "platform/log_service.h"
 
 namespace NS_CORBA {
@@ -22,23 +23,24 @@ class LogWriter {
     bool IsOpen() const noexcept { return m_handle != nullptr; }
 
     /// Formats `record` and writes it at the level that its layout gives.
-    void Write(const Record& record) const {
+    void Write(Record record) const {
         if (!m_handle) {
             return;
         }
-        std::stringstream out;
-        const int level = m_formatter(out, record);
-        WriteText(level, out.str());
+        std::string text;
+        const int level = m_formatter(text, std::move(record));
+        WriteText(level, std::move(text));
     }
 
     /// Writes `text` up to its first NUL, with the calling thread's position.
-    void WriteText(int level, const std::string& text) const {
+    void WriteText(int level, std::string text) const {
         if (!m_handle) {
             return;
         }
+        text = UpToNul(std::move(text));
         const PosForDbg* const position = CurrentPosition();
         const PosForDbg& where = position ? *position : NoPosition();
-        m_handle->Write(where.file, where.function, where.line, level, text.c_str());
+        m_handle->Write(where.file, where.function, where.line, level, text);
     }
 
   private:

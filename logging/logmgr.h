@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ace/TSS_T.h>
+#include <tao/DynamicAny/DynamicAny.h>
 #include <tao/ORB.h>
 #include <tao/PI_Server/PI_Server.h>
 
@@ -65,6 +66,32 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     /// Fills `record` from `info`. @return 0 when the record is whole
     int GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
                          TALogRecord& record);
+
+    // -- Parts of a record: public for agents that build texts of their own, thread-safe after Init()
+    // --------
+
+    /// Prints the parameters that a message of that type shows. A text ends at its first NUL.
+    /// @param params null counts as an empty list
+    /// @return 0, or what ParseAnyData returned for the parameter that could not be printed; `text` then ends
+    ///         with that parameter
+    int ParseParaInfo(const Dynamic::ParameterList* params, std::string& text, unsigned char messageType);
+    /// Prints a value of any type. What a DynAny of it holds is printed, wherever its current position is.
+    /// @return 0, or -1 with the reason in the debug channel
+    int ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out);
+    /// Prints an exception as the list that a record shows.
+    /// @return 0; otherwise `text` stays as it was or tells that the exception could not be printed
+    int ParseExceptionInfo(const CORBA::Any& exception, unsigned char replyStatus, std::string& text);
+    /// The line of a record that tells how a request ended.
+    std::string ParseReplyState(short status);
+    /// Kept in the interface; always 0.
+    int ParseObjRef();
+    /// Replaces the secret parameters of `operation` in the list. Raises CORBA::BAD_PARAM when the list is
+    /// shorter than the table of secrets expects.
+    void SecurityHandle(Dynamic::ParameterList_var& params, const std::string& operation);
+    /// Appends `in` to `out` with the passwords masked that a printed "logOutSession" shows; for every other
+    /// operation `out` becomes `in`.
+    void LogOutSessionParamterAnonyms(std::string& out, const std::string& in, const std::string& operation);
+
     /// Writes to the notification channel when notifications are logged.
     void WriteAlarmNotifyLog(const std::stringstream& text);
     /// Writes to the alarm channel when alarms are logged.
@@ -89,6 +116,12 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
   private:
     bool OpenOptionalChannels();
     void WriteDebugRecord(int level, const char* text);
+    int TakeBody(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
+    int TakeParameters(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
+    int TakeResult(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
+    int TakeException(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
+    void MaskPrintedSecrets(TALogRecord& record);
+    int AppendAny(const CORBA::Any& value, std::string& text);
 };
 
 }  // namespace NS_CORBA

@@ -1,6 +1,12 @@
 #include "call_values.h"
 
 #include "orb_internals.h"
+
+#include <omniORB4/anyStream.h>
+#include <tcParser.h>
+
+#include <algorithm>
+
 #include "wide_strings.h"
 
 namespace qv_orb {
@@ -51,6 +57,43 @@ bool IsVoid(const OperationEntry& operation) {
     return operation.result()->kind() == CORBA::tk_void;
 }
 
+bool IsReturned(CORBA::ParameterMode mode) {
+    return mode != CORBA::PARAM_IN;
+}
+
+std::size_t ReturnedParameters(const OperationEntry& operation) {
+    return static_cast<std::size_t>(
+        std::count_if(operation.parameters, operation.parameters + operation.parameter_count,
+                      [](const ParameterEntry& parameter) { return IsReturned(parameter.mode); }));
+}
+
+// Where a value is all that the call gave back it goes straight into the Any: it may be a whole file.
+void ReadSoleReturned(CORBA::Any& any, TypeCodeGetter type, omniCallDescriptor& call) {
+    any.replace(type(), static_cast<void*>(nullptr));
+    cdrAnyMemoryStream& stream = any.PR_streamToWrite();
+    stream.TCS_W(WideCodeSet());
+    call.marshalReturnedValues(stream);
+}
+
+void ReadReturnedParameters(Dynamic::ParameterList& list, omniCallDescriptor& call,
+                            const OperationEntry& operation) {
+    ValueStream returned;
+    MarshalReturned(call, returned);
+    if (!IsVoid(operation)) {
+        omni::tcParser::skip(operation.result(), returned);
+    }
+    ReadParameters(list, operation, returned, IsReturned);
+}
+
+void ReadSoleParameter(Dynamic::ParameterList& list, omniCallDescriptor& call,
+                       const OperationEntry& operation) {
+    for (std::size_t i = 0; i < operation.parameter_count; ++i) {
+        if (IsReturned(operation.parameters[i].mode)) {
+            ReadSoleReturned(list[static_cast<CORBA::ULong>(i)].argument, operation.parameters[i].type, call);
+        }
+    }
+}
+
 }  // namespace
 
 Dynamic::ParameterList* ParametersBeforeCall(omniCallDescriptor& call, const OperationEntry& operation) {
@@ -63,13 +106,12 @@ Dynamic::ParameterList* ParametersBeforeCall(omniCallDescriptor& call, const Ope
 
 Dynamic::ParameterList* ParametersAfterCall(omniCallDescriptor& call, const OperationEntry& operation) {
     Dynamic::ParameterList_var list = ParametersBeforeCall(call, operation);
-    ValueStream returned;
-    MarshalReturned(call, returned);
-    if (!IsVoid(operation)) {
-        CORBA::Any result;
-        ReadAny(result, operation.result, returned);
+    const std::size_t returned = ReturnedParameters(operation);
+    if (returned == 1 && IsVoid(operation)) {
+        ReadSoleParameter(list.inout(), call, operation);
+    } else if (returned != 0) {
+        ReadReturnedParameters(list.inout(), call, operation);
     }
-    ReadParameters(list.inout(), operation, returned, [](auto mode) { return mode != CORBA::PARAM_IN; });
     return list._retn();
 }
 
@@ -77,11 +119,13 @@ CORBA::Any* ResultOfCall(omniCallDescriptor& call, const OperationEntry& operati
     CORBA::Any_var result = new CORBA::Any;
     if (IsVoid(operation)) {
         result->replace(CORBA::_tc_void, static_cast<void*>(nullptr));
-        return result._retn();
+    } else if (ReturnedParameters(operation) == 0) {
+        ReadSoleReturned(result.inout(), operation.result, call);
+    } else {
+        ValueStream returned;
+        MarshalReturned(call, returned);
+        ReadAny(result.inout(), operation.result, returned);
     }
-    ValueStream returned;
-    MarshalReturned(call, returned);
-    ReadAny(result.inout(), operation.result, returned);
     return result._retn();
 }
 

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <tao/PI_Server/PI_Server.h>
+
+#include <string>
+
+namespace NS_CORBA {
+
+/// The caller of a request (0), as
+/// "<USERNAME_TAG>user</USERNAME_TAG><IPANDPORT_TAG>host:port</IPANDPORT_TAG>": from the name of the client's
+/// POA, otherwise from the thread's context. Keeps it for the record that ends the request on this thread, a
+/// reply (1) or an exception (2), which takes it from there. Empty when the ORB doesn't tell the POAs or
+/// nothing names a caller.
+std::string RemoteAddress(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
+                          int thread);
+
+}  // namespace NS_CORBA

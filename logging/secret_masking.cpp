@@ -1,0 +1,68 @@
+#include <utility>
+
+#include "logging/log_records.h"
+#include "logging/logmgr.h"
+
+namespace NS_CORBA {
+
+namespace {
+
+constexpr char kMask[] = "******";
+constexpr CORBA::ULong kMaskLength = sizeof kMask - 1;
+constexpr char kAnswersOpenly[] = "ping";
+constexpr char kLogOutSession[] = "logOutSession";
+const std::string kPasswordPair = "name USERPWD value";
+
+}  // namespace
+
+void CorbaLogMgr::SecurityHandle(Dynamic::ParameterList_var& params, const std::string& operation) {
+    if (operation == kAnswersOpenly) {
+        return;
+    }
+    const auto secrets = m_IfNameToParamPos.find(operation);
+    if (secrets == m_IfNameToParamPos.end()) {
+        return;
+    }
+    for (const int position : secrets->second) {
+        if (static_cast<CORBA::ULong>(position) >= params->length()) {
+            throw CORBA::BAD_PARAM();
+        }
+        params[static_cast<CORBA::ULong>(position)].argument <<= CORBA::Any::from_string(kMask, kMaskLength);
+    }
+}
+
+void CorbaLogMgr::LogOutSessionParamterAnonyms(std::string& out, const std::string& in,
+                                               const std::string& operation) {
+    if (operation != kLogOutSession) {
+        out = in;
+        return;
+    }
+    std::string rest = in;
+    for (;;) {
+        const std::size_t key = rest.find(kPasswordPair);
+        if (key == std::string::npos) {
+            break;
+        }
+        const std::size_t behindKey = key + kPasswordPair.size();
+        out += rest.substr(0, behindKey);
+        const std::size_t brace = rest.find('}', key);
+        if (brace == std::string::npos) {
+            break;  // the whole rest follows, with the key for the second time: kept so
+        }
+        const std::string value = rest.substr(behindKey, brace - behindKey);
+        out += value.empty() || value == " " ? " " : " ******";
+        rest.erase(0, brace);
+    }
+    out += rest;
+}
+
+void CorbaLogMgr::MaskPrintedSecrets(TALogRecord& record) {
+    if (record.operationName != kLogOutSession) {  // spares every other record a copy of its text
+        return;
+    }
+    std::string masked;
+    LogOutSessionParamterAnonyms(masked, record.paramInfo, record.operationName);
+    record.paramInfo = std::move(masked);
+}
+
+}  // namespace NS_CORBA

@@ -1,0 +1,208 @@
+#include "logging/value_printer.h"
+
+#include <tao/DynamicAny/DynamicAny.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "logging/ior_text.h"
+#include "logging/silent_value.h"
+#include "logging/value_plan_cache.h"
+#include "orb/value_access.h"
+
+namespace NS_CORBA {
+
+namespace {
+
+constexpr unsigned kMaxDepth = 1000;
+
+class DepthGuard {
+  public:
+    explicit DepthGuard(unsigned& depth) : m_depth(depth) {
+        if (m_depth >= kMaxDepth) {
+            throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
+        }
+        ++m_depth;
+    }
+    ~DepthGuard() { --m_depth; }
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+
+  private:
+    unsigned& m_depth;
+};
+
+// What usually follows in a record, so that the long text needn't be moved for it.
+constexpr std::size_t kRoomBehindOctets = 1024;
+
+/// Each of `count` octets and a blank behind it.
+void Interleave(const char* octets, std::size_t count, char* out) {
+    for (std::size_t i = 0; i < count; ++i) {
+        out[2 * i] = octets[i];
+        out[2 * i + 1] = ' ';
+    }
+}
+
+const ValuePlan::Member& ActiveMember(const ValuePlan::Type& type, std::int64_t discriminator) {
+    for (const ValuePlan::Label& label : type.labels) {
+        if (label.value == discriminator) {
+            return type.members[label.member];
+        }
+    }
+    if (type.fallback < 0 || static_cast<std::size_t>(type.fallback) >= type.members.size()) {
+        throw DynamicAny::DynAny::InvalidValue();
+    }
+    return type.members[static_cast<std::size_t>(type.fallback)];
+}
+
+}  // namespace
+
+void ValuePrinter::Print(const ValuePlan& plan, CdrReader& reader) {
+    PrintType(plan, plan.root(), reader);
+}
+
+void ValuePrinter::PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrReader& reader) {
+    const ValuePlan::Type& type = plan.at(index);
+    switch (type.kind) {
+        case CORBA::tk_boolean:
+            m_out += reader.Octet() != 0 ? "true" : "false";
+            return;
+        case CORBA::tk_octet:
+            m_out += static_cast<char>(reader.Octet());
+            return;
+        case CORBA::tk_short:
+            return PrintInteger(static_cast<std::int16_t>(reader.UShort()));
+        case CORBA::tk_ushort:
+            return PrintInteger(reader.UShort());
+        case CORBA::tk_long:
+            return PrintInteger(static_cast<std::int32_t>(reader.ULong()));
+        case CORBA::tk_ulong:
+        case CORBA::tk_enum:
+            return PrintInteger(reader.ULong());
+        case CORBA::tk_float:
+            return PrintFloat(reader.Float());
+        case CORBA::tk_string:
+            m_out += reader.String();
+            return;
+        case CORBA::tk_except:
+            if (qv_orb::ExceptionsInAnysCarryId()) {
+                reader.String();
+            }
+            return PrintMembers(plan, type, reader);
+        case CORBA::tk_struct:
+            return PrintMembers(plan, type, reader);
+        case CORBA::tk_union:
+            return PrintUnion(plan, type, reader);
+        case CORBA::tk_sequence:
+            return PrintElements(plan, type.content, reader.ULong(), reader);
+        case CORBA::tk_array:
+            return PrintElements(plan, type.content, type.length, reader);
+        case CORBA::tk_any:
+            return PrintAny(reader);
+        case CORBA::tk_objref:
+            return PrintReference(type, reader);
+        default:
+            return PrintNull(type, reader);
+    }
+}
+
+void ValuePrinter::PrintMembers(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader) {
+    const DepthGuard guard(m_depth);
+    m_out += '{';
+    bool first = true;
+    for (const ValuePlan::Member& member : type.members) {
+        if (!first) {
+            m_out += ' ';
+        }
+        first = false;
+        m_out += member.name;
+        m_out += ' ';
+        PrintType(plan, member.type, reader);
+    }
+    m_out += '}';
+}
+
+void ValuePrinter::PrintUnion(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader) {
+    const DepthGuard guard(m_depth);
+    const std::int64_t discriminator = ReadDiscriminator(reader, plan.at(type.content).kind);
+    const ValuePlan::Member& member = ActiveMember(type, discriminator);
+    m_out += member.name;
+    m_out += ' ';
+    PrintType(plan, member.type, reader);
+}
+
+void ValuePrinter::PrintElements(const ValuePlan& plan, ValuePlan::Index content, std::uint32_t count,
+                                 CdrReader& reader) {
+    const DepthGuard guard(m_depth);
+    m_out += '{';
+    if (plan.at(content).kind == CORBA::tk_octet) {
+        PrintOctets(reader.Octets(count));
+    } else {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            if (i != 0) {
+                m_out += ' ';
+            }
+            PrintType(plan, content, reader);
+        }
+    }
+    m_out += '}';
+}
+
+// Sequences of octets hold whole files: the text's space at once and no more than it takes, and a loop that
+// the compiler can turn into vector instructions.
+void ValuePrinter::PrintOctets(std::string_view octets) {
+    if (octets.empty()) {
+        return;
+    }
+    constexpr std::size_t kChunk = 2048;
+    char text[2 * kChunk];
+    m_out.reserve(m_out.size() + 2 * octets.size() + kRoomBehindOctets);
+    while (!octets.empty()) {
+        const std::size_t count = std::min(octets.size(), kChunk);
+        Interleave(octets.data(), count, text);
+        m_out.append(text, 2 * count);
+        octets.remove_prefix(count);
+    }
+    m_out.pop_back();  // no blank behind the last one
+}
+
+void ValuePrinter::PrintAny(CdrReader& reader) {
+    const DepthGuard guard(m_depth);
+    const PlanHandle plan = PlanOfNextType(reader);
+    Print(*plan, reader);
+}
+
+void ValuePrinter::PrintReference(const ValuePlan::Type& type, CdrReader& reader) {
+    if (!m_hasOrb()) {
+        throw NoOrb{};
+    }
+    m_out += "Object reference( ";
+    m_out += type.id;
+    m_out += " )";
+    AppendIorText(reader, m_out);
+    m_out += '\n';
+}
+
+/// Kinds that have no text of their own.
+void ValuePrinter::PrintNull(const ValuePlan::Type& type, CdrReader& reader) {
+    SkipSilentValue(type, reader);
+    m_out += "null";
+}
+
+// To text by to_chars, so that neither the process's locale nor a stream's puts separators into numbers.
+void ValuePrinter::PrintFloat(float value) {
+    constexpr int kDigits = 6;  // what a stream shows by default
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, static_cast<double>(value),
+                                   std::chars_format::general, kDigits);
+    m_out.append(text, end.ptr);
+}
+
+template <class Integer>
+void ValuePrinter::PrintInteger(Integer value) {
+    char text[16];
+    const auto end = std::to_chars(text, text + sizeof text, value);
+    m_out.append(text, end.ptr);
+}
+
+}  // namespace NS_CORBA

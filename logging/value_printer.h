@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "logging/cdr_reader.h"
+#include "logging/value_plan.h"
+
+namespace NS_CORBA {
+
+/// Prints values of any type as text.
+///
+/// Everything is appended to one string. Raises CORBA::MARSHAL for bytes that don't hold a value of the type,
+/// DynamicAny::DynAny::InvalidValue for a union without an active member, and CORBA::IMP_LIMIT for values
+/// nested too deep to be printed; the text then holds what was printed up to there. Used by one thread.
+class ValuePrinter {
+  public:
+    /// @param hasOrb asked when an object reference is met; without an ORB that raises NoOrb
+    ValuePrinter(std::string& out, std::function<bool()> hasOrb) : m_out(out), m_hasOrb(std::move(hasOrb)) {}
+
+    /// An object reference was met though there is no ORB to print it.
+    struct NoOrb {};
+
+    /// Prints the next value of `reader`, which stands behind it afterwards.
+    void Print(const ValuePlan& plan, CdrReader& reader);
+
+  private:
+    void PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrReader& reader);
+    void PrintMembers(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader);
+    void PrintUnion(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader);
+    void PrintElements(const ValuePlan& plan, ValuePlan::Index content, std::uint32_t count,
+                       CdrReader& reader);
+    void PrintOctets(std::string_view octets);
+    void PrintAny(CdrReader& reader);
+    void PrintReference(const ValuePlan::Type& type, CdrReader& reader);
+    void PrintNull(const ValuePlan::Type& type, CdrReader& reader);
+    void PrintFloat(float value);
+    template <class Integer>
+    void PrintInteger(Integer value);
+
+    std::string& m_out;
+    const std::function<bool()> m_hasOrb;
+    unsigned m_depth = 0;
+};
+
+}  // namespace NS_CORBA

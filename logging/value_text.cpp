@@ -1,0 +1,78 @@
+#include <tao/DynamicAny/DynamicAny.h>
+
+#include "agent/corbabaseagentconfig.h"
+#include "logging/corbalogutil.h"
+#include "logging/logmgr.h"
+#include "logging/value_plan_cache.h"
+#include "logging/value_printer.h"
+#include "orb/portability.h"
+#include "orb/value_access.h"
+
+// Values of any type as text.
+
+namespace NS_CORBA {
+
+namespace {
+
+constexpr char kSourceFile[] = "logmgr";
+constexpr int kCorbaExceptionLine = 1054;
+constexpr int kOtherExceptionLine = 1059;
+constexpr int kTraceLevel = 3;
+
+CORBA::ORB_var OrbOfAgent() {
+    CorbaBaseAgentConfig* const config = CorbaBaseAgentConfig::Instance();
+    return config ? config->GetOrb() : CORBA::ORB::_nil();
+}
+
+/// Runs `print`, and turns what it raises into a result and a line in the log.
+template <class Print>
+int Guarded(Print print) {
+    try {
+        return print();
+    } catch (const ValuePrinter::NoOrb&) {
+        return -1;
+    } catch (const CORBA::Exception& ex) {
+        SetPos(kSourceFile, kCorbaExceptionLine);
+        TaDebugWithPara(kTraceLevel,
+                        "[CorbaLogMgr::ParseAnyData] CORBA exception <%s> received when parsing any data!",
+                        qv_orb::ExceptionText(ex).c_str());
+    } catch (...) {
+        SetPos(kSourceFile, kOtherExceptionLine);
+        TaDebug(kTraceLevel, "[CorbaLogMgr::ParseAnyData] CORBA exception received when parsing any data!");
+    }
+    return -1;
+}
+
+int PrintValue(CORBA::TypeCode_ptr type, const qv_orb::ValueBytes& bytes, std::string& text,
+               const CORBA::ORB_var& orb) {
+    if (CORBA::is_nil(type)) {
+        return -1;
+    }
+    const PlanHandle plan = PlanOf(type);
+    CdrReader reader(bytes.data(), bytes.size(), bytes.swapped());
+    ValuePrinter printer(text, [&orb] { return !CORBA::is_nil(orb.in()) || !CORBA::is_nil(OrbOfAgent()); });
+    printer.Print(*plan, reader);
+    return 0;
+}
+
+}  // namespace
+
+int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text) {
+    const qv_orb::ValueBytes bytes(value);
+    return Guarded([&] { return PrintValue(qv_orb::TypeOf(value), bytes, text, m_ORB); });
+}
+
+int CorbaLogMgr::ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out) {
+    if (!value) {
+        return -1;
+    }
+    std::string text;
+    const int result = Guarded([&] {
+        const CORBA::Any_var any = value->to_any();
+        return PrintValue(qv_orb::TypeOf(any.in()), qv_orb::ValueBytes(any.in()), text, m_ORB);
+    });
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+    return result;
+}
+
+}  // namespace NS_CORBA
