@@ -11,10 +11,17 @@
 #include "agent/worker.h"
 #include "logging/corbalogutil.h"
 #include "orb/portability.h"
+#include "platform/environment.h"
 #include "platform/self_util_common.h"
 #include "request/agent_request_interceptor.h"
 
 namespace NS_CORBA {
+
+namespace {
+
+constexpr long kOssListPeriod = 30;  // seconds
+
+}  // namespace
 
 CorbaBaseAgentConfig* CorbaBaseAgentConfig::m_pInstance = nullptr;
 bool s_bWorkerStop = false;
@@ -58,6 +65,9 @@ CorbaBaseAgentConfig::~CorbaBaseAgentConfig() {
 
 bool CorbaBaseAgentConfig::Init(const std::string& bundleName) {
     SetCorbaBundleName(bundleName);
+    m_IPAcl.Init(NS_BUNDLEMGR1::GetXDENEnvironment() + "/../etc/oss_cfg/nbi/corba/conf/" + bundleName +
+                     "/corba_oss_ipacl.cfg",
+                 kOssListPeriod, NS_UTIL::IPACL_OSS);
     if (!CorbaBaseAgentReConfig()) {
         TA_POS;
         TaTrace("CorbaBaseAgentConfig::CorbaBaseAgentReConfig] failed !\n");
@@ -141,6 +151,10 @@ void CorbaBaseAgentConfig::SetCorbaBundleName(const std::string& name) {
 
 std::string CorbaBaseAgentConfig::GetCorbaBundleName() {
     return m_CorbaBundleName;
+}
+
+bool CorbaBaseAgentConfig::IsValidOssIP(unsigned int ip) {
+    return m_IPAcl.IsValidIP(ip);
 }
 
 }  // namespace NS_CORBA

@@ -16,6 +16,7 @@
 
 #include "platform/export.h"
 #include "platform/name_value.h"
+#include "request/aclmgr.h"
 
 namespace NS_CORBA {
 
@@ -60,6 +61,10 @@ class QV_API CorbaBaseAgentConfig {
 
     void SetCorbaBundleName(const std::string& name);
     std::string GetCorbaBundleName();
+
+    /// May a client at this IPv4 address, in host byte order, use the agent? To be asked by the bundle: the
+    /// library itself refuses nobody. Any thread, from Init on.
+    bool IsValidOssIP(unsigned int ip);
 
     // -- Settings: config_items.cpp -------------------------------------------------------------------------
 
@@ -267,6 +272,7 @@ class QV_API CorbaBaseAgentConfig {
     std::string m_NBISSLPrivateKeyPasswd;
     std::string m_NBISSLCRL;
     std::string m_ReservedStr2;
+    NS_UTIL::IPAcl m_IPAcl;
     std::vector<char> m_vecFlags = std::vector<char>(kFlagCount, 0);
     ACE_RW_Mutex m_rwLock;
     RequestInterceptorBase* m_pReqInterceptorImpl = nullptr;  // guarded by m_rwLock

@@ -56,6 +56,7 @@ class CorbaBaseAgentConfigProbe {
     QV_PROBE(RwLock, m_rwLock)
     QV_PROBE(SSLProfile, m_SSLProfile)
     QV_PROBE(NonSSLProfile, m_NonSSLProfile)
+    QV_PROBE(IPAcl, m_IPAcl)
     QV_PROBE(Flags, m_vecFlags)
     QV_PROBE(SSLMode, m_SSLMode)
     QV_PROBE(RefCount, m_refCount)

@@ -11,6 +11,7 @@
 #include "tests/unit/agent/agent_fixture.h"
 #include "tests/unit/agent/fake_orb.h"
 #include "tests/unit/agent/interposed.h"
+#include "tests/unit/request/acl_probe.h"
 
 namespace qv_test {
 namespace {
@@ -146,6 +147,39 @@ TEST_F(AgentConfig, InitBringsUpTheOrb) {
     EXPECT_EQ(params, logged->text);
     EXPECT_EQ(-1, logged->level);
     EXPECT_EQ("corbabaseagentconfig", logged->file);
+}
+
+TEST_F(AgentConfig, InitSetsUpTheAccessList) {
+    std::filesystem::create_directories(m_dir.path() / "root");
+    std::filesystem::create_directories(m_dir.path() / "etc/oss_cfg/nbi/corba/conf/agent-bundle");
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.File("root"));
+    const FailingSplit split;  // an Init that gets no further has set it up all the same
+    EXPECT_FALSE(config().Init("agent-bundle"));
+    std::map<unsigned int, bool> table;
+    EXPECT_TRUE(Probe::IPAcl().RefreshNodeIpAclList({"line"}, {}, table));
+    EXPECT_EQ("# this is a get_distribute acl config file.\nline\n",
+              ReadFile(m_dir.File("etc/oss_cfg/nbi/corba/conf/agent-bundle/corba_oss_ipacl.cfg")));
+}
+
+TEST_F(AgentConfig, OssAddressesAreReadEveryThirtySeconds) {
+    AclClock clock;
+    const ScopedEnv root("QV_ENV_ROOT", m_dir.str());
+    const FailingSplit split;
+    config().Init("agent-bundle");
+    m_items.SetIPAddresses({"10.0.0.1"});
+    EXPECT_TRUE(config().IsValidOssIP(0x0A000001));
+    EXPECT_FALSE(config().IsValidOssIP(0x0A000002));
+    EXPECT_TRUE(config().IsValidOssIP(0x7F000001));
+    m_items.SetIPAddresses({"10.0.0.2"});
+    clock.Advance(30);
+    EXPECT_FALSE(config().IsValidOssIP(0x0A000002));
+    clock.Advance(1);
+    EXPECT_TRUE(config().IsValidOssIP(0x0A000002));
+    EXPECT_FALSE(config().IsValidOssIP(0x0A000001));
+}
+
+TEST_F(AgentConfig, WithoutOssAddressesEveryOssIsValid) {
+    EXPECT_TRUE(config().IsValidOssIP(0x0A000001));
 }
 
 TEST_F(AgentConfig, OrbReferencesAreCounted) {
