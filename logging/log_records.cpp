@@ -23,6 +23,19 @@ const char* MessageTypeWord(std::uint8_t messageType) {
 
 }  // namespace
 
+std::string RecordHead(const TALogRecord& record) {
+    std::string head = "---MessageType:  ";
+    head += MessageTypeWord(record.messageType);
+    head += ", RemoteAddress:  ";
+    head += record.remoteAddress;
+    head += "\n--- Request ID = ";
+    head += std::to_string(record.requestId);
+    head += ", Operation Name = ";
+    head += record.operationName;
+    head += '\n';
+    return head;
+}
+
 int LogFormatter<TADebugRecord>::operator()(std::string& out, TADebugRecord&& record) const {
     out = std::move(record.text);
     return record.level;
@@ -34,18 +47,7 @@ int LogFormatter<std::string>::operator()(std::string& out, std::string&& record
 }
 
 int LogFormatter<TALogRecord>::operator()(std::string& out, TALogRecord&& record) const {
-    std::string head = "---MessageType:  ";
-    head += MessageTypeWord(record.messageType);
-    head += ", RemoteAddress:  ";
-    head += record.remoteAddress;
-    head += "\n--- Request ID = ";
-    head += std::to_string(record.requestId);
-    head += ", Operation Name = ";
-    head += record.operationName;
-    head += '\n';
-    // The body may be large: it is moved aside rather than copied.
-    out = std::move(record.paramInfo);
-    out.insert(0, head);
+    out = RecordHead(record) + record.paramInfo;
     return kNoLevel;
 }
 

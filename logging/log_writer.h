@@ -34,10 +34,15 @@ class LogWriter {
 
     /// Writes `text` up to its first NUL, with the calling thread's position.
     void WriteText(int level, std::string text) const {
+        CutAtNul(text);
+        WriteWhole(level, text);
+    }
+
+    /// Writes a text that is known to hold no NUL.
+    void WriteWhole(int level, const std::string& text) const {
         if (!m_handle) {
             return;
         }
-        text = UpToNul(std::move(text));
         const PosForDbg* const position = CurrentPosition();
         const PosForDbg& where = position ? *position : NoPosition();
         m_handle->Write(where.file, where.function, where.line, level, text);

@@ -116,12 +116,22 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
   private:
     bool OpenOptionalChannels();
     void WriteDebugRecord(int level, const char* text);
-    int TakeBody(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
-    int TakeParameters(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
-    int TakeResult(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
-    int TakeException(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record);
-    void MaskPrintedSecrets(TALogRecord& record);
-    int AppendAny(const CORBA::Any& value, std::string& text);
+    bool HasOrb() const;
+    int TakeHead(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType, TALogRecord& record,
+                 std::string& text);
+    int AppendBody(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                   std::string& text);
+    int AppendBodyOfType(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                         std::string& text);
+    int AppendArguments(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                        std::string& text);
+    int AppendResult(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                     std::string& text);
+    int AppendException(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                        std::string& text);
+    int AppendParameters(const Dynamic::ParameterList* params, std::string& text, unsigned char messageType);
+    int AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul);
+    void MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin);
 };
 
 }  // namespace NS_CORBA

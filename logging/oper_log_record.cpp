@@ -23,11 +23,12 @@ constexpr int kNoInfoLine = 810;
 constexpr int kTraceLevel = 3;
 constexpr char kNotParsed[] = "ERROR: Exception occurred when parsing message!";
 
+constexpr int kNoLevel = -1;
 constexpr int kSucceeded = 0;
 constexpr int kFailed = 1;
 
 /// Takes name and id of the request. @return 0, or -1 when the ORB doesn't tell them
-int TakeNameAndId(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record) {
+int TakeNameAndId(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record, std::string& text) {
     record.operationName = "UNKNOWN";
     try {
         const CORBA::String_var operation = info->operation();
@@ -37,7 +38,7 @@ int TakeNameAndId(PortableInterceptor::ServerRequestInfo* info, TALogRecord& rec
         record.requestId = info->request_id();
         return 0;
     } catch (const CORBA::Exception& ex) {
-        record.paramInfo += kNotParsed;
+        text += kNotParsed;
         SetPos(kSourceFile, kNameOrIdFailedLine);
         TaDebugWithPara(
             kTraceLevel,
@@ -46,6 +47,26 @@ int TakeNameAndId(PortableInterceptor::ServerRequestInfo* info, TALogRecord& rec
             qv_orb::ExceptionText(ex).c_str());
         return -1;
     }
+}
+
+/// Runs `step`, and turns what it raises into a result, a line in the log and a mark in `text`.
+template <class Step>
+int Guarded(std::string& text, Step step) {
+    try {
+        return step();
+    } catch (const CORBA::Exception& ex) {
+        SetPos(kSourceFile, kCorbaExceptionLine);
+        TaDebugWithPara(kTraceLevel,
+                        "[CorbaLogMgr::GetOperLogRecord] CORBA exception <%s> received when parsing message!",
+                        qv_orb::ExceptionText(ex).c_str());
+    } catch (...) {
+        SetPos(kSourceFile, kOtherExceptionLine);
+        TaDebug(kTraceLevel,
+                "[CorbaLogMgr::GetOperLogRecord] CORBA exception received when parsing message!");
+    }
+    text += "---";
+    text += kNotParsed;
+    return -1;
 }
 
 CORBA::TCKind KindOf(const CORBA::Any* value) {
@@ -83,14 +104,30 @@ void CorbaLogMgr::WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, 
         return;
     }
     TALogRecord record;
-    if (GetOperLogRecord(info, messageType, record) != 0) {
-        record.paramInfo += "...this record is not full!";
+    std::string body;
+    int result = TakeHead(info, messageType, record, body);
+    // The body follows in the same string: it may be too large to be moved for the head's sake.
+    std::string text = RecordHead(record) + body;
+    CutAtNul(text);
+    if (result == 0) {
+        result = AppendBody(info, record, text);
     }
-    m_pOperLog->Write(std::move(record));
+    if (result != 0) {
+        text += "...this record is not full!";
+    }
+    m_pOperLog->WriteWhole(kNoLevel, text);
 }
 
 int CorbaLogMgr::GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
                                   TALogRecord& record) {
+    const int result = TakeHead(info, messageType, record, record.paramInfo);
+    return result == 0 ? AppendBody(info, record, record.paramInfo) : result;
+}
+
+/// Fills everything but the body; what has to be said of a failure goes to `text`. @return 0 when the body
+/// can follow
+int CorbaLogMgr::TakeHead(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
+                          TALogRecord& record, std::string& text) {
     if (!info) {
         SetPos(kSourceFile, kNoInfoLine);
         TaDebug(kTraceLevel, "[CorbaLogMgr::GetOperLogRecord] operation parameter is nullptr!");
@@ -99,80 +136,82 @@ int CorbaLogMgr::GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, 
     record.threadId = RecordThreadId();
     record.time = RecordTime();
     record.messageType = messageType;
-    try {
+    return Guarded(text, [&] {
         record.remoteAddress = RemoteAddress(info, messageType, record.threadId);
-        if (TakeNameAndId(info, record) != 0) {
-            return -1;
-        }
-        return TakeBody(info, record);
-    } catch (const CORBA::Exception& ex) {
-        SetPos(kSourceFile, kCorbaExceptionLine);
-        TaDebugWithPara(kTraceLevel,
-                        "[CorbaLogMgr::GetOperLogRecord] CORBA exception <%s> received when parsing message!",
-                        qv_orb::ExceptionText(ex).c_str());
-    } catch (...) {
-        SetPos(kSourceFile, kOtherExceptionLine);
-        TaDebug(kTraceLevel,
-                "[CorbaLogMgr::GetOperLogRecord] CORBA exception received when parsing message!");
-    }
-    record.paramInfo += "---";
-    record.paramInfo += kNotParsed;
-    return -1;
+        return TakeNameAndId(info, record, text);
+    });
 }
 
-int CorbaLogMgr::TakeBody(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record) {
+int CorbaLogMgr::AppendBody(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                            std::string& text) {
+    return Guarded(text, [&] { return AppendBodyOfType(info, record, text); });
+}
+
+int CorbaLogMgr::AppendBodyOfType(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                                  std::string& text) {
+    const std::size_t begin = text.size();
     switch (record.messageType) {
         case kRequestMessage: {
-            const int result = TakeParameters(info, record);
-            AuditRequest(record);
+            const int result = AppendArguments(info, record, text);
+            AuditRequest(record, text, begin);
             return result;
         }
         case kReplyMessage:
-            TakeParameters(info, record);
-            return TakeResult(info, record);
+            AppendArguments(info, record, text);
+            return AppendResult(info, record, text);
         case kExceptionMessage:
-            return TakeException(info, record);
+            return AppendException(info, record, text);
         default:
-            record.paramInfo = "Other message type...not printed!";
-            AuditEnd(record, kFailed, 0);
+            text += "Other message type...not printed!";
+            AuditEnd(record, kFailed, text, begin);
             return 0;
     }
 }
 
-int CorbaLogMgr::TakeParameters(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record) {
+int CorbaLogMgr::AppendArguments(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                                 std::string& text) {
+    const std::size_t begin = text.size();
     Dynamic::ParameterList_var arguments = TakeArguments(info);
     SecurityHandle(arguments, record.operationName);
-    const int result = ParseParaInfo(arguments.operator->(), record.paramInfo, record.messageType);
-    MaskPrintedSecrets(record);
+    const int result = AppendParameters(arguments.operator->(), text, record.messageType);
+    MaskPrintedSecrets(record.operationName, text, begin);
     return result;
 }
 
-int CorbaLogMgr::TakeResult(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record) {
-    const std::size_t begin = record.paramInfo.size();
+int CorbaLogMgr::AppendResult(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                              std::string& text) {
+    const std::size_t begin = text.size();
     const CORBA::Any_var value = info->result();
     const CORBA::TCKind kind = KindOf(value.operator->());
     int result = 0;
     if (kind == CORBA::tk_null || kind == CORBA::tk_void) {
-        record.paramInfo += ParseReplyState(info->reply_status());
+        text += ParseReplyState(info->reply_status());
     } else {
-        record.paramInfo += record.operationName;
-        record.paramInfo += " @return: ";
-        result = AppendAny(value.in(), record.paramInfo);
-        record.paramInfo += '\n';
-        record.paramInfo = UpToNul(std::move(record.paramInfo));
+        bool printedNul = false;
+        text += record.operationName;
+        text += " @return: ";
+        result = AppendAny(value.in(), text, printedNul);
+        text += '\n';
+        if (printedNul) {
+            CutAtNul(text, begin);
+        }
     }
-    AuditEnd(record, kSucceeded, begin);
+    AuditEnd(record, kSucceeded, text, begin);
     return result;
 }
 
-int CorbaLogMgr::TakeException(PortableInterceptor::ServerRequestInfo* info, TALogRecord& record) {
+int CorbaLogMgr::AppendException(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                                 std::string& text) {
+    const std::size_t begin = text.size();
     const CORBA::Any_var exception = info->sending_exception();
     const PortableInterceptor::ReplyStatus status = info->reply_status();
     int result = -1;
     if (status == PortableInterceptor::SYSTEM_EXCEPTION || status == PortableInterceptor::USER_EXCEPTION) {
-        result = ParseExceptionInfo(exception.in(), static_cast<unsigned char>(status), record.paramInfo);
+        std::string list;
+        result = ParseExceptionInfo(exception.in(), static_cast<unsigned char>(status), list);
+        text += list;
     }
-    AuditEnd(record, kFailed, 0);
+    AuditEnd(record, kFailed, text, begin);
     return result;
 }
 

@@ -1,6 +1,7 @@
 #include "logging/operation_audit.h"
 
 #include <map>
+#include <utility>
 
 #include "logging/service_lookup.h"
 #include "platform/audit_log.h"
@@ -20,10 +21,10 @@ AuditLogif& AuditLog() {
     return ServiceLookup<AuditLogif>("AuditLogif").Get();
 }
 
-std::map<std::string, std::string> AuditFields(const TALogRecord& record, int riskLevel) {
+std::map<std::string, std::string> AuditFields(const TALogRecord& record, int riskLevel, std::string info) {
     std::map<std::string, std::string> fields = {{"operName", record.operationName},
                                                  {"nmsAddress", record.remoteAddress},
-                                                 {"strInfo", record.paramInfo}};
+                                                 {"strInfo", std::move(info)}};
     if (riskLevel == kMinorRisk) {
         fields["riskLevel"] = "MINOR";
     } else if (riskLevel == kRisk) {
@@ -34,19 +35,19 @@ std::map<std::string, std::string> AuditFields(const TALogRecord& record, int ri
 
 }  // namespace
 
-void AuditRequest(const TALogRecord& record) {
+void AuditRequest(const TALogRecord& record, const std::string& text, std::size_t begin) {
     const int riskLevel = RiskLevelOf(record.operationName);
     if (riskLevel == kNoRisk) {
         return;
     }
-    AuditLog().BeginAudit(record.requestId, AuditFields(record, riskLevel));
+    AuditLog().BeginAudit(record.requestId, AuditFields(record, riskLevel, text.substr(begin)));
 }
 
-void AuditEnd(const TALogRecord& record, int result, std::size_t detailBegin) {
+void AuditEnd(const TALogRecord& record, int result, const std::string& text, std::size_t begin) {
     if (RiskLevelOf(record.operationName) == kNoRisk) {
         return;
     }
-    AuditLog().EndAudit(record.requestId, result, record.paramInfo.substr(detailBegin));
+    AuditLog().EndAudit(record.requestId, result, text.substr(begin));
 }
 
 }  // namespace NS_CORBA

@@ -37,28 +37,36 @@ bool IsPrinted(CORBA::ParameterMode mode, unsigned char messageType) {
 
 int CorbaLogMgr::ParseParaInfo(const Dynamic::ParameterList* params, std::string& text,
                                unsigned char messageType) {
-    std::string block = "ParaList = {\n";
+    std::string block;
+    const int result = AppendParameters(params, block, messageType);
+    text = std::move(block);
+    return result;
+}
+
+int CorbaLogMgr::AppendParameters(const Dynamic::ParameterList* params, std::string& text,
+                                  unsigned char messageType) {
+    const std::size_t begin = text.size();
+    bool printedNul = false;
+    text += "ParaList = {\n";
     const CORBA::ULong count = params ? params->length() : 0;
     unsigned number = 0;
-    for (CORBA::ULong i = 0; i < count; ++i) {
+    int result = 0;
+    for (CORBA::ULong i = 0; i < count && result == 0; ++i) {
         const Dynamic::Parameter& parameter = (*params)[i];
         if (!IsPrinted(parameter.mode, messageType)) {
             continue;
         }
-        block += "--- Parameter No.";
-        block += std::to_string(++number);
-        block += " = ";
-        const int result = AppendAny(parameter.argument, block);
-        block += '\n';
-        if (result != 0) {
-            block += '}';
-            text = UpToNul(std::move(block));
-            return result;
-        }
+        text += "--- Parameter No.";
+        text += std::to_string(++number);
+        text += " = ";
+        result = AppendAny(parameter.argument, text, printedNul);
+        text += '\n';
     }
-    block += " } ";
-    text = UpToNul(std::move(block));
-    return 0;
+    text += result == 0 ? " } " : "}";
+    if (printedNul) {
+        CutAtNul(text, begin);
+    }
+    return result;
 }
 
 int CorbaLogMgr::ParseExceptionInfo(const CORBA::Any& exception, unsigned char replyStatus,
@@ -68,13 +76,17 @@ int CorbaLogMgr::ParseExceptionInfo(const CORBA::Any& exception, unsigned char r
     built += "ExceptList = {\n";
     try {
         std::string value;
-        const int result = AppendAny(exception, value);
+        bool printedNul = false;
+        const int result = AppendAny(exception, value, printedNul);
         if (result != 0) {
             return result;
         }
         built += "--- Exception No.1 = ";
-        built += UpToNul(std::move(value));
+        built += value;
         built += "\n}";
+        if (printedNul) {
+            CutAtNul(built);
+        }
         text = std::move(built);
         return 0;
     } catch (const CORBA::Exception& ex) {

@@ -1,6 +1,3 @@
-#include <utility>
-
-#include "logging/log_records.h"
 #include "logging/logmgr.h"
 
 namespace NS_CORBA {
@@ -56,13 +53,13 @@ void CorbaLogMgr::LogOutSessionParamterAnonyms(std::string& out, const std::stri
     out += rest;
 }
 
-void CorbaLogMgr::MaskPrintedSecrets(TALogRecord& record) {
-    if (record.operationName != kLogOutSession) {  // spares every other record a copy of its text
+void CorbaLogMgr::MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin) {
+    if (operation != kLogOutSession) {  // spares every other record a copy of its text
         return;
     }
     std::string masked;
-    LogOutSessionParamterAnonyms(masked, record.paramInfo, record.operationName);
-    record.paramInfo = std::move(masked);
+    LogOutSessionParamterAnonyms(masked, text.substr(begin), operation);
+    text.replace(begin, std::string::npos, masked);
 }
 
 }  // namespace NS_CORBA

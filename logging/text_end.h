@@ -5,10 +5,9 @@
 
 namespace NS_CORBA {
 
-/// `text` up to its first NUL: what a reader of a C string sees of it.
-inline std::string UpToNul(std::string&& text) {
-    text.resize(std::strlen(text.c_str()));
-    return std::move(text);
+/// Ends `text` at the first NUL at or behind `begin`: what a reader of a C string sees of it.
+inline void CutAtNul(std::string& text, std::size_t begin = 0) {
+    text.resize(begin + std::strlen(text.c_str() + begin));
 }
 
 }  // namespace NS_CORBA

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "logging/ior_text.h"
 #include "logging/silent_value.h"
@@ -35,8 +36,16 @@ class DepthGuard {
 // What usually follows in a record, so that the long text needn't be moved for it.
 constexpr std::size_t kRoomBehindOctets = 1024;
 
-/// Each of `count` octets and a blank behind it.
-void Interleave(const char* octets, std::size_t count, char* out) {
+/// Each of `count` octets and a blank behind it. In blocks of a fixed size, which the compiler turns into
+/// vector instructions.
+void Interleave(const char* octets, std::size_t count, char* __restrict out) {
+    constexpr std::size_t kBlock = 32;
+    for (; count >= kBlock; count -= kBlock, octets += kBlock, out += 2 * kBlock) {
+        for (std::size_t i = 0; i < kBlock; ++i) {
+            out[2 * i] = octets[i];
+            out[2 * i + 1] = ' ';
+        }
+    }
     for (std::size_t i = 0; i < count; ++i) {
         out[2 * i] = octets[i];
         out[2 * i + 1] = ' ';
@@ -68,8 +77,7 @@ void ValuePrinter::PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrR
             m_out += reader.Octet() != 0 ? "true" : "false";
             return;
         case CORBA::tk_octet:
-            m_out += static_cast<char>(reader.Octet());
-            return;
+            return PrintOctet(static_cast<char>(reader.Octet()));
         case CORBA::tk_short:
             return PrintInteger(static_cast<std::int16_t>(reader.UShort()));
         case CORBA::tk_ushort:
@@ -148,8 +156,12 @@ void ValuePrinter::PrintElements(const ValuePlan& plan, ValuePlan::Index content
     m_out += '}';
 }
 
-// Sequences of octets hold whole files: the text's space at once and no more than it takes, and a loop that
-// the compiler can turn into vector instructions.
+void ValuePrinter::PrintOctet(char octet) {
+    m_out += octet;
+    m_printedNul = m_printedNul || octet == 0;
+}
+
+// Sequences of octets hold whole files: the text's space at once and no more than it takes.
 void ValuePrinter::PrintOctets(std::string_view octets) {
     if (octets.empty()) {
         return;
@@ -160,6 +172,7 @@ void ValuePrinter::PrintOctets(std::string_view octets) {
     while (!octets.empty()) {
         const std::size_t count = std::min(octets.size(), kChunk);
         Interleave(octets.data(), count, text);
+        m_printedNul = m_printedNul || std::memchr(octets.data(), 0, count) != nullptr;
         m_out.append(text, 2 * count);
         octets.remove_prefix(count);
     }

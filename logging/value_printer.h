@@ -24,6 +24,9 @@ class ValuePrinter {
     /// An object reference was met though there is no ORB to print it.
     struct NoOrb {};
 
+    /// Whether a NUL was printed, which an octet of value 0 is.
+    bool printedNul() const { return m_printedNul; }
+
     /// Prints the next value of `reader`, which stands behind it afterwards.
     void Print(const ValuePlan& plan, CdrReader& reader);
 
@@ -33,6 +36,7 @@ class ValuePrinter {
     void PrintUnion(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader);
     void PrintElements(const ValuePlan& plan, ValuePlan::Index content, std::uint32_t count,
                        CdrReader& reader);
+    void PrintOctet(char octet);
     void PrintOctets(std::string_view octets);
     void PrintAny(CdrReader& reader);
     void PrintReference(const ValuePlan::Type& type, CdrReader& reader);
@@ -44,6 +48,7 @@ class ValuePrinter {
     std::string& m_out;
     const std::function<bool()> m_hasOrb;
     unsigned m_depth = 0;
+    bool m_printedNul = false;
 };
 
 }  // namespace NS_CORBA

@@ -43,23 +43,28 @@ int Guarded(Print print) {
     return -1;
 }
 
-int PrintValue(CORBA::TypeCode_ptr type, const qv_orb::ValueBytes& bytes, std::string& text,
-               const CORBA::ORB_var& orb) {
+int PrintValue(CORBA::TypeCode_ptr type, const qv_orb::ValueBytes& bytes, ValuePrinter& printer) {
     if (CORBA::is_nil(type)) {
         return -1;
     }
     const PlanHandle plan = PlanOf(type);
     CdrReader reader(bytes.data(), bytes.size(), bytes.swapped());
-    ValuePrinter printer(text, [&orb] { return !CORBA::is_nil(orb.in()) || !CORBA::is_nil(OrbOfAgent()); });
     printer.Print(*plan, reader);
     return 0;
 }
 
 }  // namespace
 
-int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text) {
+bool CorbaLogMgr::HasOrb() const {
+    return !CORBA::is_nil(m_ORB.in()) || !CORBA::is_nil(OrbOfAgent().in());
+}
+
+int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul) {
     const qv_orb::ValueBytes bytes(value);
-    return Guarded([&] { return PrintValue(qv_orb::TypeOf(value), bytes, text, m_ORB); });
+    ValuePrinter printer(text, [this] { return HasOrb(); });
+    const int result = Guarded([&] { return PrintValue(qv_orb::TypeOf(value), bytes, printer); });
+    printedNul = printedNul || printer.printedNul();
+    return result;
 }
 
 int CorbaLogMgr::ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out) {
@@ -67,9 +72,10 @@ int CorbaLogMgr::ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out
         return -1;
     }
     std::string text;
+    ValuePrinter printer(text, [this] { return HasOrb(); });
     const int result = Guarded([&] {
         const CORBA::Any_var any = value->to_any();
-        return PrintValue(qv_orb::TypeOf(any.in()), qv_orb::ValueBytes(any.in()), text, m_ORB);
+        return PrintValue(qv_orb::TypeOf(any.in()), qv_orb::ValueBytes(any.in()), printer);
     });
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     return result;

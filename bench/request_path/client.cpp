@@ -14,11 +14,31 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+bench::Filters SomeFilters() {
+    bench::Filters filters;
+    filters.length(3);
+    for (CORBA::ULong i = 0; i < filters.length(); ++i) {
+        filters[i].name = CORBA::string_dup("granularity");
+        filters[i].code = static_cast<CORBA::Long>(i);
+        filters[i].value = CORBA::string_dup("15 minutes");
+    }
+    return filters;
+}
+
+CORBA::Any SomeDetail() {
+    CORBA::Any detail;
+    detail <<= SomeFilters()[0];
+    return detail;
+}
+
 unsigned long CallUntil(bench::Target_ptr target, const std::atomic<bool>& go_on) {
+    const bench::Filters filters = SomeFilters();
+    const CORBA::Any detail = SomeDetail();
     unsigned long calls = 0;
     while (go_on.load(std::memory_order_relaxed)) {
         CORBA::String_var answer;
-        target->query("KLV/Network-17/Element-4711", static_cast<CORBA::Long>(calls), answer.out());
+        target->query("KLV/Network-17/Element-4711", static_cast<CORBA::Long>(calls), filters, detail,
+                      answer.out());
         ++calls;
     }
     return calls;

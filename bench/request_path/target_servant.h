@@ -11,7 +11,8 @@ class TargetServant : public POA_bench::Target {
   public:
     explicit TargetServant(CORBA::ORB_ptr orb) : orb_(CORBA::ORB::_duplicate(orb)) {}
 
-    CORBA::Long query(const char* name, CORBA::Long number, CORBA::String_out answer) override {
+    CORBA::Long query(const char* name, CORBA::Long number, const bench::Filters&, const CORBA::Any&,
+                      CORBA::String_out answer) override {
         answer = CORBA::string_dup(name);
         return number + 1;
     }

@@ -7,12 +7,15 @@
 #include "tests/unit/logging/fake_operation.h"
 #include "tests/unit/logging/fake_services.h"
 #include "tests/unit/logging/log_fixture.h"
+#include "tests/unit/logging/orb_environment.h"
 
 namespace qv_test {
 
 /// A test of operation records: the operation log is on, security and audit are fakes.
 class RecordFixture : public LogFixture {
   protected:
+    RecordFixture() { TestOrb(); }  // without an ORB no string goes into an Any
+
     void SetUp() override { ASSERT_TRUE(InitLog({{"bLogOperation", "1"}})); }
 
     /// The text of the record that the message leaves.
