@@ -11,8 +11,9 @@
 #include "request/request_interceptor_base.h"
 #include "tests/support/scoped_env.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/logging/fake_operation.h"
+#include "tests/unit/logging/fake_services.h"
 #include "tests/unit/logging/log_fixture.h"
-#include "tests/unit/request/fake_server_request_info.h"
 
 namespace qv_test {
 
@@ -64,7 +65,8 @@ class InterceptorFixture : public LogFixture {
 
     TempDir dir;
     ScopedEnv logPath{"QV_LOG_DIR", LogPath()};
-    FakeServerRequestInfo info;
+    FakeServices services;
+    FakeOperation info{"ping"};
 };
 
 /// Owns an interceptor that no ORB holds.

@@ -118,7 +118,8 @@ TEST_F(InterceptorTest, TheRecordIsWrittenAndTheCountTakenBetweenTheHooks) {
     const auto records = capture->Entries("corbaoper");
     ASSERT_EQ(records.size(), 1u);
     ExpectEntry(records[0], "corbaoper", -1, kFile, 113,
-                "---MessageType:  REQUEST, RemoteAddress:  \n--- Request ID = 17, Operation Name = ping\n");
+                "---MessageType:  REQUEST, RemoteAddress:  \n--- Request ID = 17, Operation Name = ping\n"
+                "ParaList = {\n } ");
 }
 
 TEST_F(InterceptorTest, AFirstHookThatRaisesLeavesTheRequestUncountedAndUnlogged) {
@@ -163,13 +164,17 @@ TEST_F(InterceptorTest, TheEndOfARequestIsRecordedFromItsOwnPlace) {
     ASSERT_TRUE(InitOperLog());
     qv_test::OwnInterceptor interceptor;
     interceptor->send_reply(&info);
+    info.status = PortableInterceptor::USER_EXCEPTION;
     interceptor->send_exception(&info);
     interceptor->send_other(&info);
     const auto records = capture->Entries();
     ASSERT_EQ(records.size(), 2u);
-    const std::string rest = ", RemoteAddress:  \n--- Request ID = 17, Operation Name = ping\n";
-    ExpectEntry(records[0], "corbaoper", -1, kFile, 190, "---MessageType:  REPLY" + rest);
-    ExpectEntry(records[1], "corbaoper", -1, kFile, 219, "---MessageType:  EXCEPTION" + rest);
+    const std::string rest = ", RemoteAddress:  UNKNOW ADDRESS\n--- Request ID = 17, Operation Name = ping\n";
+    ExpectEntry(records[0], "corbaoper", -1, kFile, 190,
+                "---MessageType:  REPLY" + rest + "ParaList = {\n } ReplyStatus = SUCCESSFUL!\n");
+    ExpectEntry(
+        records[1], "corbaoper", -1, kFile, 219,
+        "---MessageType:  EXCEPTION" + rest + "USER_EXCEPTION, ExceptList = {\n--- Exception No.1 = null\n}");
 }
 
 TEST_F(InterceptorTest, AFailedReplyRecordIsToldAndGoesNoFurther) {
