@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/bundle_mgr.h"
+#include "standalone/default_services.h"
 #include "standalone/file_log_service.h"
 #include "standalone/registry.h"
 #include "standalone/report.h"
@@ -70,20 +71,32 @@ class OwnService final : public ServiceObjectBase {
     ServiceInterface& m_service;
 };
 
-/// The log service comes to life when it is first looked up: a process that installs another one needs no log
-/// files.
-class LogServiceObject final : public ServiceObjectBase {
+/// A service of the platform's own that comes to life when it is first looked up: a process that installs
+/// another one needs none of its files.
+class LazyService final : public ServiceObjectBase {
   public:
-    // A lookup can't bear an exception, and an agent without logs is better than none.
+    using Make = ServiceInterface& (*)();
+
+    LazyService(const char* what, Make make) : m_what(what), m_make(make) {}
+
+    // A lookup can't bear an exception, and an agent without the service is better than none.
     ServiceInterface* GetInterface() override {
         try {
-            return &qv_standalone::DefaultLogService();
+            return &m_make();
         } catch (const std::exception& error) {
-            qv_standalone::Report(std::string("there is no log service: ") + error.what());
+            qv_standalone::Report(std::string("there is no ") + m_what + ": " + error.what());
             return nullptr;
         }
     }
+
+  private:
+    const char* const m_what;
+    const Make m_make;
 };
+
+ServiceInterface& LogService() {
+    return qv_standalone::DefaultLogService();
+}
 
 /// All bundles and buffers of the process. Never destroyed: what looks up services during process exit still
 /// finds it.
@@ -127,10 +140,11 @@ class Registry {
 
   private:
     Registry() {
-        Obtain(qv_standalone::kPlatformBundle).Replace(qv_standalone::kLogService, MakeLogService());
+        RegisteredBundle& own = Obtain(qv_standalone::kPlatformBundle);
+        own.Replace(qv_standalone::kLogService, std::make_shared<LazyService>("log service", LogService));
+        own.Replace(qv_standalone::kSecurityService,
+                    std::make_shared<LazyService>("security service", qv_standalone::DefaultSecurityService));
     }
-
-    static ServiceObjectPtr MakeLogService() { return std::make_shared<LogServiceObject>(); }
 
     RegisteredBundle& Obtain(const std::string& name) {
         auto& bundle = m_bundles[name];

@@ -1,21 +1,15 @@
 #include "standalone/config_store.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
 
+#include "standalone/config_file_path.h"
 #include "standalone/report.h"
 #include "standalone/settings_table.h"
 
 namespace qv_standalone {
 namespace {
-
-std::string Environment(const char* name) {
-    const char* const value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
 
 void ReportFindings(const SettingsFile& file, bool keepsFormer) {
     for (const Finding& finding : file.findings) {
@@ -29,40 +23,13 @@ void ReportFindings(const SettingsFile& file, bool keepsFormer) {
 
 }  // namespace
 
-std::string ConfigFilePath() {
-    const std::string file = Environment("QV_AGENT_CONFIG");
-    if (!file.empty()) {
-        return file;
-    }
-    const std::string directory = Environment("QV_CFG_DIR");
-    return directory.empty() ? "" : (std::filesystem::path(directory) / "corba_agent.toml").string();
-}
-
-bool ConfigStore::Stamp::operator==(const Stamp& other) const {
-    return path == other.path && device == other.device && inode == other.inode && size == other.size &&
-           modified_ns == other.modified_ns;
-}
-
 ConfigStore& ConfigStore::Instance() {
     static auto* const instance = new ConfigStore;
     return *instance;
 }
 
-ConfigStore::Stamp ConfigStore::StampOf(const std::string& path) {
-    Stamp stamp;
-    stamp.path = path;
-    struct stat status {};
-    if (!path.empty() && stat(path.c_str(), &status) == 0) {
-        stamp.device = status.st_dev;
-        stamp.inode = status.st_ino;
-        stamp.size = status.st_size;
-        stamp.modified_ns = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
-    }
-    return stamp;
-}
-
 const SettingsFile& ConfigStore::Current() {
-    Stamp stamp = StampOf(ConfigFilePath());
+    FileStamp stamp = StampOf(ConfigFilePath());
     if (m_stamp && *m_stamp == stamp) {
         return m_file;
     }

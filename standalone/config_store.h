@@ -1,14 +1,12 @@
 #pragma once
 
-#include <sys/types.h>
-
-#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/name_value.h"
+#include "standalone/file_stamp.h"
 #include "standalone/registry.h"
 #include "standalone/settings_file.h"
 
@@ -37,29 +35,14 @@ class ConfigStore {
     void UseFile();
 
   private:
-    /// What tells one state of a file from another.
-    struct Stamp {
-        std::string path;
-        dev_t device = 0;
-        ino_t inode = 0;
-        off_t size = -1;
-        std::int64_t modified_ns = 0;
-        bool operator==(const Stamp& other) const;
-    };
-
     ConfigStore() = default;
-    static Stamp StampOf(const std::string& path);
     const SettingsFile& Current();
     std::string TextOf(const std::string& key);
 
     std::mutex m_lock;  // guards what follows
     std::optional<ConfigItems> m_override;
     SettingsFile m_file;
-    std::optional<Stamp> m_stamp;
+    std::optional<FileStamp> m_stamp;
 };
-
-/// The configuration file of this process: the environment variable QV_AGENT_CONFIG, otherwise
-/// corba_agent.toml in the directory that QV_CFG_DIR names; empty when neither is set.
-std::string ConfigFilePath();
 
 }  // namespace qv_standalone

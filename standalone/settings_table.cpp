@@ -46,6 +46,7 @@ constexpr const char* kLogs = "Logs and statistics";
 constexpr const char* kPlaces = "Places of the stand-alone platform";
 constexpr const char* kLogFiles = "Log files";
 constexpr const char* kNode = "The node";
+constexpr const char* kSecurity = "Users and risks";
 
 void AddAgentSettings(std::vector<Setting>& table) {
     table.insert(
@@ -224,10 +225,35 @@ void AddPlatformSettings(std::vector<Setting>& table) {
         });
 }
 
+void AddSecuritySettings(std::vector<Setting>& table) {
+    table.insert(
+        table.end(),
+        {
+            Platform(kSecurity, "users_file", ValueType::kText, "", 0, 0, "",
+                     "File of the users that may log in, which qv_user writes; changes count at once. Empty: "
+                     "nobody can log in. A relative path counts from this file's directory.",
+                     "\"users.toml\""),
+            Platform(kSecurity, "login_max_failures", ValueType::kInteger, "5", 1, 1000, "logins",
+                     "After so many failed logins in a row a user is locked.", "3"),
+            Platform(kSecurity, "login_lock_time", ValueType::kInteger, "300", 1, 86400, "s",
+                     "How long a user stays locked, and how long a failed login counts.", "60"),
+            Platform(kSecurity, "login_max_checks", ValueType::kInteger, "2", 1, 64, "checks",
+                     "Passwords that are checked at once; each check takes 64 MiB of memory.", "4"),
+            Platform(kSecurity, "login_max_waiting", ValueType::kInteger, "16", 0, 1000, "logins",
+                     "Logins that wait for their check; further ones are refused at once.", "8"),
+            Platform(
+                kSecurity, "risk_file", ValueType::kText, "", 0, 0, "",
+                "File with a table [risk] of operations and their levels: 0 not audited, 1 minor risk, 2 "
+                "risk. Empty: built-in levels. A relative path counts from this file's directory.",
+                "\"risk.toml\""),
+        });
+}
+
 std::vector<Setting> MakeTable() {
     std::vector<Setting> table;
     AddAgentSettings(table);
     AddPlatformSettings(table);
+    AddSecuritySettings(table);
     return table;
 }
 

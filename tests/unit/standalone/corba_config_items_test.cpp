@@ -86,3 +86,28 @@ TEST(CorbaConfigItems, ItemsOfATestStandInForTheFile) {
     EXPECT_EQ(Items()[0].value, "from file");
     EXPECT_FALSE(Store().GetLvsMode());
 }
+
+TEST(CorbaConfigItems, TheAddressListFollowsTheFileAndSurvivesABadOne) {
+    const TempDir dir;
+    const ScopedEnv env("QV_AGENT_CONFIG",
+                        dir.Write("a.toml", "[platform]\noss_addresses = ['192.0.2.1']\n"));
+    const auto addresses = [] {
+        std::vector<NS_BUNDLEMGR1::NameValueStru> list;
+        EXPECT_TRUE(Store().GetIPAddressList(list));
+        std::string text;
+        for (const auto& entry : list) {
+            text += entry.value + " ";
+        }
+        return text;
+    };
+    EXPECT_EQ(addresses(), "192.0.2.1 ");
+    dir.Write("a.toml", "[platform]\noss_addresses = ['192.0.2.1', '192.0.2.22']\n");
+    EXPECT_EQ(addresses(), "192.0.2.1 192.0.2.22 ");
+    dir.Write("a.toml", "[platform\n");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(addresses(), "192.0.2.1 192.0.2.22 ");
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("stays in force"), std::string::npos);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(addresses(), "192.0.2.1 192.0.2.22 ");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
