@@ -1,130 +1,20 @@
-#include "request/corbasecurity.h"
-
+#include <atomic>
 #include <condition_variable>
-#include <cstdio>
-#include <mutex>
-#include <set>
 #include <stdexcept>
 #include <thread>
 
-#include "platform/security_service.h"
 #include "request/process_exception.h"
 #include "tests/support/wait_for.h"
-#include "tests/unit/logging/log_fixture.h"
-
-namespace NS_CORBA {
-
-/// Shows the values that nothing reads.
-class CorbaSecurityMgrProbe {
-  public:
-    static long Id(CorbaClientID& id) { return id.m_id.value(); }
-    static long Interval() { return CorbaSecurityMgr::m_pInstance->m_interval; }
-    static bool Exit() { return CorbaSecurityMgr::m_pInstance->m_bExit; }
-    static long ClientId() { return CorbaSecurityMgr::m_pInstance->m_clientId.m_id.value(); }
-    static bool HasClients() { return !CorbaSecurityMgr::m_pInstance->m_clientList.empty(); }
-};
-
-}  // namespace NS_CORBA
+#include "tests/unit/request/corbasecurity_fixture.h"
 
 namespace {
 
-using NS_CORBA::CorbaClientID;
-using NS_CORBA::CorbaClientInfo;
 using NS_CORBA::CorbaSecurityMgr;
 using NS_CORBA::InterfaceNotExistException;
 using Probe = NS_CORBA::CorbaSecurityMgrProbe;
+using qv_test::CorbaSecurityTest;
+using qv_test::kPassword;
 using Calls = std::vector<std::string>;
-
-constexpr char kService[] = "SecurityIF";
-constexpr char kPassword[] = "s3cret-Pa55";
-
-/// Notes its calls, answers what it is told and runs a hook in each.
-class FakeSecurity final : public NS_SECURITY_SERVICE1::SecurityIF {
-  public:
-    unsigned long code = 0;
-    int logoutCode = 0;
-    std::function<void(const std::string& user)> hook;
-
-    unsigned long UserLogin(const std::string& user, const std::string& password,
-                            const std::string& clientType, const std::string& nmsAddress,
-                            const std::string& reserved) override {
-        Note("login " + user + "," + password + "," + clientType + "," + nmsAddress + "," + reserved, user);
-        return code;
-    }
-    int UserLogout(const std::string& nmsAddress, const std::string& user) override {
-        Note("logout " + nmsAddress + "," + user, user);
-        return logoutCode;
-    }
-    unsigned long CheckUserLogin(const std::string& user, const std::string& password,
-                                 const std::string& nmsAddress) override {
-        Note("check " + user + "," + password + "," + nmsAddress, user);
-        return code;
-    }
-    void EncryptPassword(const std::string& plainText, std::string& cipherText) override {
-        Note("encrypt " + plainText, "");
-        cipherText = "cipher";
-    }
-    int GetOperRiskLevel(const std::string&) override { return 0; }
-
-    Calls Seen() {
-        const std::lock_guard<std::mutex> lock(m_lock);
-        return m_calls;
-    }
-
-  private:
-    void Note(const std::string& call, const std::string& user) {
-        {
-            const std::lock_guard<std::mutex> lock(m_lock);
-            m_calls.push_back(call);
-        }
-        if (hook) {
-            hook(user);
-        }
-    }
-
-    std::mutex m_lock;
-    Calls m_calls;
-};
-
-class CorbaSecurityTest : public qv_test::LogFixture {
-  protected:
-    CorbaSecurityTest() {
-        m_former = Put(qv_standalone::MakeServiceObject(security));
-        InitLog();
-    }
-    ~CorbaSecurityTest() override { Put(m_former); }
-
-    void TearDown() override {
-        CorbaSecurityMgr::Destroy();  // ahead of the log, in which its thread writes
-        LogFixture::TearDown();
-    }
-
-    static CorbaSecurityMgr& Security() { return *CorbaSecurityMgr::Instance(); }
-
-    static std::shared_ptr<NS_BUNDLEMGR1::ServiceObjectBase> Put(
-        const std::shared_ptr<NS_BUNDLEMGR1::ServiceObjectBase>& object) {
-        return qv_standalone::ReplaceServiceObject(qv_standalone::kPlatformBundle, kService, object);
-    }
-    static void RemoveService() { Put(nullptr); }
-
-    /// Expects exactly one record in all logs: this line of the system channel.
-    void ExpectTrace(int line, const std::string& text) {
-        const auto entries = capture->Entries();
-        ASSERT_EQ(entries.size(), 1u);
-        qv_test::ExpectEntry(entries[0], "corbasys", -1, "corbasecurity", line, text);
-    }
-
-    void ExpectNoSecretLogged() {
-        for (const qv_test::LogEntry& entry : capture->Entries()) {
-            EXPECT_EQ(entry.text.find(kPassword), std::string::npos) << entry.text;
-        }
-    }
-
-    FakeSecurity security;
-
-  private:
-    std::shared_ptr<NS_BUNDLEMGR1::ServiceObjectBase> m_former;
-};
 
 TEST_F(CorbaSecurityTest, LoginPassesEverythingOnAndTracesTheSuccess) {
     EXPECT_EQ(Security().Login("10.0.0.1:7", "anna", kPassword), 0u);
@@ -314,101 +204,6 @@ TEST_F(CorbaSecurityTest, ShakingHandsDoesNothing) {
     EXPECT_TRUE(capture->Entries().empty());
     EXPECT_TRUE(security.Seen().empty());
     EXPECT_EQ(Probe::Interval(), 0);
-}
-
-TEST_F(CorbaSecurityTest, ThereIsOneObject) {
-    std::vector<CorbaSecurityMgr*> seen(8);
-    std::vector<std::thread> threads;
-    for (CorbaSecurityMgr*& slot : seen) {
-        threads.emplace_back([&slot] { slot = CorbaSecurityMgr::Instance(); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(std::set<CorbaSecurityMgr*>(seen.begin(), seen.end()).size(), 1u);
-    EXPECT_NE(seen.front(), nullptr);
-}
-
-TEST_F(CorbaSecurityTest, DestroyWithoutAnObjectReturns) {
-    CorbaSecurityMgr::Destroy();
-    CorbaSecurityMgr::Destroy();
-    EXPECT_EQ(CorbaSecurityMgr::m_pInstance, nullptr);
-    Security();
-    CorbaSecurityMgr::Destroy();
-    EXPECT_EQ(CorbaSecurityMgr::m_pInstance, nullptr);
-    CorbaSecurityMgr::Destroy();
-    EXPECT_TRUE(capture->Entries().empty());
-}
-
-TEST_F(CorbaSecurityTest, InitTracesItsStartAndTheEndOfItsThread) {
-    EXPECT_TRUE(Security().Init());
-    EXPECT_EQ(Probe::Interval(), 100);
-    EXPECT_FALSE(Probe::Exit());
-    CorbaSecurityMgr::Destroy();  // waits for the thread
-    const auto entries = capture->Entries();
-    ASSERT_EQ(entries.size(), 2u);
-    qv_test::ExpectEntry(entries[0], "corbasys", -1, "corbasecurity", 63,
-                         "[CorbaSecurityMgr::Init] Initializing CorbaSecurityMgr!");
-    qv_test::ExpectEntry(entries[1], "corbasys", -1, "corbasecurity", 194,
-                         "[CorbaSecurityMgr::close] CorbaSecurityMgr has been closed!");
-}
-
-TEST_F(CorbaSecurityTest, InitAndDestroyAgainAndAgain) {
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_TRUE(Security().Init());
-        CorbaSecurityMgr::Destroy();
-    }
-    EXPECT_EQ(capture->Entries("corbasys").size(), 40u);
-}
-
-TEST_F(CorbaSecurityTest, ExitThreadMarksTheEndAndInitTakesItBack) {
-    EXPECT_TRUE(Security().Init());
-    Security().ExitThread();
-    EXPECT_TRUE(Probe::Exit());
-    EXPECT_EQ(Probe::Interval(), 0);
-    EXPECT_TRUE(Security().Init());
-    EXPECT_FALSE(Probe::Exit());
-    EXPECT_EQ(Probe::Interval(), 100);
-}
-
-TEST_F(CorbaSecurityTest, TheTaskItselfAnswersZero) {
-    EXPECT_EQ(Security().close(7), 0);
-    ExpectTrace(194, "[CorbaSecurityMgr::close] CorbaSecurityMgr has been closed!");
-    sigset_t blocked;
-    std::thread([&] {
-        EXPECT_EQ(Security().svc(), 0);
-        pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
-    }).join();
-    EXPECT_EQ(sigismember(&blocked, SIGTERM), 1);
-    EXPECT_EQ(sigismember(&blocked, SIGUSR1), 1);
-}
-
-TEST_F(CorbaSecurityTest, UsersAreNotKept) {
-    Security().Login("nms", "anna", kPassword);
-    EXPECT_FALSE(Probe::HasClients());
-    EXPECT_EQ(Probe::ClientId(), 100);
-}
-
-TEST(CorbaClientTest, InfosAreEqualWhenBothTextsAre) {
-    CorbaClientInfo info;
-    EXPECT_EQ(info.m_strName + info.m_strAddress, "");
-    info.m_strName = "anna";
-    info.m_strAddress = std::string("a\0b", 3);
-    CorbaClientInfo copy(info);
-    EXPECT_TRUE(copy == info);
-    EXPECT_FALSE(copy != info);
-    copy.m_strAddress = std::string("a\0c", 3);
-    EXPECT_FALSE(copy == info);
-    EXPECT_TRUE(copy != info);
-    copy = info;
-    EXPECT_TRUE(copy == info);
-    copy.m_strName = "Anna";
-    EXPECT_TRUE(copy != info);
-}
-
-TEST(CorbaClientTest, IdsStartAtOneHundred) {
-    CorbaClientID id;
-    EXPECT_EQ(Probe::Id(id), 100);
 }
 
 }  // namespace
