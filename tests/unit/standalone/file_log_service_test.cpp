@@ -90,6 +90,18 @@ TEST(FileLogService, FlushesByItself) {
         qv_test::WaitFor([&] { return ReadFile(dir.File("c.log")).find("later") != std::string::npos; }));
 }
 
+TEST(FileLogService, RecordsWithoutALevelDoNotWaitForTheInterval) {
+    const TempDir dir;
+    FileLogOptions options = In(dir.str());
+    options.flush_interval = std::chrono::hours(1);
+    FileLogService service(options);
+    auto* const log = service.OpenLog("b", "m", "c");
+    ASSERT_NE(log, nullptr);
+    log->Write("f", "", 1, -1, "an operation");
+    EXPECT_TRUE(qv_test::WaitFor(
+        [&] { return ReadFile(dir.File("c.log")).find("an operation") != std::string::npos; }));
+}
+
 TEST(FileLogService, TellsWhetherLogsAreVerbose) {
     const TempDir dir;
     FileLogOptions options = In(dir.str());

@@ -27,6 +27,38 @@ TEST(FlushTimer, EndsAtOnceHoweverLongTheInterval) {
     EXPECT_EQ(calls, 0);
 }
 
+TEST(FlushTimer, DoesSoonWhatIsAskedForWhileTheIntervalRuns) {
+    std::atomic<int> calls{0};
+    std::atomic<int> soon{0};
+    FlushTimer timer(
+        std::chrono::hours(1), [&calls] { ++calls; }, [&soon] { ++soon; });
+    for (int i = 1; i <= 3; ++i) {
+        timer.Soon();
+        EXPECT_TRUE(qv_test::WaitFor([&] { return soon >= i; }));
+    }
+    EXPECT_EQ(calls, 0);
+}
+
+TEST(FlushTimer, ACrowdThatAsksCostsFewCalls) {
+    std::atomic<int> soon{0};
+    FlushTimer timer(
+        std::chrono::hours(1), [] {}, [&soon] { ++soon; });
+    for (int i = 0; i < 10000; ++i) {
+        timer.Soon();
+    }
+    EXPECT_TRUE(qv_test::WaitFor([&] { return soon >= 1; }));
+    EXPECT_LT(soon, 1000);
+}
+
+TEST(FlushTimer, BeingAskedAllTheTimeDoesNotStopTheInterval) {
+    std::atomic<int> calls{0};
+    FlushTimer timer(std::chrono::milliseconds(5), [&calls] { ++calls; });
+    EXPECT_TRUE(qv_test::WaitFor([&] {
+        timer.Soon();
+        return calls >= 3;
+    }));
+}
+
 TEST(FlushTimer, ItsThreadTakesNoSignals) {
     std::atomic<bool> asked{false};
     std::atomic<bool> blocked{false};
