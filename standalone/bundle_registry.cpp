@@ -144,6 +144,8 @@ class Registry {
         own.Replace(qv_standalone::kLogService, std::make_shared<LazyService>("log service", LogService));
         own.Replace(qv_standalone::kSecurityService,
                     std::make_shared<LazyService>("security service", qv_standalone::DefaultSecurityService));
+        own.Replace(qv_standalone::kAuditService,
+                    std::make_shared<LazyService>("audit service", qv_standalone::DefaultAuditService));
     }
 
     RegisteredBundle& Obtain(const std::string& name) {

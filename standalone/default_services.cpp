@@ -1,8 +1,13 @@
 #include "standalone/default_services.h"
 
+#include <filesystem>
+
+#include "platform/environment.h"
+#include "standalone/audit_store.h"
 #include "standalone/config_store.h"
 #include "standalone/flush_timer.h"
 #include "standalone/platform_log.h"
+#include "standalone/report.h"
 #include "standalone/security_service.h"
 
 namespace qv_standalone {
@@ -29,11 +34,22 @@ struct RefreshedSecurity {
     FlushTimer refresh{kRefreshInterval, [this] { service.Refresh(); }};
 };
 
+std::string AuditPath() {
+    const std::string path = ConfigStore::Instance().PlatformPath("audit_file");
+    return path.empty() ? (std::filesystem::path(NS_BUNDLEMGR1::GetNBILogPath()) / "audit.db").string()
+                        : path;
+}
+
 }  // namespace
 
 NS_BUNDLEMGR1::ServiceInterface& DefaultSecurityService() {
     static auto* const security = new RefreshedSecurity;
     return security->service;
+}
+
+NS_BUNDLEMGR1::ServiceInterface& DefaultAuditService() {
+    static auto* const audit = new AuditStore(AuditPath(), Report);
+    return *audit;
 }
 
 }  // namespace qv_standalone

@@ -8,4 +8,7 @@ namespace qv_standalone {
 /// std::exception when it can't be made.
 NS_BUNDLEMGR1::ServiceInterface& DefaultSecurityService();
 
+/// As DefaultSecurityService, for the audit service.
+NS_BUNDLEMGR1::ServiceInterface& DefaultAuditService();
+
 }  // namespace qv_standalone

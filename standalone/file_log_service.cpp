@@ -19,7 +19,9 @@ bool IsUsableCategory(const std::string& category) {
 }  // namespace
 
 FileLogService::FileLogService(FileLogOptions options)
-    : m_options(std::move(options)), m_timer(m_options.flush_interval, [this] { FlushAll(); }) {}
+    : m_options(std::move(options)),
+      m_timer(
+          m_options.flush_interval, [this] { FlushAll(); }, [this] { FlushWritten(); }) {}
 
 FileLogService::~FileLogService() = default;
 
@@ -38,7 +40,7 @@ NS_LOG_SERVICE1::LogHandle* FileLogService::OpenLog(const std::string& bundle, c
     const std::string path = (std::filesystem::path(m_options.directory) / (category + ".log")).string();
     try {
         std::filesystem::create_directories(m_options.directory);
-        file = std::make_unique<LogFile>(path, m_options.limits);
+        file = std::make_unique<LogFile>(path, m_options.limits, [this] { m_timer.Soon(); });
     } catch (const std::exception& error) {
         Report("the log " + path + " can't be opened (" + error.what() +
                "); what would go into it is not logged. Make its directory writable, or set log_dir or "
@@ -51,6 +53,13 @@ NS_LOG_SERVICE1::LogHandle* FileLogService::OpenLog(const std::string& bundle, c
 
 int FileLogService::IsVerboseLog() {
     return m_options.verbose ? 1 : 0;
+}
+
+void FileLogService::FlushWritten() {
+    std::lock_guard<std::mutex> guard(m_lock);
+    for (auto& entry : m_files) {
+        entry.second->FlushWritten();
+    }
 }
 
 void FileLogService::FlushAll() {

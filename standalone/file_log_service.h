@@ -33,6 +33,7 @@ class FileLogService final : public NS_LOG_SERVICE1::LogSvcInterface {
 
   private:
     void FlushAll();
+    void FlushWritten();
 
     const FileLogOptions m_options;
     std::mutex m_lock;  // guards the table; the files have locks of their own

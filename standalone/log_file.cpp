@@ -57,8 +57,8 @@ std::string Body(const std::string& file, int line, int level, const std::string
 
 }  // namespace
 
-LogFile::LogFile(const std::string& path, const LogFileLimits& limits)
-    : m_path(path), m_limits(limits), m_sink(OpenSink(path, limits)) {}
+LogFile::LogFile(const std::string& path, const LogFileLimits& limits, std::function<void()> flushSoon)
+    : m_path(path), m_limits(limits), m_flushSoon(std::move(flushSoon)), m_sink(OpenSink(path, limits)) {}
 
 LogFile::~LogFile() {
     Flush();
@@ -111,9 +111,29 @@ void LogFile::Put(int level, const std::string& body) noexcept {
         }
         ++m_buffered;
         m_sink->log(Message(body));
-        if (level <= 1) {
-            FlushOpen();
-        }
+        AskForFlush(level);
+    } catch (const std::exception& error) {
+        GiveUp(error.what());
+    }
+}
+
+/// Under the lock. Records of operations come by the thousand, and a write to the system for each would cost
+/// more than all the rest of it.
+void LogFile::AskForFlush(int level) {
+    if (level < 0 && m_flushSoon) {
+        m_flushSoon();
+    } else if (level <= 1) {
+        FlushOpen();
+    }
+}
+
+void LogFile::FlushWritten() noexcept {
+    std::lock_guard<std::mutex> guard(m_lock);
+    if (!m_sink) {
+        return;
+    }
+    try {
+        FlushOpen();
     } catch (const std::exception& error) {
         GiveUp(error.what());
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,7 +23,8 @@ struct LogFileLimits {
 };
 
 /// One log category as a rotating file. A line holds time, thread, level, source position and text. Records
-/// of the levels 0, 1 and below 0 reach the file at once, others with the next Flush.
+/// of the levels 0 and 1 reach the file at once, those below 0 with the FlushWritten that they ask for,
+/// others with the next Flush.
 ///
 /// Of a run of equal records the first few are written; how many followed stands in a line of its own when
 /// another record comes or the file is flushed.
@@ -35,7 +37,9 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
   public:
     /// Opens the file, and appends when it exists. Throws std::exception, with the reason, when it can't be
     /// opened.
-    LogFile(const std::string& path, const LogFileLimits& limits);
+    /// @param flushSoon called from Write to ask for a FlushWritten; an empty one has records without a level
+    ///        written at once. It is called by many threads and must not call back.
+    LogFile(const std::string& path, const LogFileLimits& limits, std::function<void()> flushSoon = {});
     ~LogFile() override;
 
     void Write(const std::string& file, const std::string& function, int line, int level,
@@ -43,7 +47,11 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
     void WriteFormat(const std::string& file, const std::string& function, int line, int level,
                      const char* format, ...) override __attribute__((format(printf, 6, 7)));
 
-    /// Hands what is still buffered to the system, or tries to open the file again. To be called regularly.
+    /// Hands what is still buffered to the system.
+    void FlushWritten() noexcept;
+
+    /// FlushWritten, and tells how many equal records were left out so far; or tries to open the file again.
+    /// To be called regularly.
     void Flush() noexcept;
 
     /// The number of records lost since writing last worked, at most.
@@ -53,6 +61,7 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
     using Sink = spdlog::sinks::sink;
 
     void Put(int level, const std::string& body) noexcept;
+    void AskForFlush(int level);
     void PutHeldBack();
     void FlushOpen();
     void Reopen();
@@ -60,6 +69,7 @@ class LogFile final : public NS_LOG_SERVICE1::LogHandle {
 
     const std::string m_path;
     const LogFileLimits m_limits;
+    const std::function<void()> m_flushSoon;
 
     mutable std::mutex m_lock;     // guards what follows
     std::unique_ptr<Sink> m_sink;  // null while writing fails

@@ -18,6 +18,8 @@ inline constexpr const char* kPlatformBundle = "qv_platform_bundle";
 inline constexpr const char* kLogService = "LogSvcInterface";
 /// The service object of its security service in that bundle.
 inline constexpr const char* kSecurityService = "SecurityIF";
+/// The service object of its audit service in that bundle.
+inline constexpr const char* kAuditService = "AuditLogif";
 
 /// Puts `object` under `name` into `bundle`, which is made when it doesn't exist, and returns what was there
 /// before. A null `object` takes the entry out. What lookups have found so far is forgotten, so the next one

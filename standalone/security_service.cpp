@@ -48,6 +48,7 @@ unsigned long SecurityService::CheckUserLogin(const std::string& user, const std
 
 unsigned long SecurityService::Check(const char* what, const std::string& user, const std::string& password,
                                      const std::string& nmsAddress) {
+    Refresh();  // a password that was just changed, or a user taken out, counts from the next login on
     const auto users = CurrentUsers();
     unsigned long code = kLoginNoUsers;
     if (users) {

@@ -55,7 +55,8 @@ class SecurityService final : public NS_SECURITY_SERVICE1::SecurityIF {
     int GetOperRiskLevel(const std::string& operation) override;
 
     /// Reads the files that have changed. A file that can't be used leaves in force what was read before,
-    /// and is told on the log once. To be called regularly. Never throws.
+    /// is told on the log once. Each login does so first; for the levels it is to be called regularly. Never
+    /// throws.
     void Refresh() noexcept;
 
   private:

@@ -1,0 +1,181 @@
+#include "standalone/audit_store.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "platform/bundle_mgr.h"
+#include "standalone/registry.h"
+#include "tests/support/temp_dir.h"
+
+using namespace std::chrono_literals;
+using qv_standalone::AuditStore;
+using qv_test::TempDir;
+using testing::HasSubstr;
+
+namespace {
+
+/// The rows of a query, columns divided by "|", rows by line ends; "error: ..." when it fails.
+std::string Query(const std::string& path, const std::string& sql) {
+    sqlite3* db = nullptr;
+    sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr);
+    std::string rows;
+    const auto add = [](void* out, int count, char** values, char**) {
+        std::string& text = *static_cast<std::string*>(out);
+        for (int i = 0; i < count; ++i) {
+            text += std::string(i == 0 ? "" : "|") + (values[i] == nullptr ? "null" : values[i]);
+        }
+        text += "\n";
+        return 0;
+    };
+    if (sqlite3_exec(db, sql.c_str(), add, &rows, nullptr) != SQLITE_OK) {
+        rows = std::string("error: ") + sqlite3_errmsg(db);
+    }
+    sqlite3_close(db);
+    return rows;
+}
+
+class AuditStoreTest : public testing::Test {
+  protected:
+    std::string Rows() { return Query(m_path, "SELECT operName, result, detail FROM audit ORDER BY id"); }
+    void Begin(unsigned long id, const std::string& operation) {
+        m_store.BeginAudit(id, {{"operName", operation}, {"nmsAddress", "192.0.2.1"}});
+    }
+
+    TempDir m_dir;
+    std::string m_path = m_dir.File("sub/audit.db");
+    std::chrono::steady_clock::time_point m_now{1000s};
+    std::string m_told;
+    AuditStore m_store{m_path, [this](const std::string& text) { m_told += text + "\n"; },
+                       [this] { return m_now; }};
+};
+
+}  // namespace
+
+TEST_F(AuditStoreTest, ShowsAnOperationWithItsEnd) {
+    m_store.BeginAudit(
+        7, {{"operName", "setTPData"}, {"strInfo", "a'b"}, {"riskLevel", "RISK"}, {"extra", "more"}});
+    EXPECT_EQ(Query(m_path, "SELECT request_id, operName, nmsAddress, strInfo, riskLevel, end_ms FROM audit"),
+              "7|setTPData|null|a'b|RISK|null\n");
+    EXPECT_EQ(Query(m_path, "SELECT begun_id, name, value FROM further"), "1|extra|more\n");
+    m_store.EndAudit(7, 1, "failed");
+    EXPECT_EQ(Query(m_path, "SELECT result, detail, end_ms >= begin_ms FROM audit"), "1|failed|1\n");
+}
+
+TEST_F(AuditStoreTest, AnEndBelongsToTheNewestOpenOneOfItsThread) {
+    Begin(1, "first");
+    Begin(1, "second");
+    std::thread([this] {
+        m_store.EndAudit(1, 0, "of nobody");
+        Begin(1, "other");
+        m_store.EndAudit(1, 0, "of other");
+    }).join();
+    m_store.EndAudit(1, 0, "of second");
+    EXPECT_EQ(Rows(), "first|null|null\nsecond|0|of second\nother|0|of other\n");
+    m_store.EndAudit(1, 0, "of first");
+    m_store.EndAudit(1, 0, "of nobody");
+    EXPECT_EQ(Rows(), "first|0|of first\nsecond|0|of second\nother|0|of other\n");
+}
+
+TEST_F(AuditStoreTest, RefusesChanges) {
+    Begin(1, "a");
+    m_store.EndAudit(1, 0, "");
+    for (const char* sql : {"UPDATE begun SET operName=''", "DELETE FROM begun", "UPDATE ended SET result=1",
+                            "DELETE FROM ended"}) {
+        EXPECT_THAT(Query(m_path, sql), HasSubstr("the audit is append-only")) << sql;
+    }
+}
+
+TEST_F(AuditStoreTest, AnOperationUnderWayOutlivesAKill) {
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        Begin(3, "modifyPassword");
+        (void)!write(ready[1], "x", 1);
+        pause();
+        _exit(0);
+    }
+    close(ready[1]);
+    char byte = 0;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1);
+    close(ready[0]);
+    kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(Rows(), "modifyPassword|null|null\n");
+}
+
+TEST_F(AuditStoreTest, ADamagedFileIsToldOnceCountedAndReplacedWhenMovedAway) {
+    m_dir.Write("sub/audit.db", std::string(8192, 'x'));
+    Begin(1, "a");
+    m_store.EndAudit(1, 0, "");
+    m_now += 2s;
+    Begin(2, "b");
+    EXPECT_EQ(m_store.Lost(), 3U);
+    EXPECT_THAT(m_told, HasSubstr("can't be written (file is not a database)"));
+    EXPECT_EQ(std::count(m_told.begin(), m_told.end(), '\n'), 1);
+    std::filesystem::remove(m_path);
+    Begin(3, "soon");  // not yet time for another look
+    EXPECT_EQ(m_store.Lost(), 4U);
+    m_now += 2s;
+    Begin(4, "c");
+    m_store.EndAudit(2, 0, "");  // its beginning is lost
+    EXPECT_EQ(Rows(), "c|null|null\n");
+    EXPECT_THAT(m_told, HasSubstr("is written again; 4 row(s) were lost"));
+}
+
+TEST_F(AuditStoreTest, ALockedFileHoldsNobodyUpForLong) {
+    Begin(1, "a");
+    sqlite3* other = nullptr;
+    sqlite3_open(m_path.c_str(), &other);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const auto begin = std::chrono::steady_clock::now();
+    for (unsigned long id = 2; id < 100; ++id) {
+        Begin(id, "b");
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1s);
+    EXPECT_EQ(m_store.Lost(), 98U);
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(other);
+    m_now += 2s;
+    m_store.EndAudit(1, 0, "done");
+    EXPECT_EQ(Rows(), "a|0|done\n");
+    EXPECT_THAT(m_told, HasSubstr("database is locked"));
+}
+
+TEST_F(AuditStoreTest, AFileThatWasMovedAwayIsMadeAnew) {
+    Begin(1, "a");
+    std::filesystem::remove_all(m_dir.File("sub"));
+    m_now += 2s;
+    Begin(2, "b");
+    EXPECT_EQ(Rows(), "b|null|null\n");
+}
+
+TEST_F(AuditStoreTest, CostOfARow) {
+    constexpr unsigned long kRows = 2000;
+    const auto begin = std::chrono::steady_clock::now();
+    for (unsigned long id = 0; id < kRows; ++id) {
+        Begin(id, "setTPData");
+        m_store.EndAudit(id, 0, "");
+    }
+    const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - begin;
+    std::printf("BeginAudit and EndAudit: %.1f us\n", took.count() / kRows);
+    EXPECT_EQ(Query(m_path, "SELECT count(*) FROM audit WHERE result = 0"), "2000\n");
+    EXPECT_EQ(m_store.Lost(), 0U);
+}
+
+TEST(AuditService, IsAlwaysOffered) {
+    const auto objects =
+        NS_BUNDLEMGR1::BundleMgr::Instance()->GetBundle(qv_standalone::kPlatformBundle)->GetServiceObjects();
+    ASSERT_EQ(objects.count(qv_standalone::kAuditService), 1U);
+    EXPECT_NE(dynamic_cast<NS_CORBA::AuditLogif*>(objects.at(qv_standalone::kAuditService)->GetInterface()),
+              nullptr);
+}
