@@ -54,7 +54,7 @@ class SecurityService final : public NS_SECURITY_SERVICE1::SecurityIF {
     /// Takes no lock and looks at no file.
     int GetOperRiskLevel(const std::string& operation) override;
 
-    /// Reads the files that have changed. A file that can't be used leaves in force what was read before,
+    /// Reads the files that have changed. A file that can't be used leaves in force what was read before, and
     /// is told on the log once. Each login does so first; for the levels it is to be called regularly. Never
     /// throws.
     void Refresh() noexcept;
