@@ -178,6 +178,16 @@ class QV_API CorbaBaseAgentConfig {
     /// Finds the channel factory, by its IOR file if there is one, else in the naming service.
     bool GetNotifyFactory(TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory);
 
+    // -- Timeouts: timeout_policies.cpp; any thread ---------------------------------------------------------
+
+    /// Bound every outgoing call of the ORB, or of the calling thread, to `ullTimeOut` units of 100
+    /// nanoseconds. What was set before at that level is replaced. False when the ORB refuses; nothing is
+    /// raised.
+    bool SetORBTimeOutPolicy(TAO_Pseudo_Var_T<CORBA::ORB>& orb, const unsigned long& ullTimeOut);
+    bool SetCurrentThreadTimeOutPolicy(TAO_Pseudo_Var_T<CORBA::ORB>& orb, const unsigned long& ullTimeOut);
+    /// The longest timeout that a bundle is to ask for, one day, in units of 100 nanoseconds.
+    unsigned long GetMaxNanoSecondForTimeOut();
+
     // -- Registries: registry.cpp; none owns what it points to ----------------------------------------------
 
     /// Managers by name; a null name throws std::logic_error. One thread at a time.

@@ -1,4 +1,4 @@
-// Minor codes that the standard assigns to the failures of chapter 21 (CORBA 3.0, appendix A).
+// Minor codes that the standard assigns to the failures of chapters 4 and 21 (CORBA 3.0, appendix A).
 #pragma once
 
 #include "qv_orb/orb_base.h"
@@ -14,6 +14,7 @@ constexpr CORBA::ULong kReplyContextExists = kOmgMinorBase | 15;
 // BAD_PARAM
 constexpr CORBA::ULong kNoSuchServiceContext = kOmgMinorBase | 26;
 constexpr CORBA::ULong kNilInitialReference = kOmgMinorBase | 27;
+constexpr CORBA::ULong kPolicyTypeTwice = kOmgMinorBase | 30;
 // NO_RESOURCES
 constexpr CORBA::ULong kNotSupportedByBinding = kOmgMinorBase | 1;
 // INV_POLICY

@@ -10,6 +10,7 @@
 #include "orb_init_info.h"
 #include "orb_options.h"
 #include "orb_state.h"
+#include "policy_managers.h"
 #include "slots.h"
 #include "underlying_orb.h"
 
@@ -131,6 +132,7 @@ CORBA::ORB_ptr MakeOrb(const OrbOptions& options) {
     try {
         InstallHooks();
         RegisterCurrent(orb);
+        InstallPolicyManagers(orb);
         run.info()->OrbMade(orb);
         for (const auto& initializer : initializers) {
             initializer->post_init(run.info());

@@ -40,7 +40,7 @@ CORBA::ORB* MakeUnderlyingOrb(const OrbOptions& options) {
         throw CORBA::INITIALIZE(0, CORBA::COMPLETED_NO);
     }
     omniORB::setLogFunction(LogOfOrb);
-    std::vector<const char*> flat = {"giopMaxMsgSize", kMaxMessageSize};
+    std::vector<const char*> flat = {"giopMaxMsgSize", kMaxMessageSize, "supportPerThreadTimeOut", "1"};
     for (const auto& [name, value] : options.underlying) {
         flat.push_back(name.c_str());
         flat.push_back(value.c_str());

@@ -1,0 +1,4 @@
+// CORBA::PolicyCurrent.
+#pragma once
+
+#include "qv_orb/policies.h"

@@ -1,0 +1,4 @@
+// CORBA::PolicyManager.
+#pragma once
+
+#include "qv_orb/policies.h"

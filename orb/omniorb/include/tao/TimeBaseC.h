@@ -1,0 +1,4 @@
+// module TimeBase.
+#pragma once
+
+#include "qv_orb/policies.h"
