@@ -1,0 +1,27 @@
+# qv_add_fuzz_target(<name> SOURCES a.cpp … [LINK target…])
+#
+# One source defines LLVMFuzzerTestOneInput. With QV_FUZZ the program fuzz_<name> is a fuzzer; otherwise a small driver
+# is linked in libFuzzer's place. Either way the test fuzz_corpus.<name> runs the files of corpus/<name>, beside the
+# CMakeLists.txt that calls this, once each.
+function(qv_add_fuzz_target name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINK" ${ARGN})
+  set(corpus ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
+  if(NOT arg_SOURCES OR NOT EXISTS ${corpus})
+    message(FATAL_ERROR "qv_add_fuzz_target(${name}): SOURCES and a folder ${corpus} are needed")
+  endif()
+  add_executable(fuzz_${name} ${arg_SOURCES})
+  target_link_libraries(fuzz_${name} PRIVATE ${arg_LINK} qv_warnings)
+  set(run_once)
+  if(QV_FUZZ)
+    target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
+    set(run_once -runs=0)
+  else()
+    target_sources(fuzz_${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/fuzz/corpus_main.cpp)
+  endif()
+  add_test(NAME fuzz_corpus.${name} COMMAND fuzz_${name} ${run_once} ${corpus})
+  set_tests_properties(fuzz_corpus.${name} PROPERTIES TIMEOUT 120)
+  if(NOT TARGET fuzzers)
+    add_custom_target(fuzzers)
+  endif()
+  add_dependencies(fuzzers fuzz_${name})
+endfunction()
