@@ -1,5 +1,6 @@
-# Warnings for our own code; linked PRIVATE by each of our targets, never by what consumes them.
+# Warnings for our own code, which are errors to GCC; linked PRIVATE by each of our targets, never by what consumes them.
 add_library(qv_warnings INTERFACE)
 target_compile_options(qv_warnings INTERFACE
-  -Wall -Wextra -Werror -Wshadow=local -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Wformat=2
+  -Wall -Wextra -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Wformat=2
+  $<$<CXX_COMPILER_ID:GNU>:-Werror;-Wshadow=local>
   -Wno-error=deprecated-declarations)
