@@ -21,7 +21,7 @@ die() {
 
 need_programs() {
   local program
-  for program in Naming_Service qv_demo_agent qv_demo_oss; do
+  for program in Naming_Service qv_demo_agent qv_demo_oss qv_user; do
     [[ -x "$BIN/$program" ]] || die "$BIN/$program is missing; build it first (./run.sh does)"
   done
 }
@@ -55,15 +55,13 @@ write_config() {
   sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" "$DATA/agent.toml.in" >"$DIR/agent.toml"
 }
 
-# write_users: one user with a password by chance, which lies in the file oss-password; both for the owner alone
-write_users() {
+# make_user NAME: lets NAME log in with a password by chance, which lies in the file NAME-password; that file and the one
+# with its hash are for the owner alone
+make_user() {
   (
     umask 077
-    python3 -c 'import secrets; print(secrets.token_urlsafe(9))' >"$DIR/oss-password"
-    local hash
-    hash="$("$BIN/qv_demo_agent" --hash-password <"$DIR/oss-password")"
-    printf '# Who may log in. Make a hash with: qv_demo_agent --hash-password\n[[user]]\nname = "%s"\npassword_hash = "%s"\n' \
-      "$USER_NAME" "$hash" >"$DIR/users.toml"
+    python3 -c 'import secrets; print(secrets.token_urlsafe(9))' >"$DIR/$1-password"
+    "$BIN/qv_user" add "$DIR/users.toml" "$1" <"$DIR/$1-password"
   )
 }
 

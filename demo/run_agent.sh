@@ -27,10 +27,10 @@ for port in "$NAMING_PORT" "$AGENT_PORT"; do
   port_is_free "$port" || die "port $port is in use; end what uses it, or choose others: NAMING_PORT=... AGENT_PORT=... $0"
 done
 write_config "$NAMING_PORT" "$AGENT_PORT"
-[[ -s "$DIR/users.toml" && -s "$DIR/oss-password" ]] || write_users
+[[ -s "$DIR/users.toml" && -s "$DIR/oss-password" ]] || make_user "$USER_NAME"
 
 start_naming "$NAMING_PORT"
-setsid "$BIN/qv_demo_agent" --config "$DIR/agent.toml" --inventory "$DATA/inventory.json" --users "$DIR/users.toml" \
+setsid "$BIN/qv_demo_agent" --config "$DIR/agent.toml" --inventory "$DATA/inventory.json" \
   2>"$DIR/agent.err" </dev/null &
 AGENT_PID=$!
 PIDS+=("$AGENT_PID")

@@ -29,7 +29,7 @@ mkdir -p "$DIR"
 mapfile -t PORTS < <(free_ports 2)
 NAMING_PORT="${PORTS[0]}"
 write_config "${PORTS[@]}"
-write_users
+make_user "$USER_NAME"
 
 step "1. A naming service starts"
 note "It keeps the names under which programs find each other. Its own address is all that an OSS has to know."
@@ -38,7 +38,7 @@ echo "naming service  $HOST:$NAMING_PORT"
 
 step "2. The agent starts: a small EMS on top of the library"
 note "It registers its session factory under the name that the MTNM interface lays down."
-start agent "$BIN/qv_demo_agent" --config "$DIR/agent.toml" --inventory "$DATA/inventory.json" --users "$DIR/users.toml"
+start agent "$BIN/qv_demo_agent" --config "$DIR/agent.toml" --inventory "$DATA/inventory.json"
 AGENT_PID=$STARTED
 wait_for agent "$AGENT_PID" "$DIR/agent.out" '^ready'
 cat "$DIR/agent.out"

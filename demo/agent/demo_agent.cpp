@@ -1,8 +1,6 @@
 #include "demo/agent/demo_agent.h"
 
-#include <algorithm>
 #include <chrono>
-#include <utility>
 
 #include "agent/agentserver.h"
 #include "agent/corbabaseagentconfig.h"
@@ -10,8 +8,11 @@
 #include "demo/agent/console.h"
 #include "demo/agent/session_factory_servant.h"
 #include "demo/agent/startup_checks.h"
+#include "demo/agent/task_context.h"
 #include "logging/logmgr.h"
 #include "platform/environment.h"
+#include "request/corbasecurity.h"
+#include "standalone/users_file.h"
 
 namespace qv_demo {
 namespace {
@@ -43,24 +44,15 @@ IteratorLimits ConfiguredIteratorLimits() {
     return {Config().IteratorNum(), Config().IteratorRestriction(), std::chrono::seconds(Config().TimeOut())};
 }
 
-/// Half of the ORB's threads check passwords and another one may wait for its turn, so that a crowd of
-/// newcomers leaves a thread for those who are logged in, provided that there is more than one.
-std::pair<unsigned, unsigned> ConfiguredPasswordLimits() {
-    const unsigned configured = Config().GetORBThrdNum() == 0 ? 4 : Config().GetORBThrdNum();
-    const unsigned threads = Config().ORBThreadPool() ? configured : 1;
-    const unsigned checks = std::max(threads / 2, 1U);
-    return {checks, threads > checks + 1 ? threads - checks - 1 : 0};
-}
-
 }  // namespace
 
 void DemoAgent::Start() {
     CheckConfiguration();
     CheckLogDirectory();
-    UserFile users = UserFile::Load(options_.users);
+    CheckUsers();
     inventory_.emplace(Inventory::Load(options_.inventory));
     BringUpOrb();
-    MakeServants(std::move(users));
+    MakeServants();
     RegisterManagers();
     Config().SetReqInterceptorImpl(&hooks_);
     SayWhereItIs();
@@ -71,6 +63,7 @@ void DemoAgent::Start() {
 
 void DemoAgent::BringUpOrb() {
     initialised_ = true;  // from here on there may be something to end
+    RegisterTaskContext();
     if (!Config().Init(kBundleName)) {
         const std::string reason = WhyNotListening(OwnAddress());
         throw StartError(reason.empty()
@@ -82,9 +75,10 @@ void DemoAgent::BringUpOrb() {
     if (!NS_CORBA::CorbaLogMgr::Instance()->Init()) {
         throw StartError("the logs in " + NS_BUNDLEMGR1::GetNBILogPath() + " can't be opened");
     }
+    NS_CORBA::CorbaSecurityMgr::Instance()->Init();
 }
 
-void DemoAgent::MakeServants(UserFile users) {
+void DemoAgent::MakeServants() {
     const PortableServer::POA_var root = Config().GetRootPoa();
     const PortableServer::POA_var top = NS_CORBA::get_persistent_poa(root.in(), kTopPoa);
     if (CORBA::is_nil(top.in())) {
@@ -92,10 +86,9 @@ void DemoAgent::MakeServants(UserFile users) {
     }
     iterators_.emplace(ConfiguredIteratorLimits(), SteadyClock());
     sessions_.emplace(top.in(), ConfiguredSessionLimits(), *iterators_, SteadyClock());
-    ems_.emplace(Ems{Config().EmsName(), *inventory_, *sessions_, *iterators_});
-    const auto [checks, waiting] = ConfiguredPasswordLimits();
-    passwords_.emplace(std::move(users), checks, waiting);
-    PortableServer::ServantBase_var servant = new SessionFactoryServant(*ems_, *passwords_);
+    accounts_.emplace(qv_standalone::UsersFile());
+    ems_.emplace(Ems{Config().EmsName(), *accounts_, *inventory_, *sessions_, *iterators_});
+    PortableServer::ServantBase_var servant = new SessionFactoryServant(*ems_);
     factory_ = NS_CORBA::get_persistent_ref(top.in(), servant.in(), kFactoryId);
     if (CORBA::is_nil(factory_.in())) {
         throw StartError("the session factory can't be made; see corbadebug.log");
@@ -146,6 +139,7 @@ void DemoAgent::Stop() {
         NS_CORBA::AgentServer::Discard();
         NS_CORBA::AgentServer::ShutDown();
     }
+    NS_CORBA::CorbaSecurityMgr::Destroy();
     NS_CORBA::AgentServer::Destroy();
     if (orb_thread_.joinable() && !pool_) {
         orb_thread_.join();

@@ -6,8 +6,8 @@
 #include <optional>
 #include <thread>
 
+#include "demo/agent/accounts.h"
 #include "demo/agent/core/inventory.h"
-#include "demo/agent/core/password.h"
 #include "demo/agent/ems.h"
 #include "demo/agent/housekeeper.h"
 #include "demo/agent/managers.h"
@@ -26,8 +26,7 @@ class DemoAgent {
     DemoAgent(const DemoAgent&) = delete;
     DemoAgent& operator=(const DemoAgent&) = delete;
 
-    /// Serves requests when it returns. Raises StartError, InventoryError or UserFileError; call Stop then,
-    /// too.
+    /// Serves requests when it returns. Raises StartError or InventoryError; call Stop then, too.
     void Start();
 
     /// Ends everything that was started. With a thread pool its threads go on until the process ends, so the
@@ -36,7 +35,7 @@ class DemoAgent {
 
   private:
     void BringUpOrb();
-    void MakeServants(UserFile users);
+    void MakeServants();
     void RegisterManagers();
     void ServeRequests();
     void SayWhereItIs() const;
@@ -45,11 +44,11 @@ class DemoAgent {
     std::optional<Inventory> inventory_;
     std::optional<IteratorDirectory> iterators_;
     std::optional<SessionDirectory> sessions_;
+    std::optional<Accounts> accounts_;
     std::optional<Ems> ems_;
-    std::optional<PasswordChecker> passwords_;
     std::optional<ManagerFactory<EmsManager>> ems_manager_;
     std::optional<ManagerFactory<ManagedElementManager>> element_manager_;
-    RequestHooks hooks_;
+    RequestHooks hooks_{SteadyClock()};
     CORBA::Object_var factory_;
     std::optional<RegistrationKeeper> registration_;
     std::optional<Housekeeper> housekeeper_;

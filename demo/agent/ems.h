@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "demo/agent/accounts.h"
 #include "demo/agent/core/inventory.h"
 #include "demo/agent/session_directory.h"
 
@@ -10,6 +11,7 @@ namespace qv_demo {
 /// What the servants of the agent work on. Lives as long as the process; each member is safe for any thread.
 struct Ems {
     const std::string name;  ///< the EMS's name in the interface, as "Vendor/Name"
+    Accounts& accounts;
     Inventory& inventory;
     SessionDirectory& sessions;
     IteratorDirectory& iterators;

@@ -8,24 +8,14 @@
 #include <string>
 
 #include "demo/agent/console.h"
-#include "demo/agent/core/password.h"
 #include "demo/agent/demo_agent.h"
 #include "demo/agent/options.h"
 #include "demo/agent/stop_signal.h"
-#include "demo/common/secret_input.h"
 #include "orb/portability.h"
 
 namespace {
 
 constexpr int kExitFailure = 1;
-
-int HashPassword() {
-    std::string password = qv_demo::ReadSecretLine("password");
-    const std::string hash = qv_demo::HashPassword(password);
-    qv_demo::Wipe(password);
-    std::cout << hash << std::endl;
-    return 0;
-}
 
 int Complain(const std::string& problem) {
     std::cerr << "qv_demo_agent: " << problem << std::endl;
@@ -63,9 +53,6 @@ int main(int argc, char** argv) {
         return parsed.exit_code;
     }
     try {
-        if (parsed.options.hash_password) {
-            return HashPassword();
-        }
         ::signal(SIGPIPE, SIG_IGN);
         SetEnvironment("QV_AGENT_CONFIG", parsed.options.config);
         SetEnvironment("QV_LOG_DIR", parsed.options.log_dir);

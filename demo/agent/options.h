@@ -9,8 +9,6 @@ struct Options {
     std::string config;     ///< empty: as the environment says
     std::string log_dir;    ///< empty: as the configuration says
     std::string inventory;  ///< data file
-    std::string users;      ///< file of users
-    bool hash_password = false;
 };
 
 /// What a parsed command line means: go on with the options, or end the process with an exit code after CLI's

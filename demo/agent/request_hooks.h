@@ -3,26 +3,34 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <utility>
 
+#include "demo/agent/core/clock.h"
+#include "demo/agent/core/refusal_reports.h"
 #include "request/request_interceptor_base.h"
 
 namespace qv_demo {
 
-/// The agent's hooks around each request: they count it, note where it comes from, and let everybody in,
-/// since what a caller may do follows from the objects that a login gives it. Thread-safe.
+/// The agent's hooks around each request: they say who asks for what (task_context.h), turn away an OSS whose
+/// address the access list doesn't hold, and count those let in. What these may do follows from the objects
+/// that a login gives them. Calls from this process always pass. Thread-safe.
 class RequestHooks : public NS_CORBA::RequestInterceptorBase {
   public:
+    explicit RequestHooks(Clock clock) : refusals_(std::move(clock)) {}
+
     void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo* info) override;
+
+    /// Raises CORBA::NO_PERMISSION.
     void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo* info) override;
 
-    /// How many requests have come in so far.
+    /// How many requests were let in so far.
     std::uint64_t requests() const { return requests_; }
 
   private:
-    std::atomic<std::uint64_t> requests_{0};
-};
+    void Report(const std::string& host);
 
-/// "host:port" of the caller whose request the calling thread serves; empty for a call from this process.
-const std::string& CallerAddress();
+    std::atomic<std::uint64_t> requests_{0};
+    RefusalReports refusals_;
+};
 
 }  // namespace qv_demo

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "demo/agent/accounts.h"
 #include "demo/agent/console.h"
 #include "demo/agent/failure.h"
 #include "logging/corbalogutil.h"
@@ -141,6 +142,7 @@ std::shared_ptr<const Session> SessionDirectory::Take(SessionId id) {
 
 void SessionDirectory::Close(const Session& session, const std::string& why) {
     DestroyClientPoas(session.poas);
+    Accounts::LogOut(session.user, session.address);
     iterators_.Forget(session.id);
     TA_POS;
     NS_CORBA::TaDebugWithPara(3, "[SessionDirectory::Close] Session of %s from %s ended: %s",

@@ -1,36 +1,12 @@
 #include "demo/agent/session_factory_servant.h"
 
-#include <cstring>
-
 #include "agent/corbabaseagentconfig.h"
-#include "demo/agent/console.h"
 #include "demo/agent/ems_session_servant.h"
 #include "demo/agent/failure.h"
-#include "demo/agent/request_hooks.h"
-#include "logging/corbalogutil.h"
+#include "demo/agent/task_context.h"
+#include "demo/common/wiper.h"
 
 namespace qv_demo {
-namespace {
-
-/// Overwrites the ORB's copy of the password when the login is over. What the ORB received it in is the ORB's
-/// own.
-class PasswordWiper {
-  public:
-    explicit PasswordWiper(const char* password) : password_(const_cast<char*>(password)) {}
-    ~PasswordWiper() { WipeText(password_); }
-    PasswordWiper(const PasswordWiper&) = delete;
-    PasswordWiper& operator=(const PasswordWiper&) = delete;
-
-  private:
-    char* const password_;
-};
-
-/// Fit for a line of a log, whatever a stranger sent as a name.
-std::string Printable(const char* user) {
-    return IsUserName(user) ? user : "(a name that no user can have)";
-}
-
-}  // namespace
 
 char* SessionFactoryServant::getVersion() {
     return CORBA::string_dup(NS_CORBA::CorbaBaseAgentConfig::Instance()->IDLVersion().c_str());
@@ -39,13 +15,8 @@ char* SessionFactoryServant::getVersion() {
 void SessionFactoryServant::getEmsSession(const char* user, const char* password,
                                           nmsSession::NmsSession_I_ptr client,
                                           emsSession::EmsSession_I_out session) {
-    const PasswordWiper wiper(password);
-    const std::string address = CallerAddress();
-    Authenticate(user, password);
-    if (CORBA::is_nil(client)) {
-        Fail(globaldefs::EXCPT_INVALID_INPUT, "client must not be nil");
-    }
-    const auto opened = ems_.sessions.Open(user, address, client);
+    const Wiper wiper(password);
+    const auto opened = Open(user, password, client);
     try {
         const PortableServer::POA_ptr poa = opened->poas.session.in();
         PortableServer::ServantBase_var servant = new EmsSessionServant(ems_, opened);
@@ -58,18 +29,18 @@ void SessionFactoryServant::getEmsSession(const char* user, const char* password
     }
 }
 
-void SessionFactoryServant::Authenticate(const char* user, const char* password) {
-    switch (passwords_.Check(user, password)) {
-        case PasswordChecker::Result::kAccepted:
-            return;
-        case PasswordChecker::Result::kBusy:
-            Fail(globaldefs::EXCPT_UNABLE_TO_COMPLY, "too many logins at once; try again");
-        case PasswordChecker::Result::kRejected:
-            TA_POS;
-            NS_CORBA::TaDebugWithPara(1, "[SessionFactoryServant::getEmsSession] Login of %s from %s refused",
-                                      Printable(user).c_str(), CallerAddress().c_str());
-            Say("refused " + Printable(user) + " from " + CallerAddress() + " (user or password is wrong)");
-            Fail(globaldefs::EXCPT_ACCESS_DENIED, "user or password is wrong");
+std::shared_ptr<const Session> SessionFactoryServant::Open(const char* user, const char* password,
+                                                           nmsSession::NmsSession_I_ptr client) {
+    const std::string address = CallerAddress();
+    ems_.accounts.LogIn(user, password, address);
+    try {
+        if (CORBA::is_nil(client)) {
+            Fail(globaldefs::EXCPT_INVALID_INPUT, "client must not be nil");
+        }
+        return ems_.sessions.Open(user, address, client);
+    } catch (...) {
+        Accounts::LogOut(user, address);
+        throw;
     }
 }
 

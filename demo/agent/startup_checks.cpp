@@ -13,6 +13,8 @@
 
 #include "platform/corba_config_items.h"
 #include "platform/environment.h"
+#include "standalone/user_file.h"
+#include "standalone/users_file.h"
 
 namespace qv_demo {
 namespace {
@@ -59,6 +61,19 @@ void CheckLogDirectory() {
     }
     ::close(fd);
     ::unlink(probe.c_str());
+}
+
+void CheckUsers() {
+    const std::string file = qv_standalone::UsersFile();
+    if (file.empty()) {
+        throw StartError("nobody could log in: give users_file in the [platform] part of " +
+                         ConfigFileName() + ", and make that file with qv_user add");
+    }
+    try {
+        qv_standalone::UserFile::Load(file);
+    } catch (const qv_standalone::UserFileError& e) {
+        throw StartError(e.what());
+    }
 }
 
 std::string WhyNotListening(const std::string& address) {

@@ -18,6 +18,9 @@ void CheckConfiguration();
 /// Raises StartError when no file can be made in the directory of the logs.
 void CheckLogDirectory();
 
+/// Raises StartError when no file of users is configured, or it can't be used.
+void CheckUsers();
+
 /// Why nothing can listen on "host:port" right now; empty when it is possible.
 std::string WhyNotListening(const std::string& address);
 

@@ -1,27 +1,15 @@
 #include "demo/oss/oss_session.h"
 
-#include <string.h>
-
 #include <chrono>
 #include <thread>
+
+#include "demo/common/wiper.h"
 
 namespace qv_oss {
 namespace {
 
 constexpr const char* kTheEms = "the EMS";
 constexpr std::chrono::milliseconds kPause{300};
-
-/// Overwrites the password when the login is over, whatever came of it.
-class Wiper {
-  public:
-    explicit Wiper(std::string& secret) : secret_(secret) {}
-    ~Wiper() { ::explicit_bzero(secret_.data(), secret_.size()); }
-    Wiper(const Wiper&) = delete;
-    Wiper& operator=(const Wiper&) = delete;
-
-  private:
-    std::string& secret_;
-};
 
 bool IsBusy(const globaldefs::ProcessingFailureException& e) {
     return e.exceptionType == globaldefs::EXCPT_UNABLE_TO_COMPLY;
@@ -33,7 +21,7 @@ OssSession::OssSession(const OssOrb& orb, const RemoteCaller& caller,
                        emsSessionFactory::EmsSessionFactory_I_ptr factory, const std::string& user,
                        std::string& password)
     : caller_(caller), servant_(new NmsSessionServant), client_(nullptr) {
-    const Wiper wiper(password);
+    const qv_demo::Wiper wiper(password);
     MakeClient(orb);
     LogIn(factory, user, password);
     client_->SetAssociated(session_.in());

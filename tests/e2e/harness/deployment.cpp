@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <random>
 
-#include "demo/agent/core/password.h"
+#include "standalone/password.h"
 #include "tests/support/wait_for.h"
 
 namespace qv_e2e {
@@ -42,8 +42,8 @@ int ServerPort() {
     }
 }
 
-std::string UsersText() {
-    return "[[user]]\nname = \"oss\"\npassword_hash = \"" + qv_demo::HashPassword(Deployment::kPassword) +
+std::string UserText(const std::string& name, const std::string& password) {
+    return "[[user]]\nname = \"" + name + "\"\npassword_hash = \"" + qv_standalone::HashPassword(password) +
            "\"\n";
 }
 
@@ -54,7 +54,7 @@ Deployment::Deployment()
       agent_port_(ServerPort()),
       inventory_(Data("inventory.json")),
       log_dir_(dir_.File("log")) {
-    ::chmod(dir_.Write("users.toml", UsersText()).c_str(), 0600);
+    ::chmod(dir_.Write("users.toml", UserText("oss", kPassword)).c_str(), 0600);
     Set("NamingService_Host", std::string("\"") + kHost + "\"");
     Set("NamingService_Port", std::to_string(naming_port_));
     Set("CORBAAgent_Host", std::string("\"") + kHost + "\"");
@@ -62,6 +62,17 @@ Deployment::Deployment()
     Set("IsInterceptorEnabled", "true");
     Set("ShakeHandWithOSS", "false");
     Set("TimerInterval", "1");
+    SetPlatform("env_root", "\".\"");
+    SetPlatform("log_flush_interval", "20");
+    SetPlatform("users_file", "\"users.toml\"");
+    // With the four threads of the ORB, one stays free for those who are logged in.
+    SetPlatform("login_max_checks", "2");
+    SetPlatform("login_max_waiting", "1");
+}
+
+void Deployment::AddUser(const std::string& name, const std::string& password) {
+    const std::string users = qv_test::ReadFile(dir_.File("users.toml"));
+    ::chmod(dir_.Write("users.toml", users + UserText(name, password)).c_str(), 0600);
 }
 
 std::string Deployment::Program(const std::string& name) {
@@ -96,14 +107,19 @@ std::string Deployment::ConfigText() const {
     for (const auto& [key, value] : settings_) {
         text += key + " = " + value + "\n";
     }
-    return text + "[platform]\nenv_root = \".\"\nlog_flush_interval = 20\n";
+    text += "[platform]\n";
+    for (const auto& [key, value] : platform_settings_) {
+        text += key + " = " + value + "\n";
+    }
+    return text;
 }
 
 qv_test::ChildProcess& Deployment::LaunchAgent() {
     const std::string config = dir_.Write("agent.toml", ConfigText());
     agent_ = std::make_unique<qv_test::ChildProcess>(
         std::vector<std::string>{Program("qv_demo_agent"), "--config", config, "--inventory", inventory_,
-                                 "--users", dir_.File("users.toml"), "--log-dir", log_dir_});
+                                 "--log-dir", log_dir_},
+        agent_options_);
     return *agent_;
 }
 

@@ -22,6 +22,14 @@ class Deployment {
 
     /// A setting of the agent's next start; `value` as TOML has it.
     void Set(const std::string& key, const std::string& value) { settings_[key] = value; }
+    /// The same for the settings of the stand-alone platform.
+    void SetPlatform(const std::string& key, const std::string& value) { platform_settings_[key] = value; }
+    /// An environment variable of the agent's next start.
+    void SetAgentEnvironment(const std::string& name, const std::string& value) {
+        agent_options_.env[name] = value;
+    }
+    /// Lets another user log in.
+    void AddUser(const std::string& name, const std::string& password);
     /// Contents of the configuration file of the agent's next start, in place of the settings.
     void SetWholeConfig(const std::string& contents) { whole_config_ = contents; }
     void SetInventory(const std::string& path) { inventory_ = path; }
@@ -70,6 +78,8 @@ class Deployment {
     const int naming_port_;
     const int agent_port_;
     std::map<std::string, std::string> settings_;
+    std::map<std::string, std::string> platform_settings_;
+    qv_test::ChildOptions agent_options_;
     std::string whole_config_;
     std::string inventory_;
     std::string log_dir_;
