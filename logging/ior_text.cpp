@@ -62,4 +62,13 @@ void AppendIorText(CdrReader& reader, std::string& out) {
     }
 }
 
+void SkipReference(CdrReader& reader) {
+    reader.OctetSequence();
+    const std::uint32_t profiles = reader.ULong();
+    for (std::uint32_t i = 0; i < profiles; ++i) {
+        reader.ULong();
+        reader.OctetSequence();
+    }
+}
+
 }  // namespace NS_CORBA

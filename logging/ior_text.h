@@ -11,4 +11,7 @@ namespace NS_CORBA {
 /// CORBA::MARSHAL.
 void AppendIorText(CdrReader& reader, std::string& out);
 
+/// Moves `reader` behind the object reference that comes next. Raises CORBA::MARSHAL.
+void SkipReference(CdrReader& reader);
+
 }  // namespace NS_CORBA

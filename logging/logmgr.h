@@ -6,6 +6,7 @@
 #include <tao/PI_Server/PI_Server.h>
 
 #include <cstdarg>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <string>
@@ -16,6 +17,8 @@
 
 namespace NS_CORBA {
 
+class CdrReader;
+class ParameterSource;
 template <class Record>
 class LogWriter;
 struct TADebugRecord;
@@ -123,14 +126,22 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
                    std::string& text);
     int AppendBodyOfType(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
                          std::string& text);
+    int AppendValues(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                     std::string& text);
+    bool AppendMarshalledValues(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                                std::string& text, int& result);
     int AppendArguments(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
                         std::string& text);
     int AppendResult(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
                      std::string& text);
+    int AppendResultText(const TALogRecord& record, std::string& text,
+                         const std::function<int(std::string&, bool& printedNul)>& append);
     int AppendException(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
                         std::string& text);
-    int AppendParameters(const Dynamic::ParameterList* params, std::string& text, unsigned char messageType);
+    int AppendParameters(ParameterSource& source, std::string& text, unsigned char messageType);
     int AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul);
+    int AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::string& text, bool& printedNul);
+    const std::vector<int>& SecretsOf(const std::string& operation, std::size_t parameters) const;
     void MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin);
 };
 

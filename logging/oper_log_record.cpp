@@ -1,3 +1,4 @@
+#include "logging/corba_talcom_log.h"
 #include "logging/corbalogutil.h"
 #include "logging/log_writer.h"
 #include "logging/logmgr.h"
@@ -100,6 +101,7 @@ Dynamic::ParameterList* TakeArguments(PortableInterceptor::ServerRequestInfo* in
 }  // namespace
 
 void CorbaLogMgr::WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType) {
+    WriteCallChain(info, messageType);
     if (!m_bLogOperation) {
         return;
     }
@@ -152,13 +154,12 @@ int CorbaLogMgr::AppendBodyOfType(PortableInterceptor::ServerRequestInfo* info, 
     const std::size_t begin = text.size();
     switch (record.messageType) {
         case kRequestMessage: {
-            const int result = AppendArguments(info, record, text);
+            const int result = AppendValues(info, record, text);
             AuditRequest(record, text, begin);
             return result;
         }
         case kReplyMessage:
-            AppendArguments(info, record, text);
-            return AppendResult(info, record, text);
+            return AppendValues(info, record, text);
         case kExceptionMessage:
             return AppendException(info, record, text);
         default:
@@ -168,12 +169,25 @@ int CorbaLogMgr::AppendBodyOfType(PortableInterceptor::ServerRequestInfo* info, 
     }
 }
 
+/// The parameters and, for a reply, the result.
+int CorbaLogMgr::AppendValues(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
+                              std::string& text) {
+    int result = 0;
+    if (AppendMarshalledValues(info, record, text, result)) {
+        return result;
+    }
+    result = AppendArguments(info, record, text);
+    return record.messageType == kReplyMessage ? AppendResult(info, record, text) : result;
+}
+
 int CorbaLogMgr::AppendArguments(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,
                                  std::string& text) {
     const std::size_t begin = text.size();
     Dynamic::ParameterList_var arguments = TakeArguments(info);
     SecurityHandle(arguments, record.operationName);
-    const int result = AppendParameters(arguments.operator->(), text, record.messageType);
+    std::string block;
+    const int result = ParseParaInfo(arguments.operator->(), block, record.messageType);
+    text += block;
     MaskPrintedSecrets(record.operationName, text, begin);
     return result;
 }
@@ -187,16 +201,25 @@ int CorbaLogMgr::AppendResult(PortableInterceptor::ServerRequestInfo* info, cons
     if (kind == CORBA::tk_null || kind == CORBA::tk_void) {
         text += ParseReplyState(info->reply_status());
     } else {
-        bool printedNul = false;
-        text += record.operationName;
-        text += " @return: ";
-        result = AppendAny(value.in(), text, printedNul);
-        text += '\n';
-        if (printedNul) {
-            CutAtNul(text, begin);
-        }
+        result = AppendResultText(record, text, [&](std::string& out, bool& printedNul) {
+            return AppendAny(value.in(), out, printedNul);
+        });
     }
     AuditEnd(record, kSucceeded, text, begin);
+    return result;
+}
+
+int CorbaLogMgr::AppendResultText(const TALogRecord& record, std::string& text,
+                                  const std::function<int(std::string&, bool&)>& append) {
+    const std::size_t begin = text.size();
+    bool printedNul = false;
+    text += record.operationName;
+    text += " @return: ";
+    const int result = append(text, printedNul);
+    text += '\n';
+    if (printedNul) {
+        CutAtNul(text, begin);
+    }
     return result;
 }
 

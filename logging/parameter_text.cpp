@@ -1,10 +1,10 @@
-#include <cstring>
-#include <exception>
+#include <functional>
 #include <utility>
 
 #include "logging/corbalogutil.h"
 #include "logging/logmgr.h"
 #include "logging/message_type.h"
+#include "logging/parameter_source.h"
 #include "logging/service_lookup.h"
 #include "logging/text_end.h"
 #include "orb/portability.h"
@@ -33,33 +33,57 @@ bool IsPrinted(CORBA::ParameterMode mode, unsigned char messageType) {
     return mode != CORBA::PARAM_OUT || (verbose && messageType != kRequestMessage);
 }
 
+/// The parameters of a list of Anys; null counts as an empty one.
+class ListSource final : public ParameterSource {
+  public:
+    using Printer = std::function<int(const CORBA::Any&, std::string&, bool& printedNul)>;
+
+    ListSource(const Dynamic::ParameterList* list, Printer print) : m_list(list), m_print(std::move(print)) {}
+
+    std::size_t count() const override { return m_list ? m_list->length() : 0; }
+    CORBA::ParameterMode mode(std::size_t parameter) const override { return At(parameter).mode; }
+    int Append(std::size_t parameter, std::string& text, bool& printedNul) override {
+        return m_print(At(parameter).argument, text, printedNul);
+    }
+    void Skip(std::size_t) override {}
+
+  private:
+    const Dynamic::Parameter& At(std::size_t parameter) const {
+        return (*m_list)[static_cast<CORBA::ULong>(parameter)];
+    }
+
+    const Dynamic::ParameterList* const m_list;
+    const Printer m_print;
+};
+
 }  // namespace
 
 int CorbaLogMgr::ParseParaInfo(const Dynamic::ParameterList* params, std::string& text,
                                unsigned char messageType) {
     std::string block;
-    const int result = AppendParameters(params, block, messageType);
+    ListSource source(params, [this](const CORBA::Any& value, std::string& out, bool& printedNul) {
+        return AppendAny(value, out, printedNul);
+    });
+    const int result = AppendParameters(source, block, messageType);
     text = std::move(block);
     return result;
 }
 
-int CorbaLogMgr::AppendParameters(const Dynamic::ParameterList* params, std::string& text,
-                                  unsigned char messageType) {
+int CorbaLogMgr::AppendParameters(ParameterSource& source, std::string& text, unsigned char messageType) {
     const std::size_t begin = text.size();
     bool printedNul = false;
     text += "ParaList = {\n";
-    const CORBA::ULong count = params ? params->length() : 0;
     unsigned number = 0;
     int result = 0;
-    for (CORBA::ULong i = 0; i < count && result == 0; ++i) {
-        const Dynamic::Parameter& parameter = (*params)[i];
-        if (!IsPrinted(parameter.mode, messageType)) {
+    for (std::size_t i = 0; i < source.count() && result == 0; ++i) {
+        if (!IsPrinted(source.mode(i), messageType)) {
+            source.Skip(i);
             continue;
         }
         text += "--- Parameter No.";
         text += std::to_string(++number);
         text += " = ";
-        result = AppendAny(parameter.argument, text, printedNul);
+        result = source.Append(i, text, printedNul);
         text += '\n';
     }
     text += result == 0 ? " } " : "}";

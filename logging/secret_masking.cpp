@@ -1,30 +1,35 @@
 #include "logging/logmgr.h"
+#include "logging/secret_parameters.h"
 
 namespace NS_CORBA {
 
 namespace {
 
-constexpr char kMask[] = "******";
-constexpr CORBA::ULong kMaskLength = sizeof kMask - 1;
+constexpr CORBA::ULong kMaskLength = sizeof kSecretMask - 1;
 constexpr char kAnswersOpenly[] = "ping";
 constexpr char kLogOutSession[] = "logOutSession";
 const std::string kPasswordPair = "name USERPWD value";
 
 }  // namespace
 
-void CorbaLogMgr::SecurityHandle(Dynamic::ParameterList_var& params, const std::string& operation) {
-    if (operation == kAnswersOpenly) {
-        return;
-    }
+const std::vector<int>& CorbaLogMgr::SecretsOf(const std::string& operation, std::size_t parameters) const {
+    static const std::vector<int> none;
     const auto secrets = m_IfNameToParamPos.find(operation);
-    if (secrets == m_IfNameToParamPos.end()) {
-        return;
+    if (operation == kAnswersOpenly || secrets == m_IfNameToParamPos.end()) {
+        return none;
     }
     for (const int position : secrets->second) {
-        if (static_cast<CORBA::ULong>(position) >= params->length()) {
+        if (static_cast<std::size_t>(position) >= parameters) {
             throw CORBA::BAD_PARAM();
         }
-        params[static_cast<CORBA::ULong>(position)].argument <<= CORBA::Any::from_string(kMask, kMaskLength);
+    }
+    return secrets->second;
+}
+
+void CorbaLogMgr::SecurityHandle(Dynamic::ParameterList_var& params, const std::string& operation) {
+    for (const int position : SecretsOf(operation, params->length())) {
+        params[static_cast<CORBA::ULong>(position)].argument <<=
+            CORBA::Any::from_string(kSecretMask, kMaskLength);
     }
 }
 

@@ -52,16 +52,15 @@ void Interleave(const char* octets, std::size_t count, char* __restrict out) {
     }
 }
 
-const ValuePlan::Member& ActiveMember(const ValuePlan::Type& type, std::int64_t discriminator) {
+/// The member that the discriminator selects; null when it selects none.
+const ValuePlan::Member* ActiveMember(const ValuePlan::Type& type, std::int64_t discriminator) {
     for (const ValuePlan::Label& label : type.labels) {
         if (label.value == discriminator) {
-            return type.members[label.member];
+            return &type.members[label.member];
         }
     }
-    if (type.fallback < 0 || static_cast<std::size_t>(type.fallback) >= type.members.size()) {
-        throw DynamicAny::DynAny::InvalidValue();
-    }
-    return type.members[static_cast<std::size_t>(type.fallback)];
+    const auto fallback = static_cast<std::size_t>(type.fallback);
+    return type.fallback >= 0 && fallback < type.members.size() ? &type.members[fallback] : nullptr;
 }
 
 }  // namespace
@@ -70,11 +69,17 @@ void ValuePrinter::Print(const ValuePlan& plan, CdrReader& reader) {
     PrintType(plan, plan.root(), reader);
 }
 
+void ValuePrinter::Skip(const ValuePlan& plan, CdrReader& reader) {
+    m_silent = true;
+    Print(plan, reader);
+    m_silent = false;
+}
+
 void ValuePrinter::PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrReader& reader) {
     const ValuePlan::Type& type = plan.at(index);
     switch (type.kind) {
         case CORBA::tk_boolean:
-            m_out += reader.Octet() != 0 ? "true" : "false";
+            Put(reader.Octet() != 0 ? "true" : "false");
             return;
         case CORBA::tk_octet:
             return PrintOctet(static_cast<char>(reader.Octet()));
@@ -90,7 +95,7 @@ void ValuePrinter::PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrR
         case CORBA::tk_float:
             return PrintFloat(reader.Float());
         case CORBA::tk_string:
-            m_out += reader.String();
+            Put(reader.String());
             return;
         case CORBA::tk_except:
             if (qv_orb::ExceptionsInAnysCarryId()) {
@@ -116,54 +121,60 @@ void ValuePrinter::PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrR
 
 void ValuePrinter::PrintMembers(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader) {
     const DepthGuard guard(m_depth);
-    m_out += '{';
+    Put('{');
     bool first = true;
     for (const ValuePlan::Member& member : type.members) {
         if (!first) {
-            m_out += ' ';
+            Put(' ');
         }
         first = false;
-        m_out += member.name;
-        m_out += ' ';
+        Put(member.name);
+        Put(' ');
         PrintType(plan, member.type, reader);
     }
-    m_out += '}';
+    Put('}');
 }
 
 void ValuePrinter::PrintUnion(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader) {
     const DepthGuard guard(m_depth);
     const std::int64_t discriminator = ReadDiscriminator(reader, plan.at(type.content).kind);
-    const ValuePlan::Member& member = ActiveMember(type, discriminator);
-    m_out += member.name;
-    m_out += ' ';
-    PrintType(plan, member.type, reader);
+    const ValuePlan::Member* const member = ActiveMember(type, discriminator);
+    if (!member) {
+        if (m_silent) {
+            return;
+        }
+        throw DynamicAny::DynAny::InvalidValue();
+    }
+    Put(member->name);
+    Put(' ');
+    PrintType(plan, member->type, reader);
 }
 
 void ValuePrinter::PrintElements(const ValuePlan& plan, ValuePlan::Index content, std::uint32_t count,
                                  CdrReader& reader) {
     const DepthGuard guard(m_depth);
-    m_out += '{';
+    Put('{');
     if (plan.at(content).kind == CORBA::tk_octet) {
         PrintOctets(reader.Octets(count));
     } else {
         for (std::uint32_t i = 0; i < count; ++i) {
             if (i != 0) {
-                m_out += ' ';
+                Put(' ');
             }
             PrintType(plan, content, reader);
         }
     }
-    m_out += '}';
+    Put('}');
 }
 
 void ValuePrinter::PrintOctet(char octet) {
-    m_out += octet;
-    m_printedNul = m_printedNul || octet == 0;
+    Put(octet);
+    m_printedNul = m_printedNul || (octet == 0 && !m_silent);
 }
 
 // Sequences of octets hold whole files: the text's space at once and no more than it takes.
 void ValuePrinter::PrintOctets(std::string_view octets) {
-    if (octets.empty()) {
+    if (octets.empty() || m_silent) {
         return;
     }
     constexpr std::size_t kChunk = 2048;
@@ -186,20 +197,23 @@ void ValuePrinter::PrintAny(CdrReader& reader) {
 }
 
 void ValuePrinter::PrintReference(const ValuePlan::Type& type, CdrReader& reader) {
+    if (m_silent) {
+        return SkipReference(reader);
+    }
     if (!m_hasOrb()) {
         throw NoOrb{};
     }
-    m_out += "Object reference( ";
-    m_out += type.id;
-    m_out += " )";
+    Put("Object reference( ");
+    Put(type.id);
+    Put(" )");
     AppendIorText(reader, m_out);
-    m_out += '\n';
+    Put('\n');
 }
 
 /// Kinds that have no text of their own.
 void ValuePrinter::PrintNull(const ValuePlan::Type& type, CdrReader& reader) {
     SkipSilentValue(type, reader);
-    m_out += "null";
+    Put("null");
 }
 
 // To text by to_chars, so that neither the process's locale nor a stream's puts separators into numbers.
@@ -208,14 +222,14 @@ void ValuePrinter::PrintFloat(float value) {
     char text[32];
     const auto end = std::to_chars(text, text + sizeof text, static_cast<double>(value),
                                    std::chars_format::general, kDigits);
-    m_out.append(text, end.ptr);
+    Put(std::string_view(text, static_cast<std::size_t>(end.ptr - text)));
 }
 
 template <class Integer>
 void ValuePrinter::PrintInteger(Integer value) {
     char text[16];
     const auto end = std::to_chars(text, text + sizeof text, value);
-    m_out.append(text, end.ptr);
+    Put(std::string_view(text, static_cast<std::size_t>(end.ptr - text)));
 }
 
 }  // namespace NS_CORBA

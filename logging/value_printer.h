@@ -30,7 +30,17 @@ class ValuePrinter {
     /// Prints the next value of `reader`, which stands behind it afterwards.
     void Print(const ValuePlan& plan, CdrReader& reader);
 
+    /// Moves `reader` behind its next value without a text. What Print can't show doesn't matter here, except
+    /// for values whose length isn't to be told.
+    void Skip(const ValuePlan& plan, CdrReader& reader);
+
   private:
+    void Put(std::string_view text) {
+        if (!m_silent) {
+            m_out += text;
+        }
+    }
+    void Put(char character) { Put(std::string_view(&character, 1)); }
     void PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrReader& reader);
     void PrintMembers(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader);
     void PrintUnion(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader);
@@ -49,6 +59,7 @@ class ValuePrinter {
     const std::function<bool()> m_hasOrb;
     unsigned m_depth = 0;
     bool m_printedNul = false;
+    bool m_silent = false;
 };
 
 }  // namespace NS_CORBA

@@ -43,28 +43,30 @@ int Guarded(Print print) {
     return -1;
 }
 
-int PrintValue(CORBA::TypeCode_ptr type, const qv_orb::ValueBytes& bytes, ValuePrinter& printer) {
-    if (CORBA::is_nil(type)) {
-        return -1;
-    }
-    const PlanHandle plan = PlanOf(type);
-    CdrReader reader(bytes.data(), bytes.size(), bytes.swapped());
-    printer.Print(*plan, reader);
-    return 0;
-}
-
 }  // namespace
 
 bool CorbaLogMgr::HasOrb() const {
     return !CORBA::is_nil(m_ORB.in()) || !CORBA::is_nil(OrbOfAgent().in());
 }
 
-int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul) {
-    const qv_orb::ValueBytes bytes(value);
+int CorbaLogMgr::AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::string& text,
+                            bool& printedNul) {
+    if (CORBA::is_nil(type)) {
+        return -1;
+    }
     ValuePrinter printer(text, [this] { return HasOrb(); });
-    const int result = Guarded([&] { return PrintValue(qv_orb::TypeOf(value), bytes, printer); });
+    const int result = Guarded([&] {
+        printer.Print(*PlanOf(type), reader);
+        return 0;
+    });
     printedNul = printedNul || printer.printedNul();
     return result;
+}
+
+int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul) {
+    const qv_orb::ValueBytes bytes(value);
+    CdrReader reader(bytes.data(), bytes.size(), bytes.swapped());
+    return AppendNext(qv_orb::TypeOf(value), reader, text, printedNul);
 }
 
 int CorbaLogMgr::ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out) {
@@ -72,10 +74,10 @@ int CorbaLogMgr::ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out
         return -1;
     }
     std::string text;
-    ValuePrinter printer(text, [this] { return HasOrb(); });
+    bool printedNul = false;
     const int result = Guarded([&] {
         const CORBA::Any_var any = value->to_any();
-        return PrintValue(qv_orb::TypeOf(any.in()), qv_orb::ValueBytes(any.in()), printer);
+        return AppendAny(any.in(), text, printedNul);
     });
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     return result;

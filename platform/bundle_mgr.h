@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <string>
@@ -93,8 +94,16 @@ class QV_API NULLServiceInterface {
 
     /// The object for T, created on the first call under `g_actualmutex` and never destroyed.
     static NULLServiceInterface& Instance() {
-        std::lock_guard<std::recursive_mutex> guard(g_actualmutex);
-        static auto* const instance = new NULLServiceInterface;
+        // Looked at first without the lock, which every lookup of the process would otherwise meet at.
+        NULLServiceInterface* instance = m_instance.load(std::memory_order_acquire);
+        if (!instance) {
+            std::lock_guard<std::recursive_mutex> guard(g_actualmutex);
+            instance = m_instance.load(std::memory_order_relaxed);
+            if (!instance) {
+                instance = new NULLServiceInterface;
+                m_instance.store(instance, std::memory_order_release);
+            }
+        }
         return *instance;
     }
 
@@ -104,6 +113,8 @@ class QV_API NULLServiceInterface {
   private:
     NULLServiceInterface() = default;
     ~NULLServiceInterface() = default;
+
+    static inline std::atomic<NULLServiceInterface*> m_instance{nullptr};
 };
 
 }  // namespace NS_BUNDLEMGR1

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <exception>
+#include <shared_mutex>
 #include <utility>
 
 #include "platform/bundle_mgr.h"
@@ -125,14 +126,23 @@ class Registry {
     ServiceObjectPtr Replace(const std::string& bundle, const std::string& name, ServiceObjectPtr object) {
         std::lock_guard<std::recursive_mutex> guard(g_actualmutex);
         ServiceObjectPtr former = Obtain(bundle).Replace(name, std::move(object));
+        std::lock_guard<std::shared_mutex> buffers(m_buffersLock);
         for (auto& entry : m_buffers) {
             entry.second.Clear();
         }
         return former;
     }
 
+    // Asked by every lookup of the process, so nobody who only reads waits for others who do.
     InterfaceBuffer& Buffer(const std::string& name) {
-        std::lock_guard<std::recursive_mutex> guard(g_actualmutex);
+        {
+            std::shared_lock<std::shared_mutex> lock(m_buffersLock);
+            const auto found = m_buffers.find(name);
+            if (found != m_buffers.end()) {
+                return found->second;
+            }
+        }
+        std::lock_guard<std::shared_mutex> guard(m_buffersLock);
         return m_buffers[name];
     }
 
@@ -157,6 +167,7 @@ class Registry {
     }
 
     std::map<std::string, std::unique_ptr<RegisteredBundle>> m_bundles;
+    std::shared_mutex m_buffersLock;  // guards the table, whose entries stay where they are
     std::map<std::string, FoundInterfaces> m_buffers;
     std::atomic<int> m_runState{0};
 };

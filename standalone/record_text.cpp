@@ -4,6 +4,7 @@ namespace qv_standalone {
 namespace {
 
 constexpr const char* kContinuation = "\n    ";
+constexpr std::size_t kRoomForContinuations = 64;
 
 void AppendEscaped(std::string& out, char c) {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -25,18 +26,24 @@ std::string RecordText(const std::string& text) {
         --length;
     }
     std::string out;
-    out.reserve(length);
+    out.reserve(length + kRoomForContinuations);
     for (std::size_t i = 0; i < length; ++i) {
+        const std::size_t plain = i;
+        while (i < length && !IsControl(text[i])) {
+            ++i;
+        }
+        out.append(text, plain, i - plain);
+        if (i == length) {
+            break;
+        }
         const char c = text[i];
         if (c == '\r' && text[i + 1] == '\n') {
             continue;
         }
         if (c == '\n') {
             out += kContinuation;
-        } else if (IsControl(c)) {
-            AppendEscaped(out, c);
         } else {
-            out += c;
+            AppendEscaped(out, c);
         }
     }
     return out;

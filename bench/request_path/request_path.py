@@ -19,12 +19,18 @@ import tempfile
 import time
 
 THREADS = (1, 4)
-VARIANTS = ("plain ORB", "seam, empty interceptor", "library, statistics off", "library, statistics on")
+# The settings of the library's servers, beyond those that all share.
+LIBRARY = {
+    "library, log off": "",
+    "library, log on": "bLogOperation = 1",
+    "library, statistics on": "IsInterceptorEnabled = 1",
+}
+VARIANTS = ("plain ORB", "seam, empty interceptor", *LIBRARY)
 SETTINGS = """
 [agent]
 CORBAAgent_Host = "127.0.0.1"
 CORBAAgent_Port = {port}
-IsInterceptorEnabled = {statistics}
+{more}
 """
 
 
@@ -58,9 +64,9 @@ def free_port():
         return probe.getsockname()[1]
 
 
-def library_server(build, folder, statistics_on):
+def library_server(build, folder, settings):
     config = folder / "agent.toml"
-    config.write_text(SETTINGS.format(port=free_port(), statistics=int(statistics_on)))
+    config.write_text(SETTINGS.format(port=free_port(), more=settings))
     return Server([build / "bin/bench_library_server"], folder, {
         "QV_AGENT_CONFIG": str(config), "QV_LOG_DIR": str(folder), "QV_ENV_ROOT": str(folder),
         "QV_CFG_DIR": str(folder)})
@@ -68,13 +74,14 @@ def library_server(build, folder, statistics_on):
 
 def start(build, work, servers):
     """Adds each server to `servers` as soon as its process is there, so that the caller can end it whatever follows."""
-    makers = (
-        lambda folder: Server([build / "bin/bench_plain_server"], folder),
-        lambda folder: Server([build / "bin/bench_seam_server", "-ORBEndpoint", "iiop://127.0.0.1:0"], folder),
-        lambda folder: library_server(build, folder, False),
-        lambda folder: library_server(build, folder, True),
-    )
-    for number, (variant, make) in enumerate(zip(VARIANTS, makers)):
+    makers = {
+        "plain ORB": lambda folder: Server([build / "bin/bench_plain_server"], folder),
+        "seam, empty interceptor":
+            lambda folder: Server([build / "bin/bench_seam_server", "-ORBEndpoint", "iiop://127.0.0.1:0"], folder),
+    }
+    for variant, settings in LIBRARY.items():
+        makers[variant] = lambda folder, settings=settings: library_server(build, folder, settings)
+    for number, (variant, make) in enumerate(makers.items()):
         folder = work / f"server{number}"
         folder.mkdir()
         servers[variant] = make(folder)

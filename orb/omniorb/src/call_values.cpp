@@ -1,7 +1,5 @@
 #include "call_values.h"
 
-#include "orb_internals.h"
-
 #include <omniORB4/anyStream.h>
 #include <tcParser.h>
 
@@ -16,12 +14,6 @@ void ReadAny(CORBA::Any& any, TypeCodeGetter type, cdrStream& stream) {
     any.replace(type(), static_cast<void*>(nullptr));
     any.NP_unmarshalDataOnly(stream);
 }
-
-// Holds the values between the call descriptor and the Anys.
-class ValueStream : public cdrMemoryStream {
-  public:
-    ValueStream() { TCS_W(WideCodeSet()); }
-};
 
 Dynamic::ParameterList* EmptyParameters(const OperationEntry& operation) {
     auto* list = new Dynamic::ParameterList;
@@ -41,16 +33,6 @@ void ReadParameters(Dynamic::ParameterList& list, const OperationEntry& operatio
             ReadAny(list[static_cast<CORBA::ULong>(i)].argument, operation.parameters[i].type, stream);
         }
     }
-}
-
-void MarshalArguments(omniCallDescriptor& call, cdrStream& stream) {
-    call.marshalArguments(stream);
-    stream.clearValueTracker();
-}
-
-void MarshalReturned(omniCallDescriptor& call, cdrStream& stream) {
-    call.marshalReturnedValues(stream);
-    stream.clearValueTracker();
 }
 
 bool IsVoid(const OperationEntry& operation) {
@@ -95,6 +77,20 @@ void ReadSoleParameter(Dynamic::ParameterList& list, omniCallDescriptor& call,
 }
 
 }  // namespace
+
+ValueStream::ValueStream() {
+    TCS_W(WideCodeSet());
+}
+
+void MarshalArguments(omniCallDescriptor& call, cdrStream& stream) {
+    call.marshalArguments(stream);
+    stream.clearValueTracker();
+}
+
+void MarshalReturned(omniCallDescriptor& call, cdrStream& stream) {
+    call.marshalReturnedValues(stream);
+    stream.clearValueTracker();
+}
 
 Dynamic::ParameterList* ParametersBeforeCall(omniCallDescriptor& call, const OperationEntry& operation) {
     Dynamic::ParameterList_var list = EmptyParameters(operation);

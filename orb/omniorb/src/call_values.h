@@ -2,11 +2,20 @@
 // table.
 #pragma once
 
+#include "orb_internals.h"
+
 #include "qv_orb/operation_table.h"
 
-class omniCallDescriptor;
-
 namespace qv_orb {
+
+/// Holds values between the call descriptor and whoever reads them.
+class ValueStream : public cdrMemoryStream {
+  public:
+    ValueStream();
+};
+
+void MarshalArguments(omniCallDescriptor& call, cdrStream& stream);
+void MarshalReturned(omniCallDescriptor& call, cdrStream& stream);
 
 /// The parameters as they stand ahead of the servant: values for in and inout, an empty Any for out.
 Dynamic::ParameterList* ParametersBeforeCall(omniCallDescriptor& call, const OperationEntry& operation);

@@ -97,6 +97,11 @@ const OperationEntry& UpcallInfo::table() const {
     return *entry;
 }
 
+const OperationEntry& UpcallInfo::values_table() const {
+    ValidAt({Point::kReceiveRequest, Point::kSendReply});
+    return table();
+}
+
 CORBA::ULong UpcallInfo::request_id() {
     if (request_ != nullptr) {
         return RequestIdReader::Read(*request_);

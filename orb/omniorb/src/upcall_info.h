@@ -12,6 +12,8 @@ class GIOP_S;
 
 namespace qv_orb {
 
+struct OperationEntry;
+
 enum class Point { kReceiveContexts, kReceiveRequest, kSendReply, kSendException, kSendOther };
 
 /// Lives on the stack of the upcall; its attributes are worked out when they are asked for.
@@ -30,6 +32,12 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
     IOP::ServiceContextList& reply_contexts() { return reply_contexts_; }
     /// "host:port" of the caller, empty for a collocated call.
     const char* peer_address() const;
+
+    // For who reads the values without an Any each.
+    omniCallDescriptor& call() { return call_; }
+    bool returned() const { return point_ == Point::kSendReply; }
+    /// As arguments(): raises BAD_INV_ORDER or NO_RESOURCES when there is nothing to tell.
+    const OperationEntry& values_table() const;
 
     // RequestInfo
     CORBA::ULong request_id() override;
@@ -63,7 +71,7 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
   private:
     void ValidAt(std::initializer_list<Point> points) const;
     void NotAtFirstPoint() const;
-    const struct OperationEntry& table() const;
+    const OperationEntry& table() const;
 
     omniCallDescriptor& call_;
     omniServant& servant_;

@@ -1,0 +1,44 @@
+// The values of a request as the ORB marshals them, all at once: for records of requests, which are made for
+// each of them, an Any per parameter is too slow.
+#pragma once
+
+#include <tao/PI_Server/PI_Server.h>
+
+#include <cstddef>
+#include <memory>
+
+#include "orb/export.h"
+
+namespace qv_orb {
+
+/// Bytes in CDR, in this machine's byte order and counted from an address that is divisible by 8.
+struct CdrBytes {
+    const char* data = nullptr;
+    std::size_t size = 0;
+};
+
+/// The parameters and the result of one request, as ServerRequestInfo::arguments and result give them.
+/// Belongs to the interception point at which it was made, and to its thread.
+class QV_ORB_API RequestValues {
+  public:
+    /// Null where the ORB offers no more than the Anys: then ask `info` itself. Raises what arguments()
+    /// raises.
+    static std::unique_ptr<RequestValues> Of(PortableInterceptor::ServerRequestInfo_ptr info);
+
+    virtual ~RequestValues() = default;
+
+    virtual std::size_t parameters() const = 0;
+    virtual CORBA::ParameterMode mode(std::size_t parameter) const = 0;
+    /// The types stay the ORB's.
+    virtual CORBA::TypeCode_ptr type(std::size_t parameter) const = 0;
+    virtual CORBA::TypeCode_ptr result_type() const = 0;
+
+    /// Whether the servant has returned, so that there are values of both kinds.
+    virtual bool returned() const = 0;
+    /// The values of the in and inout parameters as the servant got them, one behind the other.
+    virtual CdrBytes sent() = 0;
+    /// The result, if there is one, then the values of the inout and out parameters.
+    virtual CdrBytes given_back() = 0;
+};
+
+}  // namespace qv_orb
