@@ -47,6 +47,7 @@ constexpr const char* kPlaces = "Places of the stand-alone platform";
 constexpr const char* kLogFiles = "Log files";
 constexpr const char* kNode = "The node";
 constexpr const char* kSecurity = "Users and risks";
+constexpr const char* kCallChain = "Call chain";
 
 void AddAgentSettings(std::vector<Setting>& table) {
     table.insert(
@@ -246,6 +247,34 @@ void AddSecuritySettings(std::vector<Setting>& table) {
                 "File with a table [risk] of operations and their levels: 0 not audited, 1 minor risk, 2 "
                 "risk. Empty: built-in levels. A relative path counts from this file's directory.",
                 "\"risk.toml\""),
+            Platform(kSecurity, "audit_file", ValueType::kText, "", 0, 0, "",
+                     "SQLite file of the audited operations, for this agent alone; qv_audit shows it. Empty: "
+                     "audit.db beside the logs. A relative path counts from this file's directory.",
+                     "\"audit.db\""),
+        });
+}
+
+void AddCallChainSettings(std::vector<Setting>& table) {
+    table.insert(
+        table.end(),
+        {
+            Platform(
+                kCallChain, "call_chain", ValueType::kFlag, "0", 0, 1, "",
+                "Write a span for each request to callchain.jsonl beside the logs, which qv_spans shows. "
+                "Read once, when the first request comes.",
+                "true"),
+            Platform(kCallChain, "call_chain_collector", ValueType::kText, "", 0, 0, "",
+                     "URL of a collector that gets the spans, too, as Zipkin v2 JSON. Empty: none.",
+                     "\"http://127.0.0.1:9411/api/v2/spans\""),
+            Platform(kCallChain, "call_chain_queue", ValueType::kInteger, "10000", 100, 1000000, "spans",
+                     "Most spans that wait to be written, and as many that wait for the collector; further "
+                     "ones are dropped and counted.",
+                     "50000"),
+            Platform(kCallChain, "call_chain_max_size", ValueType::kInteger, "20", 1, 4096, "MiB",
+                     "A callchain.jsonl that would grow beyond this is put aside and a new one begun.",
+                     "100"),
+            Platform(kCallChain, "call_chain_max_files", ValueType::kInteger, "10", 1, 1000, "files",
+                     "How many files put aside are kept.", "5"),
         });
 }
 
@@ -254,6 +283,7 @@ std::vector<Setting> MakeTable() {
     AddAgentSettings(table);
     AddPlatformSettings(table);
     AddSecuritySettings(table);
+    AddCallChainSettings(table);
     return table;
 }
 

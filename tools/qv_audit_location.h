@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace qv_tools {
+
+/// Where the configuration of this environment has the agent's audit, as the agent itself finds it. Makes
+/// nothing. Throws std::runtime_error with a sentence when there is no configuration or it can't be used.
+std::string ConfiguredAuditFile();
+
+}  // namespace qv_tools
