@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 set(QV_INSTALL_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/qv_corba_pub)
 set(QV_INSTALL_PACKAGE ${CMAKE_INSTALL_LIBDIR}/cmake/qv_corba_pub)
 
-foreach(needed qv_orb qv_platform qv_bundlemgr qv_selfgovernedutil qv_corba_pub)
+foreach(needed qv_orb qv_platform qv_bundlemgr qv_selfgovernedutil qv_callchain qv_corba_pub)
   if(NOT TARGET ${needed})
     message(STATUS "No installation: the target ${needed} is not built")
     return()
@@ -13,14 +13,14 @@ foreach(needed qv_orb qv_platform qv_bundlemgr qv_selfgovernedutil qv_corba_pub)
 endforeach()
 
 # In this tree and from the package alike, the targets go by one name.
-foreach(name corba_pub orb platform bundlemgr selfgovernedutil)
+foreach(name corba_pub orb platform bundlemgr selfgovernedutil callchain)
   add_library(qv::${name} ALIAS qv_${name})
   set_target_properties(qv_${name} PROPERTIES EXPORT_NAME ${name})
 endforeach()
 # The libraries lie in one folder.
-set_target_properties(qv_orb qv_bundlemgr qv_selfgovernedutil qv_corba_pub PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(qv_orb qv_bundlemgr qv_selfgovernedutil qv_callchain qv_corba_pub PROPERTIES INSTALL_RPATH "$ORIGIN")
 
-install(TARGETS qv_orb qv_platform qv_bundlemgr qv_selfgovernedutil qv_corba_pub
+install(TARGETS qv_orb qv_platform qv_bundlemgr qv_selfgovernedutil qv_callchain qv_corba_pub
   EXPORT qv_corba_pub-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   FILE_SET HEADERS DESTINATION ${QV_INSTALL_HEADERS})

@@ -13,6 +13,6 @@ target_include_directories(qv_corba_pub PUBLIC
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qv_corba_pub>)
 target_link_libraries(qv_corba_pub
   PUBLIC qv_orb qv_platform ${QV_ACE_LIBRARY}
-  PRIVATE qv_bundlemgr qv_selfgovernedutil qv_warnings)
+  PRIVATE qv_bundlemgr qv_selfgovernedutil qv_callchain qv_warnings)
 target_precompile_headers(qv_corba_pub PRIVATE
   <map> <string> <vector> <ace/Task.h> <tao/ORB.h> <tao/PortableServer/PortableServer.h> <tao/PI_Server/PI_Server.h>)

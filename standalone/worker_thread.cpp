@@ -1,0 +1,27 @@
+#include "standalone/worker_thread.h"
+
+#include <utility>
+
+#include "standalone/signals_blocked.h"
+
+namespace qv_standalone {
+
+WorkerThread::~WorkerThread() {
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+}
+
+void WorkerThread::Start(std::function<void()> work) {
+    std::packaged_task<void()> task(std::move(work));
+    std::future<void> end = task.get_future();
+    const SignalsBlocked blocked;
+    m_thread = std::thread(std::move(task));
+    m_end = std::move(end);
+}
+
+bool WorkerThread::WaitForEnd(std::chrono::steady_clock::time_point limit) {
+    return !m_end.valid() || m_end.wait_until(limit) == std::future_status::ready;
+}
+
+}  // namespace qv_standalone
