@@ -10,7 +10,7 @@ readonly WORK_DIR="${QV_WORK_DIR:-$ROOT/build/work}"
 readonly PACKAGES=(
   g++ cmake ninja-build ccache pkg-config python3
   libace-dev libomniorb4-dev libcos4-dev omniidl omniorb omniorb-idl omniorb-nameserver
-  libtomlplusplus-dev libspdlog-dev libcli11-dev libsodium-dev libsqlite3-dev libjsoncpp-dev
+  libtomlplusplus-dev libspdlog-dev libcli11-dev libsodium-dev libsqlite3-dev libjsoncpp-dev libcurl4-openssl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 
