@@ -55,11 +55,23 @@ void CommonOperations::SetAdditionalInfo(const globaldefs::NamingAttributes_T& n
     ToPairs(info, result);
 }
 
-common::CapabilityList_T* CommonOperations::Capabilities(const std::vector<std::string>& operations) {
+std::shared_ptr<const Session> CommonOperations::OwnSession() const {
+    auto found = ems_.sessions.Find(session_);
+    if (!found) {
+        throw CORBA::OBJECT_NOT_EXIST();
+    }
+    return found;
+}
+
+common::CapabilityList_T* CommonOperations::CommonCapabilitiesAnd(
+    const std::vector<std::string>& operations) {
+    std::vector<std::string> all{"setNativeEMSName", "setUserLabel", "setOwner", "setAdditionalInfo",
+                                 "getCapabilities"};
+    all.insert(all.end(), operations.begin(), operations.end());
     common::CapabilityList_T_var list = new common::CapabilityList_T;
-    list->length(static_cast<CORBA::ULong>(operations.size()));
+    list->length(static_cast<CORBA::ULong>(all.size()));
     for (CORBA::ULong i = 0; i < list->length(); ++i) {
-        list[i].name = operations[i].c_str();
+        list[i].name = all[i].c_str();
         list[i].value = "Supported";
     }
     return list._retn();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,15 +20,18 @@ class CommonOperations {
     void Touch() const { ems_.sessions.Touch(session_); }
 
     const Ems& ems() const { return ems_; }
-    SessionId session() const { return session_; }
 
     void SetNativeName(const globaldefs::NamingAttributes_T& name, const char* native_name) const;
     void SetUserLabel(const globaldefs::NamingAttributes_T& name, const char* label, bool unique) const;
     void SetOwner(const globaldefs::NamingAttributes_T& name, const char* owner) const;
     void SetAdditionalInfo(const globaldefs::NamingAttributes_T& name, globaldefs::NVSList_T& info) const;
 
-    /// A list that says of each of these operations that it is supported; the caller owns it.
-    static common::CapabilityList_T* Capabilities(const std::vector<std::string>& operations);
+    /// Raises CORBA::OBJECT_NOT_EXIST when it has ended.
+    std::shared_ptr<const Session> OwnSession() const;
+
+    /// A list that says of the operations of common::Common_I, and of these, that they are supported; the
+    /// caller owns it.
+    static common::CapabilityList_T* CommonCapabilitiesAnd(const std::vector<std::string>& operations);
 
   private:
     const Ems& ems_;

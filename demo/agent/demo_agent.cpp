@@ -21,8 +21,6 @@ constexpr const char* kBundleName = "qv_demo_agent";
 // The operation log passes over this name when it looks for the client's.
 constexpr const char* kTopPoa = "M4400";
 constexpr const char* kFactoryId = "EmsSessionFactory";
-constexpr const char* kEmsManager = "EMS";
-constexpr const char* kElementManager = "ManagedElement";
 
 NS_CORBA::CorbaBaseAgentConfig& Config() {
     return *NS_CORBA::CorbaBaseAgentConfig::Instance();
@@ -96,10 +94,13 @@ void DemoAgent::MakeServants() {
 }
 
 void DemoAgent::RegisterManagers() {
-    ems_manager_.emplace(*ems_);
-    element_manager_.emplace(*ems_);
-    Config().RegisterMgr(kEmsManager, &*ems_manager_);
-    Config().RegisterMgr(kElementManager, &*element_manager_);
+    managers_["EMS"] = std::make_unique<ManagerFactory<EmsManager>>(*ems_);
+    managers_["ManagedElement"] = std::make_unique<ManagerFactory<ManagedElementManager>>(*ems_);
+    managers_["Account"] = std::make_unique<ManagerFactory<AccountManager>>(*ems_);
+    managers_["Attribute"] = std::make_unique<ManagerFactory<AttributeManager>>(*ems_);
+    for (const auto& [name, factory] : managers_) {
+        Config().RegisterMgr(name.c_str(), factory.get());
+    }
 }
 
 void DemoAgent::ServeRequests() {
@@ -144,9 +145,8 @@ void DemoAgent::Stop() {
     if (orb_thread_.joinable() && !pool_) {
         orb_thread_.join();
     }
-    if (element_manager_) {
-        Config().UnregisterMgr(kElementManager);
-        Config().UnregisterMgr(kEmsManager);
+    for (const auto& entry : managers_) {
+        Config().UnregisterMgr(entry.first.c_str());
     }
     NS_CORBA::CorbaBaseAgentConfig::Destroy();
     if (!orb_thread_.joinable()) {

@@ -2,11 +2,15 @@
 
 #include <tao/ORB.h>
 
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <thread>
 
+#include "demo/agent/account_manager.h"
 #include "demo/agent/accounts.h"
+#include "demo/agent/attribute_manager.h"
 #include "demo/agent/core/inventory.h"
 #include "demo/agent/ems.h"
 #include "demo/agent/housekeeper.h"
@@ -46,8 +50,7 @@ class DemoAgent {
     std::optional<SessionDirectory> sessions_;
     std::optional<Accounts> accounts_;
     std::optional<Ems> ems_;
-    std::optional<ManagerFactory<EmsManager>> ems_manager_;
-    std::optional<ManagerFactory<ManagedElementManager>> element_manager_;
+    std::map<std::string, std::unique_ptr<NS_CORBA::MgrFactory>> managers_;  // by their names
     RequestHooks hooks_{SteadyClock()};
     CORBA::Object_var factory_;
     std::optional<RegistrationKeeper> registration_;

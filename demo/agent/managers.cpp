@@ -6,21 +6,9 @@
 #include "demo/agent/page_iterator.h"
 
 namespace qv_demo {
-namespace {
-
-const std::vector<std::string> kCommon{"setNativeEMSName", "setUserLabel", "setOwner", "setAdditionalInfo",
-                                       "getCapabilities"};
-
-std::vector<std::string> CommonAnd(std::vector<std::string> operations) {
-    operations.insert(operations.begin(), kCommon.begin(), kCommon.end());
-    return operations;
-}
-
-}  // namespace
-
 void EmsManager::getCapabilities(common::CapabilityList_T_out capabilities) {
     Touch();
-    capabilities = Capabilities(CommonAnd({"getEMS"}));
+    capabilities = CommonCapabilitiesAnd({"getEMS"});
 }
 
 void EmsManager::getEMS(emsMgr::EMS_T_out info) {
@@ -43,7 +31,7 @@ void EmsManager::getEMS(emsMgr::EMS_T_out info) {
 void ManagedElementManager::getCapabilities(common::CapabilityList_T_out capabilities) {
     Touch();
     capabilities =
-        Capabilities(CommonAnd({"getAllManagedElements", "getAllManagedElementNames", "getManagedElement"}));
+        CommonCapabilitiesAnd({"getAllManagedElements", "getAllManagedElementNames", "getManagedElement"});
 }
 
 void ManagedElementManager::getAllManagedElements(CORBA::ULong how_many,
@@ -70,14 +58,6 @@ void ManagedElementManager::getManagedElement(const globaldefs::NamingAttributes
         Fail(globaldefs::EXCPT_ENTITY_NOT_FOUND, own_name);
     }
     element = result._retn();
-}
-
-std::shared_ptr<const Session> ManagedElementManager::OwnSession() {
-    auto found = ems().sessions.Find(session());
-    if (!found) {
-        throw CORBA::OBJECT_NOT_EXIST();
-    }
-    return found;
 }
 
 }  // namespace qv_demo

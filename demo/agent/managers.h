@@ -28,9 +28,6 @@ class ManagedElementManager : public CommonServant<POA_managedElementManager::Ma
                                    globaldefs::NamingAttributesIterator_I_out iterator) override;
     void getManagedElement(const globaldefs::NamingAttributes_T& name,
                            managedElement::ManagedElement_T_out element) override;
-
-  private:
-    std::shared_ptr<const Session> OwnSession();
 };
 
 /// Makes a manager of one kind for the session to which an object adapter belongs.

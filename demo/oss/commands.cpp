@@ -101,6 +101,14 @@ void Commands::Run() {
             return Show();
         case Command::kSession:
             return WholeSession();
+        case Command::kChangePassword:
+            return ChangePassword();
+        case Command::kAnnotate:
+            return Annotate();
+        case Command::kSetInfo:
+            return SetInfo();
+        case Command::kCount:
+            return Count();
     }
 }
 
@@ -108,6 +116,10 @@ OssSession Commands::LogIn(NamingClient& naming) {
     const auto factory = emsSessionFactory::EmsSessionFactory_I_var(naming.FindFactory());
     std::string password = ReadPassword(settings_);
     return OssSession(orb_, caller_, factory.in(), settings_.user, password);
+}
+
+std::string Commands::EmsOf(const OssSession& session, const NamingClient& naming) {
+    return naming.ems().empty() ? OwnName(session.Ems()->name) : naming.ems();
 }
 
 void Commands::Browse() {
@@ -190,8 +202,8 @@ void Commands::List() {
 void Commands::Show() {
     NamingClient naming(orb_.orb(), settings_, caller_);
     OssSession session = LogIn(naming);
-    const std::string ems = naming.ems().empty() ? OwnName(session.Ems()->name) : naming.ems();
-    const managedElement::ManagedElement_T_var element = session.Element(ems, settings_.element);
+    const managedElement::ManagedElement_T_var element =
+        session.Element(ElementName(EmsOf(session, naming), settings_.element));
     PrintElement(element.in());
     session.LogOut();
 }

@@ -23,8 +23,13 @@ class Commands {
     void List();
     void Show();
     void WholeSession();
+    void ChangePassword();
+    void Annotate();
+    void SetInfo();
+    void Count();
 
     OssSession LogIn(NamingClient& naming);
+    static std::string EmsOf(const OssSession& session, const NamingClient& naming);
     void PrintEms(const OssSession& session);
     void PrintElements(const OssSession& session);
 

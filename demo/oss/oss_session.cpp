@@ -140,20 +140,29 @@ void OssSession::ReadElements(unsigned page_size,
     }
 }
 
-managedElement::ManagedElement_T_var OssSession::Element(const std::string& ems,
-                                                         const std::string& name) const {
+managedElement::ManagedElement_T_var OssSession::Element(const globaldefs::NamingAttributes_T& name) const {
     const auto manager = ElementManager();
-    globaldefs::NamingAttributes_T full_name;
-    full_name.length(2);
-    full_name[0].name = "EMS";
-    full_name[0].value = ems.c_str();
-    full_name[1].name = "ManagedElement";
-    full_name[1].value = name.c_str();
     return caller_.Run(Peer::kSession, kTheEms, [&] {
         managedElement::ManagedElement_T_var element;
-        manager->getManagedElement(full_name, element.out());
+        manager->getManagedElement(name, element.out());
         return element;
     });
+}
+
+void OssSession::SetAdditionalInfo(const globaldefs::NamingAttributes_T& element,
+                                   globaldefs::NVSList_T& info) const {
+    const auto manager = ElementManager();
+    caller_.Run(Peer::kSession, kTheEms, [&] { manager->setAdditionalInfo(element, info); });
+}
+
+globaldefs::NamingAttributes_T ElementName(const std::string& ems, const std::string& element) {
+    globaldefs::NamingAttributes_T name;
+    name.length(2);
+    name[0].name = "EMS";
+    name[0].value = ems.c_str();
+    name[1].name = "ManagedElement";
+    name[1].value = element.c_str();
+    return name;
 }
 
 }  // namespace qv_oss

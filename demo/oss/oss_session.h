@@ -15,6 +15,9 @@
 
 namespace qv_oss {
 
+/// The full name of an element of an EMS.
+globaldefs::NamingAttributes_T ElementName(const std::string& ems, const std::string& element);
+
 /// One session with an EMS: logs in when it is made and out when it goes. Operations raise Problem.
 class OssSession {
   public:
@@ -38,8 +41,13 @@ class OssSession {
     void ReadElements(unsigned page_size,
                       const std::function<void(const Page& page, std::size_t all)>& take) const;
 
-    /// The element of that name in the EMS of that name.
-    managedElement::ManagedElement_T_var Element(const std::string& ems, const std::string& name) const;
+    managedElement::ManagedElement_T_var Element(const globaldefs::NamingAttributes_T& name) const;
+
+    /// Merges `info` into what the element has; afterwards it holds all of that.
+    void SetAdditionalInfo(const globaldefs::NamingAttributes_T& element, globaldefs::NVSList_T& info) const;
+
+    /// One of the EMS's managers, by its name.
+    common::Common_I_var Manager(const char* name) const;
 
     void LogOut();
 
@@ -47,7 +55,6 @@ class OssSession {
     void LogIn(emsSessionFactory::EmsSessionFactory_I_ptr factory, const std::string& user,
                const std::string& password);
     void MakeClient(const OssOrb& orb);
-    common::Common_I_var Manager(const char* name) const;
     managedElementManager::ManagedElementMgr_I_var ElementManager() const;
 
     const RemoteCaller& caller_;

@@ -41,7 +41,7 @@ Problem FromEms(const globaldefs::ProcessingFailureException& e, const std::stri
                 return {kSessionLimit,
                         "the EMS has no room for another session (" + reason + "); try again later"};
             }
-            return {kWrongPassword, "the EMS did not accept the login: " + reason};
+            return {kWrongPassword, "the EMS denies access: " + reason};
         case globaldefs::EXCPT_ENTITY_NOT_FOUND:
             return {kNotFound, "the EMS knows no " + reason};
         default:
@@ -69,7 +69,9 @@ Problem FromOrb(Peer peer, const CORBA::SystemException& e, const std::string& w
         return FromNaming(e);
     }
     if (CORBA::NO_PERMISSION::_downcast(&e) != nullptr) {
-        return {kNoPermission, "the EMS refuses the call (no permission); it may still be starting"};
+        return {kNoPermission,
+                "the EMS refuses the call (no permission); its access list may not hold this OSS's address, "
+                "or it is still starting"};
     }
     if (IsContactLost(e)) {
         return {kEmsUnreachable, "the EMS can't be reached; its name is bound, but it doesn't answer"};

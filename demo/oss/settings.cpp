@@ -6,12 +6,14 @@
 #include <map>
 
 #include "demo/common/secret_input.h"
+#include "demo/common/wiper.h"
 #include "demo/oss/problem.h"
 
 namespace qv_oss {
 namespace {
 
 constexpr const char* kPasswordVariable = "QV_OSS_PASSWORD";
+constexpr const char* kNewPasswordVariable = "QV_OSS_NEW_PASSWORD";
 
 constexpr const char* kFooter =
     "Exit codes: 0 done, 2 wrong usage, 3 naming service not reachable, 4 name not bound, 5 EMS not "
@@ -74,6 +76,29 @@ void AddCommonOptions(CLI::App& app, Settings& settings) {
 
 using Commands = std::map<const CLI::App*, Command>;
 
+std::string AssignmentProblem(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    return equals == std::string::npos || equals == 0 ? "\"" + text + "\" is not of the form NAME=VALUE" : "";
+}
+
+void AddElementCommands(CLI::App& app, Settings& settings, Commands& commands) {
+    CLI::App* const annotate = app.add_subcommand(
+        "annotate", "Set attributes of one element, texts, numbers, true or false; show all of them");
+    CLI::App* const info = app.add_subcommand(
+        "set-info", "Change the additional info of one element, where NAME=- removes one; show all of it");
+    const CLI::Validator assignment(AssignmentProblem, "NAME=VALUE");
+    for (CLI::App* const command : {annotate, info}) {
+        command->add_option("element", settings.element, "Name of the element")->required();
+        command->add_option("assignments", settings.assignments, "What to set")
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->check(assignment);
+    }
+    commands[annotate] = Command::kAnnotate;
+    commands[info] = Command::kSetInfo;
+    commands[app.add_subcommand("count", "Count the elements that the EMS reaches, and the others")] =
+        Command::kCount;
+}
+
 Commands AddCommands(CLI::App& app, Settings& settings) {
     Commands commands;
     commands[app.add_subcommand("browse", "Show what is bound in the naming service")] = Command::kBrowse;
@@ -89,6 +114,12 @@ Commands AddCommands(CLI::App& app, Settings& settings) {
     CLI::App* const session =
         app.add_subcommand("session", "A whole session: find the EMS, log in, read the inventory, log out");
     commands[session] = Command::kSession;
+    CLI::App* const change = app.add_subcommand("change-password", "Give the user another password");
+    change->add_option("--new-password-file", settings.new_password_file,
+                       "File whose first line is the new password (default: the environment variable "
+                       "QV_OSS_NEW_PASSWORD, else a question at the terminal)");
+    commands[change] = Command::kChangePassword;
+    AddElementCommands(app, settings, commands);
     for (CLI::App* const command : {list, session}) {
         command->add_option("--page", settings.page, "Elements per reply")
             ->capture_default_str()
@@ -113,6 +144,22 @@ std::string FirstLine(const std::string& file) {
     return line;
 }
 
+std::string Ask(const std::string& question) {
+    try {
+        return qv_demo::ReadSecretLine(question);
+    } catch (const std::runtime_error& e) {
+        throw Problem(kUsage, e.what());
+    }
+}
+
+std::string Secret(const std::string& file, const char* variable, const std::string& question) {
+    if (!file.empty()) {
+        return FirstLine(file);
+    }
+    const char* const value = std::getenv(variable);
+    return value != nullptr ? value : Ask(question);
+}
+
 }  // namespace
 
 ParsedSettings ParseSettings(int argc, char** argv) {
@@ -134,17 +181,22 @@ ParsedSettings ParseSettings(int argc, char** argv) {
 }
 
 std::string ReadPassword(const Settings& settings) {
-    if (!settings.password_file.empty()) {
-        return FirstLine(settings.password_file);
+    return Secret(settings.password_file, kPasswordVariable, "password of " + settings.user);
+}
+
+std::string ReadNewPassword(const Settings& settings) {
+    const bool asked = settings.new_password_file.empty() && std::getenv(kNewPasswordVariable) == nullptr;
+    std::string password =
+        Secret(settings.new_password_file, kNewPasswordVariable, "new password of " + settings.user);
+    if (asked) {
+        std::string again = Ask("new password again");
+        const qv_demo::Wiper wiper(again);
+        if (again != password) {
+            qv_demo::Wipe(password);
+            throw Problem(kUsage, "the new password was not typed the same way twice");
+        }
     }
-    if (const char* const password = std::getenv(kPasswordVariable)) {
-        return password;
-    }
-    try {
-        return qv_demo::ReadSecretLine("password of " + settings.user);
-    } catch (const std::runtime_error& e) {
-        throw Problem(kUsage, e.what());
-    }
+    return password;
 }
 
 }  // namespace qv_oss

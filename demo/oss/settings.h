@@ -2,10 +2,22 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 namespace qv_oss {
 
-enum class Command { kBrowse, kLogin, kPing, kList, kShow, kSession };
+enum class Command {
+    kBrowse,
+    kLogin,
+    kPing,
+    kList,
+    kShow,
+    kSession,
+    kChangePassword,
+    kAnnotate,
+    kSetInfo,
+    kCount
+};
 
 /// What the command line asks for.
 struct Settings {
@@ -15,9 +27,11 @@ struct Settings {
     std::string ems;                         ///< empty: the only one that is bound
     std::string user;
     std::string password_file;
-    std::string element;   ///< for kShow
-    unsigned page = 100;   ///< elements per reply
-    unsigned hold_ms = 0;  ///< for kLogin: keep the session so long
+    std::string new_password_file;         ///< for kChangePassword
+    std::string element;                   ///< for kShow, kAnnotate, kSetInfo
+    std::vector<std::string> assignments;  ///< for kAnnotate and kSetInfo, as "name=value"
+    unsigned page = 100;                   ///< elements per reply
+    unsigned hold_ms = 0;                  ///< for kLogin: keep the session so long
     std::chrono::milliseconds timeout{10000};
 };
 
@@ -33,5 +47,9 @@ ParsedSettings ParseSettings(int argc, char** argv);
 /// The password: from the file, else from the environment variable QV_OSS_PASSWORD, else asked for at the
 /// terminal. Never from the command line, where everybody on the machine could read it. Raises Problem.
 std::string ReadPassword(const Settings& settings);
+
+/// The same for the password that takes its place: --new-password-file, QV_OSS_NEW_PASSWORD, or asked for
+/// twice. Raises Problem.
+std::string ReadNewPassword(const Settings& settings);
 
 }  // namespace qv_oss

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "demo/agent/core/attributes.h"
+
 namespace qv_demo {
 
 using TextPairs = std::vector<std::pair<std::string, std::string>>;
@@ -26,6 +28,7 @@ struct Element {
     bool in_sync = true;
     std::vector<short> rates;  ///< layer rates by their numbers
     TextPairs additional_info;
+    Attributes attributes;  ///< none at first
 };
 
 /// The EMS itself.

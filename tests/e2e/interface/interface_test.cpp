@@ -27,9 +27,11 @@ TEST_F(InterfaceTest, ASessionKnowsItsClientAndItsManagers) {
     EXPECT_TRUE(client->_is_equivalent(associated.in()));
     emsSession::EmsSession_I::managerNames_T_var names;
     session->getSupportedManagers(names.out());
-    ASSERT_EQ(names->length(), 2U);
-    EXPECT_STREQ(names[0], "EMS");
-    EXPECT_STREQ(names[1], "ManagedElement");
+    ASSERT_EQ(names->length(), 4U);
+    EXPECT_STREQ(names[0], "Account");
+    EXPECT_STREQ(names[1], "Attribute");
+    EXPECT_STREQ(names[2], "EMS");
+    EXPECT_STREQ(names[3], "ManagedElement");
 }
 
 TEST_F(InterfaceTest, WhatTheEmsLacksIsNotImplemented) {

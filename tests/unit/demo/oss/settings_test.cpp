@@ -40,6 +40,11 @@ TEST(OssSettings, EachCommandHasItsOwnOptions) {
     const auto show = Parse({"show", "NE-1", "--user", "oss"});
     ASSERT_TRUE(show.proceed);
     EXPECT_EQ(show.settings.element, "NE-1");
+    const auto annotate = Parse({"annotate", "NE-1", "limit=70", "note=a=b", "--user", "oss"});
+    ASSERT_TRUE(annotate.proceed);
+    EXPECT_EQ(annotate.settings.command, Command::kAnnotate);
+    EXPECT_EQ(annotate.settings.assignments, (std::vector<std::string>{"limit=70", "note=a=b"}));
+    EXPECT_TRUE(Parse({"annotate", "NE-1", "--user", "oss"}).proceed) << "shows what there is";
 }
 
 TEST(OssSettings, AWrongLineIsAUsageError) {
@@ -53,6 +58,10 @@ TEST(OssSettings, AWrongLineIsAUsageError) {
         {"browse", "--naming", "host:70000"},
         {"browse", "--ior", "/does/not/exist"},
         {"login", "--user", "oss", "--password", "x"},
+        {"change-password", "--user", "oss", "--new-password", "x"},
+        {"change-password", "--user", "oss", "x"},
+        {"annotate", "NE-1", "limit", "--user", "oss"},
+        {"set-info", "NE-1", "=70", "--user", "oss"},
     };
     for (const auto& arguments : wrong) {
         const auto parsed = Parse(arguments);
@@ -73,6 +82,19 @@ TEST(OssSettings, ThePasswordFileGoesBeforeTheEnvironment) {
     EXPECT_THROW(ReadPassword(settings), Problem);
     settings.password_file = dir.Write("empty", "");
     EXPECT_THROW(ReadPassword(settings), Problem);
+}
+
+TEST(OssSettings, TheNewPasswordHasAFileAndAVariableOfItsOwn) {
+    const qv_test::TempDir dir;
+    const qv_test::ScopedEnv old_password("QV_OSS_PASSWORD", "the old one");
+    const qv_test::ScopedEnv env("QV_OSS_NEW_PASSWORD", "from the environment");
+    Settings settings;
+    settings.password_file = dir.Write("old", "the old one\n");
+    EXPECT_EQ(ReadNewPassword(settings), "from the environment");
+    settings.new_password_file = dir.Write("new", "from the file\n");
+    EXPECT_EQ(ReadNewPassword(settings), "from the file");
+    settings.new_password_file = dir.File("missing");
+    EXPECT_THROW(ReadNewPassword(settings), Problem);
 }
 
 }  // namespace
