@@ -19,6 +19,7 @@ int main() {
     const bool logs = NS_CORBA::CorbaLogMgr::Instance()->Init();
     std::cout << "logs " << logs << std::endl;
     NS_CORBA::TaTrace("a line for the log");
+    NS_CORBA::TaWriteOperLog(nullptr, 0);  // asks for the call chain, whatever the logs are set to
     NS_CORBA::CorbaLogMgr::Destroy();
     NS_CORBA::CorbaBaseAgentConfig::Destroy();
     return 0;

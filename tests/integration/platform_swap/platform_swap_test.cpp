@@ -13,11 +13,11 @@ constexpr const char* kOtherAddress = "=192.0.2.99\n";
 /// Runs the probe on a configuration of its own, with these directories searched for libraries first.
 class PlatformSwap : public testing::Test {
   protected:
-    void RunProbe(const std::string& libraries) {
+    void RunProbe(const std::string& libraries, const std::string& settings = "") {
         qv_test::ChildOptions options;
-        options.env["QV_AGENT_CONFIG"] =
-            m_dir.Write("agent.toml",
-                        "[agent]\nEmsName = 'Own/EMS'\n[platform]\nhost_ip = '192.0.2.1'\nlog_dir = 'log'\n");
+        options.env["QV_AGENT_CONFIG"] = m_dir.Write(
+            "agent.toml",
+            "[agent]\nEmsName = 'Own/EMS'\n[platform]\nhost_ip = '192.0.2.1'\nlog_dir = 'log'\n" + settings);
         options.env["QV_LOG_DIR"] = std::nullopt;
         options.env["LD_LIBRARY_PATH"] = libraries.empty() ? std::optional<std::string>() : libraries;
         m_result = qv_test::Run({QV_PROBE}, options);
@@ -40,7 +40,7 @@ TEST_F(PlatformSwap, WithoutAnotherPlatformTheStandaloneOneAnswers) {
     EXPECT_TRUE(Says("=192.0.2.1\n")) << m_result.out;
     EXPECT_TRUE(Says("logs 1\n")) << m_result.out;
     EXPECT_NE(OwnLog().find("a line for the log"), std::string::npos);
-    EXPECT_FALSE(Says("other-log"));
+    EXPECT_FALSE(Says("other-"));
 }
 
 TEST_F(PlatformSwap, AnotherUtilityLibraryTakesItsPlace) {
@@ -59,8 +59,21 @@ TEST_F(PlatformSwap, AnotherBundleManagerTakesItsPlaceWithStoreAndLogService) {
     EXPECT_EQ(OwnLog(), "");
 }
 
-TEST_F(PlatformSwap, BothCanBeReplacedTogether) {
-    RunProbe(std::string(QV_OTHER_BUNDLEMGR) + ":" + QV_OTHER_SELFGOVERNEDUTIL);
+TEST_F(PlatformSwap, AnotherCallChainTakesItsPlace) {
+    RunProbe(QV_OTHER_CALLCHAIN);
+    EXPECT_TRUE(Says("other-chain MRB\n")) << m_result.out;
+    EXPECT_TRUE(Says("ems Own/EMS\n")) << m_result.out;
+}
+
+TEST_F(PlatformSwap, TheOwnCallChainRunsOnAnotherBundleManager) {
+    RunProbe(QV_OTHER_BUNDLEMGR, "call_chain = true\n");
+    EXPECT_EQ(m_result.err, "");
+    EXPECT_FALSE(Says("other-chain"));
+}
+
+TEST_F(PlatformSwap, AllCanBeReplacedTogether) {
+    RunProbe(std::string(QV_OTHER_BUNDLEMGR) + ":" + QV_OTHER_SELFGOVERNEDUTIL + ":" + QV_OTHER_CALLCHAIN);
+    EXPECT_TRUE(Says("other-chain MRB\n")) << m_result.out;
     EXPECT_TRUE(Says(kOtherId)) << m_result.out;
     EXPECT_TRUE(Says("ems Other/EMS\n")) << m_result.out;
     EXPECT_TRUE(Says(kOtherAddress)) << m_result.out;

@@ -329,6 +329,20 @@ TEST_F(CallChainTest, TheEnvironmentIsReadForEachSpan) {
     EXPECT_EQ(report(), "two:--:/rest/mrb/v1/corba/:");
 }
 
+TEST_F(CallChainTest, ARecordOpensAndReportsASpanWhateverTheSwitchSays) {
+    qv_test::TakeCallChainNames();
+    NS_CORBA::TaWriteOperLog(nullptr, kRequest);
+    ASSERT_EQ(chain.Set().size(), 1u);
+    NS_CORBA::TaWriteOperLog(&succeeded, kReply);
+    NS_CORBA::TaWriteOperLog(&failed, kException);
+    const auto spans = chain.Spans();
+    ASSERT_EQ(spans.size(), 2u);
+    EXPECT_EQ(spans[0]["append"][4]["value"].asString(), "200");
+    EXPECT_EQ(spans[0]["traceId"].asString(), chain.Set()[0].trace);
+    EXPECT_EQ(spans[1]["append"][4]["value"].asString(), "500");
+    EXPECT_TRUE(capture->Entries("corbaoper").empty()) << "bLogOperation is off";
+}
+
 TEST_F(CallChainTest, WhatTheLibraryOrTheOrbRaisesPassesThrough) {
     WriteCallChain(nullptr, kRequest);
     qv_test::FakeServerRequestInfo mute;
