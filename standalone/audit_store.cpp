@@ -1,128 +1,21 @@
 #include "standalone/audit_store.h"
 
-#include <sqlite3.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <memory>
-#include <stdexcept>
+#include <algorithm>
+
+#include "standalone/audit_database.h"
 
 namespace qv_standalone {
 namespace {
 
 constexpr std::chrono::seconds kLookInterval{1};
-constexpr int kBusyMilliseconds = 50;
+constexpr int kLongLog = 4000;             // pages: 16 MiB
 constexpr std::size_t kMostOpen = 100000;  // operations whose end never came
-
-// WAL with "normal" hands each row to the system before the call returns but syncs at checkpoints only.
-constexpr const char* kSchema = R"(
-PRAGMA journal_mode = WAL;
-PRAGMA synchronous = NORMAL;
-CREATE TABLE IF NOT EXISTS begun(id INTEGER PRIMARY KEY AUTOINCREMENT, request_id INTEGER NOT NULL,
-  begin_ms INTEGER NOT NULL, process INTEGER NOT NULL, thread INTEGER NOT NULL,
-  operName TEXT, nmsAddress TEXT, strInfo TEXT, riskLevel TEXT);
-CREATE TABLE IF NOT EXISTS further(begun_id INTEGER NOT NULL REFERENCES begun(id), name TEXT, value TEXT);
-CREATE TABLE IF NOT EXISTS ended(begun_id INTEGER PRIMARY KEY REFERENCES begun(id), end_ms INTEGER NOT NULL,
-  result INTEGER NOT NULL, detail TEXT);
-CREATE TRIGGER IF NOT EXISTS begun_stays BEFORE UPDATE ON begun
-  BEGIN SELECT RAISE(ABORT, 'the audit is append-only'); END;
-CREATE TRIGGER IF NOT EXISTS begun_remains BEFORE DELETE ON begun
-  BEGIN SELECT RAISE(ABORT, 'the audit is append-only'); END;
-CREATE TRIGGER IF NOT EXISTS further_stays BEFORE UPDATE ON further
-  BEGIN SELECT RAISE(ABORT, 'the audit is append-only'); END;
-CREATE TRIGGER IF NOT EXISTS further_remains BEFORE DELETE ON further
-  BEGIN SELECT RAISE(ABORT, 'the audit is append-only'); END;
-CREATE TRIGGER IF NOT EXISTS ended_stays BEFORE UPDATE ON ended
-  BEGIN SELECT RAISE(ABORT, 'the audit is append-only'); END;
-CREATE TRIGGER IF NOT EXISTS ended_remains BEFORE DELETE ON ended
-  BEGIN SELECT RAISE(ABORT, 'the audit is append-only'); END;
-CREATE VIEW IF NOT EXISTS audit AS SELECT id, request_id, process, thread, begin_ms, end_ms, operName, nmsAddress,
-  strInfo, riskLevel, result, detail FROM begun LEFT JOIN ended ON begun_id = id;
-)";
-
-struct Finalize {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-
-/// One statement, run once. Throws std::runtime_error with SQLite's reason.
-class Insert {
-  public:
-    Insert(sqlite3* db, const char* sql) : m_db(db) {
-        sqlite3_stmt* statement = nullptr;
-        Check(sqlite3_prepare_v2(db, sql, -1, &statement, nullptr));
-        m_statement.reset(statement);
-    }
-    Insert& Number(std::int64_t value) {
-        Check(sqlite3_bind_int64(m_statement.get(), ++m_at, value));
-        return *this;
-    }
-    Insert& Text(const std::string& value) {
-        Check(sqlite3_bind_text64(m_statement.get(), ++m_at, value.data(), value.size(), SQLITE_TRANSIENT,
-                                  SQLITE_UTF8));
-        return *this;
-    }
-    Insert& Nothing() {
-        ++m_at;
-        return *this;
-    }
-    void Run() {
-        if (sqlite3_step(m_statement.get()) != SQLITE_DONE) {
-            throw std::runtime_error(sqlite3_errmsg(m_db));
-        }
-    }
-
-  private:
-    void Check(int code) const {
-        if (code != SQLITE_OK) {
-            throw std::runtime_error(sqlite3_errmsg(m_db));
-        }
-    }
-    sqlite3* const m_db;
-    std::unique_ptr<sqlite3_stmt, Finalize> m_statement;
-    int m_at = 0;
-};
-
-void Execute(sqlite3* db, const char* sql) {
-    if (sqlite3_exec(db, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
-        throw std::runtime_error(sqlite3_errmsg(db));
-    }
-}
-
-/// Takes all back that was done since it was made, unless Commit came.
-class Transaction {
-  public:
-    explicit Transaction(sqlite3* db) : m_db(db) { Execute(db, "BEGIN IMMEDIATE"); }
-    ~Transaction() {
-        if (!m_done) {
-            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-        }
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    void Commit() {
-        Execute(m_db, "COMMIT");
-        m_done = true;
-    }
-
-  private:
-    sqlite3* const m_db;
-    bool m_done = false;
-};
-
-std::int64_t NowMilliseconds() {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-               std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
 
 pid_t ThisThread() {
     return static_cast<pid_t>(syscall(SYS_gettid));
-}
-
-bool IsColumn(const std::string& name) {
-    return name == "operName" || name == "nmsAddress" || name == "strInfo" || name == "riskLevel";
 }
 
 }  // namespace
@@ -130,9 +23,7 @@ bool IsColumn(const std::string& name) {
 AuditStore::AuditStore(std::string path, Tell tell, Clock clock)
     : m_path(std::move(path)), m_tell(std::move(tell)), m_clock(std::move(clock)) {}
 
-AuditStore::~AuditStore() {
-    Close();
-}
+AuditStore::~AuditStore() = default;
 
 std::uint64_t AuditStore::Lost() const {
     std::lock_guard<std::mutex> guard(m_lock);
@@ -146,7 +37,7 @@ void AuditStore::BeginAudit(const unsigned long& requestId,
     std::int64_t row = 0;
     try {
         if (Ready()) {
-            row = InsertBegin(requestId, fields);
+            row = m_db->Begin(requestId, key.first, fields);
             Recovered();
         }
     } catch (const std::exception& error) {
@@ -173,7 +64,7 @@ void AuditStore::EndAudit(const unsigned long& requestId, const int& result, con
     }
     try {
         if (row != 0 && Ready()) {
-            InsertEnd(row, result, detail);
+            m_db->End(row, result, detail);
             Recovered();
             return;
         }
@@ -190,41 +81,61 @@ bool AuditStore::Ready() {
         return m_db != nullptr;
     }
     m_next_look = now + kLookInterval;
-    if (m_db != nullptr) {
-        const FileStamp present = StampOf(m_path);
-        if (present.device == m_opened.device && present.inode == m_opened.inode) {
-            return true;
-        }
-        Close();
+    if (m_db != nullptr && !WasMoved()) {
+        return true;
     }
-    Open();
+    LetGo();
+    m_db = std::make_unique<AuditDatabase>(m_path);
+    m_opened = StampOf(m_path);
     return true;
 }
 
-void AuditStore::Open() {
-    const std::filesystem::path directory = std::filesystem::path(m_path).parent_path();
-    if (!directory.empty()) {
-        std::filesystem::create_directories(directory);
-    }
-    constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-    const int code = sqlite3_open_v2(m_path.c_str(), &m_db, kFlags, nullptr);
-    if (code != SQLITE_OK) {
-        throw std::runtime_error(sqlite3_errstr(code));
-    }
-    sqlite3_busy_timeout(m_db, kBusyMilliseconds);
-    chmod(m_path.c_str(), 0640);  // addresses and parameters are not for everybody
-    Execute(m_db, kSchema);
-    m_opened = StampOf(m_path);
+bool AuditStore::WasMoved() const {
+    const FileStamp present = StampOf(m_path);
+    return present.device != m_opened.device || present.inode != m_opened.inode;
 }
 
-void AuditStore::Close() {
-    sqlite3_close_v2(m_db);
-    m_db = nullptr;
+/// Under the lock: leaves the present file whole, wherever it lies now. What began in it can't end in
+/// another.
+void AuditStore::LetGo() {
+    if (WasMoved()) {
+        for (auto& [key, rows] : m_open) {
+            std::fill(rows.begin(), rows.end(), 0);
+        }
+    }
+    if (m_db != nullptr) {
+        m_db->Finish();
+        m_db.reset();
+    }
+}
+
+void AuditStore::Tend() noexcept {
+    try {
+        {
+            std::lock_guard<std::mutex> guard(m_lock);
+            if (m_db == nullptr) {
+                return;
+            }
+            if (WasMoved()) {
+                LetGo();
+                return;
+            }
+            if (m_db->LogPages() < kLongLog) {
+                return;
+            }
+        }
+        CheckpointAudit(m_path);
+    } catch (const std::exception&) {
+        // No memory: the next time.
+    }
 }
 
 /// Under the lock: gives the file up until the next look.
 void AuditStore::Fail(const std::string& reason) {
-    Close();
+    if (m_db != nullptr) {
+        m_db->LeaveLog();
+        m_db.reset();
+    }
     m_next_look = m_clock() + kLookInterval;
     if (!m_failed) {
         m_failed = true;
@@ -242,35 +153,6 @@ void AuditStore::Recovered() {
         m_tell("the audit " + m_path + " is written again; " + std::to_string(m_lost - m_lost_told) +
                " row(s) were lost");
     }
-}
-
-std::int64_t AuditStore::InsertBegin(unsigned long requestId,
-                                     const std::map<std::string, std::string>& fields) {
-    Transaction transaction(m_db);
-    Insert begun(m_db,
-                 "INSERT INTO begun(request_id, begin_ms, process, thread, operName, nmsAddress, strInfo, "
-                 "riskLevel) VALUES(?,?,?,?,?,?,?,?)");
-    begun.Number(static_cast<std::int64_t>(requestId)).Number(NowMilliseconds());
-    begun.Number(getpid()).Number(ThisThread());
-    for (const char* column : {"operName", "nmsAddress", "strInfo", "riskLevel"}) {
-        const auto found = fields.find(column);
-        found == fields.end() ? begun.Nothing() : begun.Text(found->second);
-    }
-    begun.Run();
-    const std::int64_t row = sqlite3_last_insert_rowid(m_db);
-    for (const auto& [name, value] : fields) {
-        if (!IsColumn(name)) {
-            Insert further(m_db, "INSERT INTO further VALUES(?,?,?)");
-            further.Number(row).Text(name).Text(value).Run();
-        }
-    }
-    transaction.Commit();
-    return row;
-}
-
-void AuditStore::InsertEnd(std::int64_t row, int result, const std::string& detail) {
-    Insert ended(m_db, "INSERT INTO ended VALUES(?,?,?,?)");
-    ended.Number(row).Number(NowMilliseconds()).Number(result).Text(detail).Run();
 }
 
 /// Under the lock. Ends that never come must not fill the memory, so a crowded table begins anew.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -14,9 +15,9 @@
 #include "platform/audit_log.h"
 #include "standalone/file_stamp.h"
 
-struct sqlite3;
-
 namespace qv_standalone {
+
+class AuditDatabase;
 
 /// The audit of the stand-alone platform, in an SQLite file that refuses to change or delete a row. The view
 /// "audit" shows each operation with its end, which is null while it runs. What BeginAudit returned from is
@@ -40,6 +41,10 @@ class AuditStore final : public NS_CORBA::AuditLogif {
                     const std::map<std::string, std::string>& fields) override;
     void EndAudit(const unsigned long& requestId, const int& result, const std::string& detail) override;
 
+    /// To be called regularly, by a thread that may wait for the disk: shortens a write-ahead log that has
+    /// grown long, and sees that the file was moved away. Never throws.
+    void Tend() noexcept;
+
     /// Rows lost since the process began.
     std::uint64_t Lost() const;
 
@@ -47,21 +52,19 @@ class AuditStore final : public NS_CORBA::AuditLogif {
     using Key = std::pair<pid_t, unsigned long>;
 
     bool Ready();
-    void Open();
-    void Close();
+    bool WasMoved() const;
+    void LetGo();
     void Fail(const std::string& reason);
     void Recovered();
-    std::int64_t InsertBegin(unsigned long requestId, const std::map<std::string, std::string>& fields);
-    void InsertEnd(std::int64_t row, int result, const std::string& detail);
     void Remember(const Key& key, std::int64_t row);
 
     const std::string m_path;
     const Tell m_tell;
     const Clock m_clock;
 
-    mutable std::mutex m_lock;  // guards what follows
-    sqlite3* m_db = nullptr;
-    FileStamp m_opened;  // size and time of it mean nothing
+    mutable std::mutex m_lock;            // guards what follows
+    std::unique_ptr<AuditDatabase> m_db;  // none while it can't be written
+    FileStamp m_opened;                   // size and time of it mean nothing
     std::chrono::steady_clock::time_point m_next_look{};
     std::map<Key, std::vector<std::int64_t>> m_open;  // row numbers, 0 for a row that was lost
     std::uint64_t m_lost = 0;

@@ -1,6 +1,7 @@
 #include "standalone/default_services.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "platform/environment.h"
 #include "standalone/audit_store.h"
@@ -34,6 +35,12 @@ struct RefreshedSecurity {
     FlushTimer refresh{kRefreshInterval, [this] { service.Refresh(); }};
 };
 
+struct TendedAudit {
+    explicit TendedAudit(std::string path) : store(std::move(path), Report) {}
+    AuditStore store;
+    FlushTimer tend{kRefreshInterval, [this] { store.Tend(); }};
+};
+
 std::string AuditPath() {
     const std::string path = ConfigStore::Instance().PlatformPath("audit_file");
     return path.empty() ? (std::filesystem::path(NS_BUNDLEMGR1::GetNBILogPath()) / "audit.db").string()
@@ -48,8 +55,8 @@ NS_BUNDLEMGR1::ServiceInterface& DefaultSecurityService() {
 }
 
 NS_BUNDLEMGR1::ServiceInterface& DefaultAuditService() {
-    static auto* const audit = new AuditStore(AuditPath(), Report);
-    return *audit;
+    static auto* const audit = new TendedAudit(AuditPath());
+    return audit->store;
 }
 
 }  // namespace qv_standalone
