@@ -8,3 +8,15 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 mkdir -p "$build/bench-results"
 echo "Request path: calls per second and server CPU per call, beside the plain ORB"
 python3 "$here/request_path/request_path.py" "$build" --json "$build/bench-results/request_path.json" "$@"
+
+echo
+echo "Operation records: what the text of five parameters costs"
+"$build/bin/bench_operation_record" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$build/bench-results/operation_record.json" --benchmark_out_format=json
+echo
+echo "Operation records: a reply of 16 MB"
+"$build/bin/bench_large_reply" 16 9 "$build/bench-results/large_reply.json"
+echo
+echo "Call chain: what the span of a request costs"
+"$build/bin/bench_call_chain" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
+  --benchmark_out="$build/bench-results/call_chain.json" --benchmark_out_format=json

@@ -19,10 +19,12 @@ import tempfile
 import time
 
 THREADS = (1, 4)
-# The settings of the library's servers, beyond those that all share.
+# The settings of the library's servers, beyond those that all share. Where operations are audited, every call is.
 LIBRARY = {
     "library, log off": "",
     "library, log on": "bLogOperation = 1",
+    "library, log and spans on": "bLogOperation = 1\n[platform]\ncall_chain = true",
+    "library, log, spans, audit": "bLogOperation = 1\n[platform]\ncall_chain = true\nrisk_file = \"{folder}/risk.toml\"",
     "library, statistics on": "IsInterceptorEnabled = 1",
 }
 VARIANTS = ("plain ORB", "seam, empty interceptor", *LIBRARY)
@@ -66,7 +68,8 @@ def free_port():
 
 def library_server(build, folder, settings):
     config = folder / "agent.toml"
-    config.write_text(SETTINGS.format(port=free_port(), more=settings))
+    config.write_text(SETTINGS.format(port=free_port(), more=settings.format(folder=folder)))
+    (folder / "risk.toml").write_text("[risk]\nquery = 1\n")
     return Server([build / "bin/bench_library_server"], folder, {
         "QV_AGENT_CONFIG": str(config), "QV_LOG_DIR": str(folder), "QV_ENV_ROOT": str(folder),
         "QV_CFG_DIR": str(folder)})
@@ -125,10 +128,10 @@ def summary(samples):
 
 
 def print_table(rows):
-    print(f"{'client threads':>14}  {'server':<24} {'calls/s':>9} {'CPU us/call':>12} {'added us':>9} "
+    print(f"{'client threads':>14}  {'server':<27} {'calls/s':>9} {'CPU us/call':>12} {'added us':>9} "
           f"{'of plain':>9}  spread")
     for row in rows:
-        print(f"{row['threads']:>14}  {row['variant']:<24} {row['calls_per_second']:>9.0f} "
+        print(f"{row['threads']:>14}  {row['variant']:<27} {row['calls_per_second']:>9.0f} "
               f"{row['server_us_per_call']:>12.2f} {row['added_us_per_call']:>+9.2f} {row['ratio']:>9.3f}  "
               f"{row['ratio_min']:.3f}-{row['ratio_max']:.3f}")
 
