@@ -18,10 +18,11 @@ std::string Named(const std::string& user) {
 
 }  // namespace
 
-SecurityService::SecurityService(SecurityOptions options, Log log, Clock clock)
+SecurityService::SecurityService(SecurityOptions options, Log log, Clock clock, Match match)
     : m_options(std::move(options)),
       m_log(std::move(log)),
       m_clock(std::move(clock)),
+      m_match(std::move(match)),
       m_gate(m_options.max_checks, m_options.max_waiting),
       m_lockout(m_options.max_failures, m_options.lock_time) {
     m_tables.push_back(std::make_unique<const RiskTable>(RiskTable::Default()));
@@ -76,7 +77,7 @@ unsigned long SecurityService::Verify(const Users& users, const std::string& use
         return kLoginLocked;
     }
     const std::string* const hash = users.file.HashOf(user);
-    const PasswordMatch match = MatchPassword(hash == nullptr ? users.nobody : *hash, password);
+    const PasswordMatch match = m_match(hash == nullptr ? users.nobody : *hash, password);
     if (match == PasswordMatch::kNoMemory) {
         return kLoginBusy;
     }

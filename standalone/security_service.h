@@ -12,6 +12,7 @@
 #include "standalone/check_gate.h"
 #include "standalone/file_stamp.h"
 #include "standalone/lockout.h"
+#include "standalone/password.h"
 #include "standalone/risk_table.h"
 #include "standalone/user_file.h"
 
@@ -36,8 +37,12 @@ class SecurityService final : public NS_SECURITY_SERVICE1::SecurityIF {
     /// Takes a line for the service's log; level as in LogHandle::Write. Must not throw.
     using Log = std::function<void(int level, const std::string& text)>;
 
+    /// Checks a password against a hash, as MatchPassword.
+    using Match = std::function<PasswordMatch(const std::string& hash, const std::string& password)>;
+
     SecurityService(
-        SecurityOptions options, Log log, Clock clock = [] { return std::chrono::steady_clock::now(); });
+        SecurityOptions options, Log log, Clock clock = [] { return std::chrono::steady_clock::now(); },
+        Match match = MatchPassword);
     ~SecurityService() override;
 
     unsigned long UserLogin(const std::string& user, const std::string& password,
@@ -75,6 +80,7 @@ class SecurityService final : public NS_SECURITY_SERVICE1::SecurityIF {
     const SecurityOptions m_options;
     const Log m_log;
     const Clock m_clock;
+    const Match m_match;
     CheckGate m_gate;
     Lockout m_lockout;
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <time.h>
 
 #include <mutex>
 #include <thread>
@@ -38,7 +39,7 @@ class SecurityServiceTest : public testing::Test {
                     std::lock_guard<std::mutex> guard(m_lock);
                     m_log += text + "\n";
                 },
-                [this] { return m_now; });
+                [this] { return m_now; }, m_match);
         }
         return *m_service;
     }
@@ -49,6 +50,7 @@ class SecurityServiceTest : public testing::Test {
     static std::string s_hash;
     TempDir m_dir;
     SecurityOptions m_options;
+    SecurityService::Match m_match = MatchPassword;
     std::chrono::steady_clock::time_point m_now{1000000s};
     std::mutex m_lock;
     std::string m_log;
@@ -73,18 +75,70 @@ TEST_F(SecurityServiceTest, TellsRightFromWrongAndNeverLogsAPassword) {
     EXPECT_THAT(m_log, Not(HasSubstr("$argon2")));
 }
 
-TEST_F(SecurityServiceTest, AnUnknownUserTakesTheTimeOfAKnownOne) {
-    const auto time = [this](const char* user) {
-        auto best = std::chrono::nanoseconds::max();
-        for (int i = 0; i < 2; ++i) {
-            const auto begin = std::chrono::steady_clock::now();
-            Login(user, "wrong");
-            best = std::min<std::chrono::nanoseconds>(best, std::chrono::steady_clock::now() - begin);
+TEST_F(SecurityServiceTest, AnUnknownUserCostsOneCheckLikeAKnownOne) {
+    const auto form = [](const std::string& hash) { return hash.substr(0, hash.find('$', 20)); };
+    std::vector<std::string> hashes;
+    m_match = [&](const std::string& hash, const std::string& password) {
+        EXPECT_EQ(password, "secret");
+        hashes.push_back(hash);
+        return PasswordMatch::kYes;
+    };
+    EXPECT_EQ(Login("oss", "secret"), kLoginAccepted);
+    EXPECT_EQ(Login("nobody", "secret"), kLoginRejected) << "whatever the check says";
+    ASSERT_EQ(hashes.size(), 2U);
+    EXPECT_EQ(hashes[0], s_hash);
+    EXPECT_NE(hashes[1], s_hash);
+    EXPECT_EQ(hashes[1].size(), s_hash.size());
+    EXPECT_EQ(form(hashes[1]), form(s_hash)) << "the same memory and passes";
+    EXPECT_TRUE(IsPasswordHash(hashes[1])) << "so that a check goes all the way";
+    EXPECT_EQ(Login("a b", "secret"), kLoginRejected);
+    EXPECT_EQ(hashes.size(), 2U) << "no user can have this name, and everybody knows that";
+}
+
+TEST_F(SecurityServiceTest, ALockedUserCostsNoCheckKnownOrNot) {
+    m_options.max_failures = 1;
+    int checks = 0;
+    m_match = [&](const std::string&, const std::string&) {
+        ++checks;
+        return PasswordMatch::kNo;
+    };
+    for (const char* user : {"oss", "nobody"}) {
+        checks = 0;
+        EXPECT_EQ(Login(user, "x"), kLoginRejected);
+        EXPECT_EQ(Login(user, "x"), kLoginLocked);
+        EXPECT_EQ(checks, 1) << user;
+    }
+}
+
+TEST_F(SecurityServiceTest, WithoutMemoryACheckIsBusyAndNoFailure) {
+    m_options.max_failures = 1;
+    PasswordMatch result = PasswordMatch::kNoMemory;
+    m_match = [&](const std::string&, const std::string&) { return result; };
+    EXPECT_EQ(Login("oss", "secret"), kLoginBusy);
+    EXPECT_EQ(Login("oss", "secret"), kLoginBusy) << "not locked";
+    result = PasswordMatch::kYes;
+    EXPECT_EQ(Login("oss", "secret"), kLoginAccepted);
+}
+
+TEST(PasswordOfNobody, IsCheckedAllTheWay) {
+    // Processor time of this thread: other programs don't count.
+    const auto cost = [](const std::string& hash) {
+        double best = 1e9;
+        for (int i = 0; i < 3; ++i) {
+            timespec begin{};
+            timespec end{};
+            clock_gettime(CLOCK_THREAD_CPUTIME_ID, &begin);
+            EXPECT_EQ(MatchPassword(hash, "wrong"), PasswordMatch::kNo);
+            clock_gettime(CLOCK_THREAD_CPUTIME_ID, &end);
+            best = std::min(best, static_cast<double>(end.tv_sec - begin.tv_sec) +
+                                      static_cast<double>(end.tv_nsec - begin.tv_nsec) / 1e9);
         }
         return best;
     };
-    const auto known = time("oss");
-    EXPECT_GT(time("nobody") * 2, known);
+    const double known = cost(HashPassword("secret"));
+    const double nobody = cost(HashOfNobody(""));
+    EXPECT_GT(nobody, known * 0.7);
+    EXPECT_LT(nobody, known * 1.4);
 }
 
 TEST_F(SecurityServiceTest, LocksKnownAndUnknownUsersAlikeForTheLockTime) {
