@@ -32,6 +32,8 @@ class Deployment {
     void AddUser(const std::string& name, const std::string& password);
     /// Contents of the configuration file of the agent's next start, in place of the settings.
     void SetWholeConfig(const std::string& contents) { whole_config_ = contents; }
+    /// Writes the settings made since the agent's start to its configuration file.
+    void RewriteConfig() { dir_.Write("agent.toml", ConfigText()); }
     void SetInventory(const std::string& path) { inventory_ = path; }
     void SetLogDir(const std::string& path) { log_dir_ = path; }
 

@@ -4,7 +4,7 @@
 
 #include "accountManagerC.h"
 #include "attributeManagerC.h"
-#include "oss_in_process.h"
+#include "tests/e2e/harness/oss_in_process.h"
 
 namespace qv_e2e {
 namespace {

@@ -1,7 +1,7 @@
 // Long lists page by page, through the stubs.
 #include <gmock/gmock.h>
 
-#include "oss_in_process.h"
+#include "tests/e2e/harness/oss_in_process.h"
 #include "tests/support/wait_for.h"
 
 namespace qv_e2e {

@@ -1,4 +1,4 @@
-#include "oss_in_process.h"
+#include "tests/e2e/harness/oss_in_process.h"
 
 namespace qv_e2e {
 
