@@ -54,7 +54,7 @@ SpanCollector::~SpanCollector() {
 }
 
 void SpanCollector::Start() {
-    m_worker.Start([this] { Run(); });
+    m_worker.Start("qv-span-post", [this] { Run(); });
 }
 
 void SpanCollector::HandOver(std::vector<std::string>&& spans) {

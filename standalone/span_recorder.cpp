@@ -83,7 +83,7 @@ void SpanRecorder::Start() {
     if (m_collector && !m_collector->Started()) {
         m_collector->Start();
     }
-    m_worker.Start([this] { Run(); });
+    m_worker.Start("qv-span-file", [this] { Run(); });
 }
 
 void SpanRecorder::Run() {

@@ -1,5 +1,7 @@
 #include "standalone/worker_thread.h"
 
+#include <pthread.h>
+
 #include <utility>
 
 #include "standalone/signals_blocked.h"
@@ -12,8 +14,11 @@ WorkerThread::~WorkerThread() {
     }
 }
 
-void WorkerThread::Start(std::function<void()> work) {
-    std::packaged_task<void()> task(std::move(work));
+void WorkerThread::Start(const char* name, std::function<void()> work) {
+    std::packaged_task<void()> task([name, work = std::move(work)] {
+        pthread_setname_np(pthread_self(), name);
+        work();
+    });
     std::future<void> end = task.get_future();
     const SignalsBlocked blocked;
     m_thread = std::thread(std::move(task));
@@ -21,7 +26,13 @@ void WorkerThread::Start(std::function<void()> work) {
 }
 
 bool WorkerThread::WaitForEnd(std::chrono::steady_clock::time_point limit) {
-    return !m_end.valid() || m_end.wait_until(limit) == std::future_status::ready;
+    if (m_end.valid() && m_end.wait_until(limit) != std::future_status::ready) {
+        return false;
+    }
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+    return true;
 }
 
 }  // namespace qv_standalone

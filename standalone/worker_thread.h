@@ -17,7 +17,8 @@ class WorkerThread {
     WorkerThread& operator=(const WorkerThread&) = delete;
 
     /// To be called once. Throws std::system_error when there is no thread to be had.
-    void Start(std::function<void()> work);
+    /// @param name what the system shows for it, up to 15 characters
+    void Start(const char* name, std::function<void()> work);
     bool Started() const { return m_thread.joinable(); }
 
     /// Whether the thread has ended, or was never started, after this long at most.

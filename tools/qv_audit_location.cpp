@@ -30,13 +30,12 @@ fs::path LogDirectory(const qv_standalone::SettingsFile& file) {
     return configured.empty() ? "log" : configured;
 }
 
-}  // namespace
-
-std::string ConfiguredAuditFile() {
+/// @param which asks for what is missing when nothing is configured
+qv_standalone::SettingsFile Configuration(const std::string& which) {
     const std::string path = qv_standalone::ConfigFilePath();
     if (path.empty() && std::getenv("QV_LOG_DIR") == nullptr) {
-        throw std::runtime_error(
-            "which audit? Name its file, or set QV_AGENT_CONFIG to the agent's configuration file");
+        throw std::runtime_error(which +
+                                 "? Name its file, or set QV_AGENT_CONFIG to the agent's configuration file");
     }
     qv_standalone::SettingsFile file;
     if (!path.empty()) {
@@ -46,8 +45,19 @@ std::string ConfiguredAuditFile() {
                                                            : FindingText(path, file.findings.front()));
         }
     }
+    return file;
+}
+
+}  // namespace
+
+std::string ConfiguredAuditFile() {
+    const qv_standalone::SettingsFile file = Configuration("which audit");
     const fs::path audit = PathSetting(file, "audit_file");
     return (audit.empty() ? LogDirectory(file) / "audit.db" : audit).string();
+}
+
+std::string ConfiguredSpanFile() {
+    return (LogDirectory(Configuration("which call chain")) / "callchain.jsonl").string();
 }
 
 }  // namespace qv_tools

@@ -8,4 +8,7 @@ namespace qv_tools {
 /// nothing. Throws std::runtime_error with a sentence when there is no configuration or it can't be used.
 std::string ConfiguredAuditFile();
 
+/// As ConfiguredAuditFile, for the spans of the agent's call chain.
+std::string ConfiguredSpanFile();
+
 }  // namespace qv_tools

@@ -5,6 +5,7 @@
 #include <json/reader.h>
 
 #include <atomic>
+#include <memory>
 
 #include "standalone/span_line.h"
 #include "tests/support/free_port.h"
@@ -42,7 +43,8 @@ std::vector<std::string> Lines(int count) {
 
 Json::Value Parsed(const std::string& text) {
     Json::Value value;
-    Json::CharReaderBuilder().newCharReader()->parse(text.data(), text.data() + text.size(), &value, nullptr);
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &value, nullptr));
     return value;
 }
 
@@ -54,6 +56,8 @@ class SpanCollectorTest : public testing::Test {
         options.longest_pause = 4ms;
         options.gather = 1ms;
     }
+
+    void TearDown() override { collector.reset(); }  // it tells to the very end
 
     void Start() {
         collector = std::make_unique<SpanCollector>(

@@ -33,6 +33,8 @@ class SpanRecorderTest : public testing::Test {
   protected:
     SpanRecorderTest() { options.file.path = dir.File("callchain.jsonl"); }
 
+    void TearDown() override { recorder.reset(); }  // it tells to the very end
+
     void Make() {
         recorder = std::make_unique<SpanRecorder>(options, [this](const std::string& sentence) {
             const std::lock_guard<std::mutex> guard(m_lock);
@@ -58,21 +60,25 @@ class SpanRecorderTest : public testing::Test {
     std::vector<std::string> m_told;
 };
 
-/// The signals that a thread of this process blocks, by the system's own account.
-std::vector<std::string> BlockedByOtherThreads() {
+/// Of the threads of spans: the signals that each blocks, by the system's own account.
+std::vector<std::string> BlockedBySpanThreads() {
     std::vector<std::string> masks;
-    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
-        if (task.path().filename() == std::to_string(getpid())) {
-            continue;
-        }
+    std::error_code ended;  // a thread may end meanwhile
+    for (const auto& task : fs::directory_iterator("/proc/self/task", ended)) {
         std::ifstream status(task.path() / "status");
+        bool own = false;
         for (std::string line; std::getline(status, line);) {
-            if (line.rfind("SigBlk:\t", 0) == 0) {
+            own = own || line.rfind("Name:\tqv-span-", 0) == 0;
+            if (own && line.rfind("SigBlk:\t", 0) == 0) {
                 masks.push_back(line.substr(8));
             }
         }
     }
     return masks;
+}
+
+bool WaitForNoSpanThreads() {
+    return WaitFor([] { return BlockedBySpanThreads().empty(); });
 }
 
 TEST_F(SpanRecorderTest, ASpanIsInTheFileSoon) {
@@ -175,10 +181,10 @@ TEST_F(SpanRecorderTest, AllThatWasAcceptedIsWrittenAtTheEnd) {
 
 TEST_F(SpanRecorderTest, WithoutASpanThereIsNoThread) {
     Make();
-    EXPECT_TRUE(BlockedByOtherThreads().empty());
+    EXPECT_TRUE(WaitForNoSpanThreads()) << "those of former tests are gone";
     EXPECT_TRUE(recorder->Stop(0ms));
     EXPECT_EQ(Report(SampleSpan()), -1);
-    EXPECT_TRUE(BlockedByOtherThreads().empty());
+    EXPECT_TRUE(BlockedBySpanThreads().empty());
     EXPECT_FALSE(fs::exists(options.file.path));
 }
 
@@ -186,10 +192,13 @@ TEST_F(SpanRecorderTest, ItsThreadsTakeNoSignals) {
     const qv_test::HttpServer server;
     options.collector.url = server.Url("/");
     Make();
+    ASSERT_TRUE(WaitForNoSpanThreads());
     Report(SampleSpan());
-    const auto masks = BlockedByOtherThreads();
-    // The server's own thread blocks none; bits 32 and 33 are the C library's, 9 and 19 can't be blocked.
-    EXPECT_EQ(std::count(masks.begin(), masks.end(), "fffffffe7ffbfeff"), 2);
+    // Bits 32 and 33 are the C library's, 9 and 19 can't be blocked.
+    EXPECT_TRUE(WaitFor([] {
+        const auto masks = BlockedBySpanThreads();
+        return std::count(masks.begin(), masks.end(), "fffffffe7ffbfeff") == 2;
+    }));
 }
 
 TEST_F(SpanRecorderTest, TheCollectorGetsWhatTheFileHas) {
