@@ -55,6 +55,20 @@ write_config() {
   sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" "$DATA/agent.toml.in" >"$DIR/agent.toml"
 }
 
+# own_address: an IPv4 address of this host that isn't the loopback's; nothing when there is none
+own_address() {
+  hostname -I 2>/dev/null | tr ' ' '\n' | grep -E '^[0-9.]+$' | grep -v '^127\.' | head -n 1 || true
+}
+
+# write_guarded_config NAMING_PORT AGENT_PORT ADDRESS: an agent that is reached at ADDRESS, but whose list of OSSs names
+# another one. It stops at once for want of a thread pool.
+write_guarded_config() {
+  sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" -e "s/^CORBAAgent_Host = .*/CORBAAgent_Host = \"$3\"/" \
+    -e 's/^EmsName = .*/EmsName = "Zorvex\/Guarded"\nORBThreadPoolEnable = false/' \
+    -e 's/^log_dir = .*/log_dir = "log-guarded"\noss_addresses = ["192.0.2.250"]/' \
+    "$DATA/agent.toml.in" >"$DIR/guarded.toml"
+}
+
 # make_user NAME: lets NAME log in with a password by chance, which lies in the file NAME-password; that file and the one
 # with its hash are for the owner alone
 make_user() {
@@ -64,6 +78,9 @@ make_user() {
     "$BIN/qv_user" add "$DIR/users.toml" "$1" <"$DIR/$1-password"
   )
 }
+
+# The names that a span of the agent carries.
+export APP_NAME=qv_demo PROCESS_NAME=agent NODE_ID=1 PROCESS_SLOT=0
 
 # start NAME COMMAND...: runs it in a session of its own, so that Ctrl-C reaches this script alone, with its output in
 # NAME.out and NAME.err; STARTED is its process id

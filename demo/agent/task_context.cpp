@@ -14,7 +14,7 @@
 namespace qv_demo {
 namespace {
 
-constexpr const char* kNobody = "not logged in";
+constexpr const char* kNobody = "(none)";
 constexpr const char* kThisProcess = "this process";
 
 struct Task {

@@ -70,8 +70,7 @@ Problem FromOrb(Peer peer, const CORBA::SystemException& e, const std::string& w
     }
     if (CORBA::NO_PERMISSION::_downcast(&e) != nullptr) {
         return {kNoPermission,
-                "the EMS refuses the call (no permission); its access list may not hold this OSS's address, "
-                "or it is still starting"};
+                "no permission: the EMS's access list may lack this host, or it is still starting"};
     }
     if (IsContactLost(e)) {
         return {kEmsUnreachable, "the EMS can't be reached; its name is bound, but it doesn't answer"};
