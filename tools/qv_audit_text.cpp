@@ -94,9 +94,9 @@ std::optional<int> ZoneOffset(const std::string& text) {
     int hours = 0;
     int minutes = 0;
     int used = 0;
-    if (std::sscanf(text.c_str(), "%1[+-]%2d:%2d%n", &sign, &hours, &minutes, &used) != 3 ||
-        static_cast<std::size_t>(used) != text.size() || hours < 0 || hours > 23 || minutes < 0 ||
-        minutes > 59) {
+    if (std::sscanf(text.c_str(), "%c%2d:%2d%n", &sign, &hours, &minutes, &used) != 3 ||
+        static_cast<std::size_t>(used) != text.size() || (sign != '+' && sign != '-') || hours < 0 ||
+        hours > 23 || minutes < 0 || minutes > 59) {
         return std::nullopt;
     }
     return (sign == '-' ? -60 : 60) * (hours * 60 + minutes);
