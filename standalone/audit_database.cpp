@@ -139,8 +139,9 @@ int AuditDatabase::Committed(void* self, sqlite3* db, const char* name, int page
     return SQLITE_OK;
 }
 
-void AuditDatabase::Finish() noexcept {
-    sqlite3_wal_checkpoint_v2(m_db.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+bool AuditDatabase::Finish() noexcept {
+    return sqlite3_wal_checkpoint_v2(m_db.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) !=
+           SQLITE_BUSY;
 }
 
 void AuditDatabase::LeaveLog() noexcept {

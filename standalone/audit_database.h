@@ -33,7 +33,8 @@ class AuditDatabase {
     /// Pages in the write-ahead log after the last operation.
     int LogPages() const { return m_log_pages; }
     /// Brings all of the write-ahead log into the file, wherever that was moved to, and waits for the disk.
-    void Finish() noexcept;
+    /// False when a reader is in the way.
+    bool Finish() noexcept;
     /// Lets the destructor leave the write-ahead log as it is, and so not wait for the disk.
     void LeaveLog() noexcept;
 

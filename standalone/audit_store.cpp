@@ -81,10 +81,10 @@ bool AuditStore::Ready() {
         return m_db != nullptr;
     }
     m_next_look = now + kLookInterval;
-    if (m_db != nullptr && !WasMoved()) {
+    if (m_db != nullptr && (!WasMoved() || !LetGo())) {
         return true;
     }
-    LetGo();
+    ForgetOpenOnes();
     m_db = std::make_unique<AuditDatabase>(m_path);
     m_opened = StampOf(m_path);
     return true;
@@ -95,17 +95,22 @@ bool AuditStore::WasMoved() const {
     return present.device != m_opened.device || present.inode != m_opened.inode;
 }
 
-/// Under the lock: leaves the present file whole, wherever it lies now. What began in it can't end in
-/// another.
-void AuditStore::LetGo() {
+/// Under the lock: leaves the file whole that was moved. False when a reader is in the way; then it is still
+/// the one to write to, since the log that is left behind goes with the next file.
+bool AuditStore::LetGo() {
+    if (!m_db->Finish()) {
+        return false;
+    }
+    m_db.reset();
+    return true;
+}
+
+/// Under the lock: what began in a file can't end in another.
+void AuditStore::ForgetOpenOnes() {
     if (WasMoved()) {
         for (auto& [key, rows] : m_open) {
             std::fill(rows.begin(), rows.end(), 0);
         }
-    }
-    if (m_db != nullptr) {
-        m_db->Finish();
-        m_db.reset();
     }
 }
 

@@ -53,7 +53,8 @@ class AuditStore final : public NS_CORBA::AuditLogif {
 
     bool Ready();
     bool WasMoved() const;
-    void LetGo();
+    bool LetGo();
+    void ForgetOpenOnes();
     void Fail(const std::string& reason);
     void Recovered();
     void Remember(const Key& key, std::int64_t row);

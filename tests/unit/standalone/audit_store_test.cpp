@@ -183,6 +183,26 @@ TEST_F(AuditStoreTest, AFileMovedAwayIsWholeWithoutAnotherOperation) {
     EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
+TEST_F(AuditStoreTest, AFileMovedAwayFromAReaderIsCompletedWhenTheReaderIsDone) {
+    Begin(1, "first");
+    sqlite3* reader = nullptr;
+    ASSERT_EQ(sqlite3_open(m_path.c_str(), &reader), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(reader, "BEGIN; SELECT count(*) FROM audit", nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    Begin(2, "second");
+    const std::string former = m_dir.File("former.db");
+    std::filesystem::rename(m_path, former);
+    m_now += 2s;
+    Begin(3, "third");
+    EXPECT_FALSE(std::filesystem::exists(m_path)) << "a new file would take the rows in the log away";
+    sqlite3_close(reader);
+    m_now += 2s;
+    Begin(4, "fourth");
+    EXPECT_EQ(Query(former, "SELECT operName FROM audit"), "first\nsecond\nthird\n");
+    EXPECT_EQ(Rows(), "fourth|null|null\n");
+    EXPECT_EQ(m_store.Lost(), 0U);
+}
+
 TEST_F(AuditStoreTest, ALongLogIsShortenedWhileItIsWritten) {
     m_store.Tend();  // nothing is open yet
     Begin(1, "a");
