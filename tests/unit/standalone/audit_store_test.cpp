@@ -7,8 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <thread>
+#include <vector>
 
 #include "platform/bundle_mgr.h"
 #include "standalone/registry.h"
@@ -221,6 +224,31 @@ TEST_F(AuditStoreTest, ALongLogIsShortenedWhileItIsWritten) {
     EXPECT_EQ(std::filesystem::file_size(m_path + "-wal"), log) << "it is used again from its beginning";
     EXPECT_EQ(Query(m_path, "SELECT count(*), sum(length(strInfo)) FROM audit"), "20|18874368\n");
     EXPECT_EQ(m_store.Lost(), 0U);
+}
+
+TEST_F(AuditStoreTest, ManyThreadsMayAuditWhileTheLogIsShortened) {
+    const std::string info(65536, 'i');
+    std::atomic<int> running{4};
+    std::vector<std::thread> threads;
+    for (unsigned long thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (unsigned long id = 0; id < 100; ++id) {
+                m_store.BeginAudit(id, {{"operName", std::to_string(thread)}, {"strInfo", info}});
+                m_store.EndAudit(id, 0, std::to_string(thread));
+            }
+            --running;
+        });
+    }
+    while (running > 0) {
+        m_store.Tend();
+        std::this_thread::yield();
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(m_store.Lost(), 0U) << m_told;
+    EXPECT_EQ(Query(m_path, "SELECT count(*), sum(operName = detail) FROM audit"), "400|400\n");
+    EXPECT_EQ(Query(m_path, "PRAGMA integrity_check"), "ok\n");
 }
 
 TEST_F(AuditStoreTest, CostOfARow) {
