@@ -4,6 +4,7 @@
 #include <json/writer.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace qv_standalone {
@@ -22,8 +23,17 @@ void AppendByLibrary(const Json::Value& value, std::string& line) {
     line += Json::writeString(*compact, value);
 }
 
+constexpr std::array<bool, 256> PlainCharacters() {
+    std::array<bool, 256> plain{};
+    for (std::size_t c = ' '; c <= '~'; ++c) {
+        plain[c] = c != '"' && c != '\\';
+    }
+    return plain;
+}
+
 bool IsPlain(char c) {
-    return c >= ' ' && c <= '~' && c != '"' && c != '\\';
+    static constexpr std::array<bool, 256> kPlain = PlainCharacters();
+    return kPlain[static_cast<unsigned char>(c)];
 }
 
 void AppendText(const char* begin, const char* end, std::string& line) {
