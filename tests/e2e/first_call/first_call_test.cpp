@@ -40,9 +40,9 @@ class FirstCall : public testing::Test {
 TEST_F(FirstCall, AnOssFindsTheAgentLogsInReadsTheInventoryAndLogsOut) {
     const auto oss = deployment.Oss({"session"});
     EXPECT_EQ(oss.code, 0) << oss.err;
-    EXPECT_THAT(oss.out,
-                AllOf(HasSubstr("found Zorvex/KLV"), HasSubstr("managers        EMS, ManagedElement"),
-                      HasSubstr("300 elements in 3 replies"), HasSubstr("5. logged out")));
+    EXPECT_THAT(oss.out, AllOf(HasSubstr("found Zorvex/KLV"),
+                               HasSubstr("managers        Account, Attribute, EMS, ManagedElement"),
+                               HasSubstr("300 elements in 3 replies"), HasSubstr("5. logged out")));
     EXPECT_EQ(oss.err, "");
     EXPECT_TRUE(deployment.agent().WaitForOut("(the OSS logged out)"));
 }

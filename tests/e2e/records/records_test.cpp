@@ -1,12 +1,12 @@
 // Each call leaves one record of its request, one of its end, and one span.
 #include <gmock/gmock.h>
-#include <signal.h>
 
 #include <map>
 #include <sstream>
 #include <string>
 
 #include "tests/e2e/harness/oss_in_process.h"
+#include "tests/support/wait_for.h"
 
 namespace qv_e2e {
 namespace {
@@ -40,7 +40,7 @@ Counts Spans(const std::string& file) {
     return counts;
 }
 
-/// A session with calls that fail, and the end of the agent.
+/// A session with calls that fail.
 class RecordsTest : public InterfaceTest {
   protected:
     void Work() {
@@ -59,9 +59,11 @@ class RecordsTest : public InterfaceTest {
         EXPECT_EQ(FailureOf([&] { elements->getManagedElement(unknown, element.out()); }),
                   globaldefs::EXCPT_ENTITY_NOT_FOUND);
         session->endSession();
-        EXPECT_TRUE(deployment.agent().WaitForOut("(the OSS logged out)"));
-        deployment.agent().Signal(SIGTERM);
-        EXPECT_EQ(deployment.agent().Wait(), 0) << deployment.agent().Err();
+        const auto is_written = [&] {
+            return Records(deployment.Log("corbaoper.log"), "REPLY")["endSession"] == 1 &&
+                   Spans(deployment.Log("callchain.jsonl"))["EmsSession_I/endSession"] == 1;
+        };
+        EXPECT_TRUE(qv_test::WaitFor(is_written));
     }
 };
 

@@ -94,7 +94,6 @@ TEST_F(SecretsTest, OfLoginsRightWrongAndLocked) {
     deployment.AddUser("user", Secret("right"));
     deployment.AddUser("locked", Secret("locked"));
     deployment.SetPlatform("login_max_failures", "2");
-    deployment.Set("ORBThreadPoolEnable", "true");
     Start();
     LogIn("user", Secret("right"))->endSession();
     Try([&] { LogIn("user", Secret("wrong")); });
