@@ -2,10 +2,14 @@
 
 #include <tao/corba.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
+
+#include "orb/request_values.h"
 
 namespace NS_CORBA {
 
@@ -18,6 +22,12 @@ class CdrReader {
     /// @param swapped true when the bytes are in the other byte order than this machine's
     CdrReader(const char* begin, std::size_t size, bool swapped = false)
         : m_begin(begin), m_next(begin), m_end(begin + size), m_swapped(swapped) {}
+
+    /// The values of a request as the ORB hands them out: large arrays of bytes are read where they stand.
+    explicit CdrReader(const qv_orb::CdrBytes& bytes) : CdrReader(bytes.data, bytes.size) {
+        m_detour = bytes.detours;
+        m_detoursLeft = bytes.detour_count;
+    }
 
     /// The encapsulation (15.3.3) of `size` bytes at `begin`: its first octet tells the byte order.
     static CdrReader Encapsulation(const char* begin, std::size_t size) {
@@ -41,10 +51,13 @@ class CdrReader {
         return value;
     }
 
-    /// A string's text, up to its first NUL.
+    /// A string's text, up to its first NUL. Valid until the next one is read.
     std::string_view String() {
         const std::uint32_t length = ULong();
-        const char* const text = Take(length);
+        if (length == 0) {
+            return {};
+        }
+        const char* const text = m_detoursLeft != 0 ? Join(length) : Take(length);
         return std::string_view(text, strnlen(text, length));
     }
     /// `count` bytes.
@@ -54,7 +67,9 @@ class CdrReader {
         const std::uint32_t length = ULong();
         return Octets(length);
     }
-    void Skip(std::size_t count) { Take(count); }
+    void Skip(std::size_t count) {
+        TakePieces(count, [](const char*, std::size_t) {});
+    }
     /// Moves on to the next multiple of `size`, a power of 2, and then over `count` bytes.
     void SkipAligned(std::size_t size, std::size_t count) {
         Align(size);
@@ -78,11 +93,58 @@ class CdrReader {
     }
 
     const char* Take(std::size_t count) {
+        if (m_detoursLeft != 0 && count != 0 && m_next == m_begin + m_detour->place) {
+            return TakeOnDetour(count);
+        }
         if (count > Left()) {
             Overrun();
         }
         const char* const taken = m_next;
         m_next += count;
+        return taken;
+    }
+
+    template <class Use>
+    void TakePieces(std::size_t count, Use use) {
+        while (m_detoursLeft != 0 && count != 0) {
+            const std::size_t piece = std::min(count, BytesTogether());
+            use(Take(piece), piece);
+            count -= piece;
+        }
+        use(Take(count), count);
+    }
+
+    /// The next bytes, of which some may stand elsewhere, in one place.
+    const char* Join(std::size_t count) {
+        if (count <= BytesTogether()) {
+            return Take(count);
+        }
+        m_joined.clear();
+        TakePieces(count, [this](const char* piece, std::size_t size) { m_joined.append(piece, size); });
+        return m_joined.data();
+    }
+
+    /// How many of the next bytes stand one behind the other; only while there are detours ahead.
+    std::size_t BytesTogether() const {
+        const char* const place = m_begin + m_detour->place;
+        if (m_next == place) {
+            return m_detour->size - m_detourTaken;
+        }
+        return static_cast<std::size_t>(place - m_next);
+    }
+
+    const char* TakeOnDetour(std::size_t count) {
+        if (count > m_detour->size - m_detourTaken) {
+            Overrun();
+        }
+        const char* const taken = m_detour->data + m_detourTaken;
+        m_detourTaken += count;
+        if (m_detourTaken == m_detour->size) {
+            m_next += m_detour->size % qv_orb::kCdrPhase;
+            ++m_detour;
+            --m_detoursLeft;
+            m_detourTaken = 0;
+        }
         return taken;
     }
 
@@ -108,6 +170,10 @@ class CdrReader {
     const char* m_next;
     const char* m_end;
     bool m_swapped;
+    const qv_orb::CdrDetour* m_detour = nullptr;  // the next one
+    std::size_t m_detoursLeft = 0;
+    std::size_t m_detourTaken = 0;
+    std::string m_joined;  // a text that stood in pieces
 };
 
 }  // namespace NS_CORBA

@@ -9,26 +9,18 @@
 
 namespace NS_CORBA {
 
-namespace {
-
-CdrReader Reader(const qv_orb::CdrBytes& bytes) {
-    return CdrReader(bytes.data, bytes.size);
-}
-
-}  // namespace
-
 RequestValueSource::RequestValueSource(qv_orb::RequestValues& values, Printer print,
                                        const std::vector<int>& secrets)
     : m_values(values),
       m_print(std::move(print)),
       m_secrets(secrets),
-      m_sent(Reader(values.sent())),
+      m_sent(values.sent()),
       m_givenBack(nullptr, 0),
       m_result(nullptr, 0) {
     if (!GivesBack()) {
         return;
     }
-    m_givenBack = Reader(values.given_back());
+    m_givenBack = CdrReader(values.given_back());
     m_result = m_givenBack;
     if (HasResult()) {
         SkipIn(m_givenBack, values.result_type());

@@ -11,10 +11,22 @@
 
 namespace qv_orb {
 
+/// Bytes that stand elsewhere, where the servant has them, since there are too many to be copied. In the CDR
+/// around them only the first `size % kCdrPhase` of them stand, at `place`, so that the alignment of what
+/// follows is the same.
+struct CdrDetour {
+    std::size_t place = 0;
+    const char* data = nullptr;
+    std::size_t size = 0;
+};
+constexpr std::size_t kCdrPhase = 8;
+
 /// Bytes in CDR, in this machine's byte order and counted from an address that is divisible by 8.
 struct CdrBytes {
     const char* data = nullptr;
     std::size_t size = 0;
+    const CdrDetour* detours = nullptr;  ///< in the order of their places
+    std::size_t detour_count = 0;
 };
 
 /// The parameters and the result of one request, as ServerRequestInfo::arguments and result give them.

@@ -2,11 +2,36 @@
 
 #include "orb_internals.h"
 
+#include <vector>
+
 #include "call_values.h"
 #include "upcall_info.h"
 
 namespace qv_orb {
 namespace {
+
+constexpr int kTooManyToCopy = 64 << 10;
+
+// Leaves large arrays of bytes where they are.
+class DetourStream final : public ValueStream {
+  public:
+    void put_octet_array(const CORBA::Octet* octets, int size, omni::alignment_t align) override {
+        if (size < kTooManyToCopy || align != omni::ALIGN_1) {
+            ValueStream::put_octet_array(octets, size, align);
+            return;
+        }
+        detours_.push_back(
+            {bufSize(), reinterpret_cast<const char*>(octets), static_cast<std::size_t>(size)});
+        ValueStream::put_octet_array(octets, size % static_cast<int>(kCdrPhase), align);
+    }
+
+    CdrBytes Bytes() const {
+        return {static_cast<const char*>(bufPtr()), bufSize(), detours_.data(), detours_.size()};
+    }
+
+  private:
+    std::vector<CdrDetour> detours_;
+};
 
 class UpcallValues final : public RequestValues {
   public:
@@ -24,26 +49,22 @@ class UpcallValues final : public RequestValues {
     bool returned() const override { return returned_; }
 
     CdrBytes sent() override {
-        sent_ = std::make_unique<ValueStream>();
+        sent_ = std::make_unique<DetourStream>();
         MarshalArguments(call_, *sent_);
-        return Bytes(*sent_);
+        return sent_->Bytes();
     }
     CdrBytes given_back() override {
-        given_back_ = std::make_unique<ValueStream>();
+        given_back_ = std::make_unique<DetourStream>();
         MarshalReturned(call_, *given_back_);
-        return Bytes(*given_back_);
+        return given_back_->Bytes();
     }
 
   private:
-    static CdrBytes Bytes(const ValueStream& stream) {
-        return {static_cast<const char*>(stream.bufPtr()), stream.bufSize()};
-    }
-
     omniCallDescriptor& call_;
     const OperationEntry& operation_;
     const bool returned_;
-    std::unique_ptr<ValueStream> sent_;
-    std::unique_ptr<ValueStream> given_back_;
+    std::unique_ptr<DetourStream> sent_;
+    std::unique_ptr<DetourStream> given_back_;
 };
 
 }  // namespace

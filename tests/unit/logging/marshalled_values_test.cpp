@@ -112,6 +112,12 @@ class TargetServant : public POA_Calls::Target {
         }
         return octets;
     }
+    Calls::Flags* large(const char* text, const Calls::Flags& flags, CORBA::String_out more,
+                        CORBA::Long_out behind) override {
+        more = CORBA::string_dup(text);
+        behind = 4711;
+        return new Calls::Flags(flags);
+    }
     void nothing() override {}
     char* modifyPassword(const char*, const char*, const char*) override { return CORBA::string_dup("done"); }
     CORBA::Boolean planGateway(char*& secret, CORBA::Long_out code) override {
@@ -276,6 +282,27 @@ TEST_F(MarshalledValues, ALargeResult) {
     EXPECT_EQ(Last().direct[1].text, Last().throughAnys[1].text);
     EXPECT_GT(Last().direct[1].text.size(), 600000u);
     EXPECT_EQ(Last().direct[1].text.substr(Last().direct[1].text.size() - 2), "}\n");
+}
+
+TEST_F(MarshalledValues, LargeTextsAndSequencesOfEverySizeModuloTheAlignment) {
+    capture->SetVerbose(1);
+    for (CORBA::ULong extra = 0; extra < 9; ++extra) {
+        const std::string text(70000 + extra, 't');
+        Calls::Flags flags;
+        flags.length(66000 + extra);
+        for (CORBA::ULong i = 0; i < flags.length(); ++i) {
+            flags[i] = i % 3 == 0;
+        }
+        CORBA::String_var more;
+        CORBA::Long behind = 0;
+        const Calls::Flags_var back = target->large(text.c_str(), flags, more.out(), behind);
+        EXPECT_EQ(Last().direct[0].text, Last().throughAnys[0].text) << extra;
+        EXPECT_EQ(Last().direct[1].text, Last().throughAnys[1].text) << extra;
+        EXPECT_EQ(Last().direct[1].result, 0);
+        EXPECT_NE(
+            Last().direct[1].text.find("t\n--- Parameter No.4 = 4711\n } large @return: {true false false "),
+            std::string::npos);
+    }
 }
 
 TEST_F(MarshalledValues, NothingAtAll) {
