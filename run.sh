@@ -26,7 +26,7 @@ usage() {
   cat <<'TEXT'
 usage: ./run.sh COMMAND [ARGUMENTS]
 
-  demo          build, then show an OSS client that finds the agent, logs in, reads the inventory and logs out
+  demo          build, then show OSSs that log in, read, change and are turned away, and what the agent recorded of it
   agent         build, then leave the demo agent running until Ctrl-C
   test          build everything and run all tests; arguments go to ctest, as in ./run.sh test -R naming
   bench         build optimised and run the benchmarks; arguments go to them
