@@ -23,11 +23,6 @@ std::unique_ptr<qv_orb::RequestValues> ValuesOf(PortableInterceptor::ServerReque
     }
 }
 
-bool HasResult(const qv_orb::RequestValues& values) {
-    const CORBA::TCKind kind = values.result_type()->kind();
-    return kind != CORBA::tk_void && kind != CORBA::tk_null;
-}
-
 }  // namespace
 
 /// @return false when nothing was appended
@@ -54,7 +49,7 @@ bool CorbaLogMgr::AppendMarshalledValues(PortableInterceptor::ServerRequestInfo*
         return true;
     }
     const std::size_t resultBegin = text.size();
-    if (HasResult(*values)) {
+    if (source->HasResult()) {
         result = AppendResultText(record, text, [&source](std::string& out, bool& printedNul) {
             return source->AppendResult(out, printedNul);
         });

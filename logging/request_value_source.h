@@ -25,11 +25,11 @@ class RequestValueSource final : public ParameterSource {
     int Append(std::size_t parameter, std::string& text, bool& printedNul) override;
     void Skip(std::size_t parameter) override;
 
+    bool HasResult() const;
     /// Appends the text of the result, after the parameters. Only for an operation that has one.
     int AppendResult(std::string& text, bool& printedNul);
 
   private:
-    bool HasResult() const;
     bool GivesBack() const;
     CdrReader& ReaderOf(std::size_t parameter);
     void SkipIn(CdrReader& reader, CORBA::TypeCode_ptr type);

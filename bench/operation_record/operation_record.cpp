@@ -4,31 +4,18 @@
 #include <iostream>
 
 #include "bench/operation_record/silent_log.h"
+#include "bench/request_path/query_values.h"
 #include "logging/logmgr.h"
-#include "request_pathC.h"
 
 namespace {
-
-bench::Filters SomeFilters() {
-    bench::Filters filters;
-    filters.length(3);
-    for (CORBA::ULong i = 0; i < filters.length(); ++i) {
-        filters[i].name = CORBA::string_dup("granularity");
-        filters[i].code = static_cast<CORBA::Long>(i);
-        filters[i].value = CORBA::string_dup("15 minutes");
-    }
-    return filters;
-}
 
 Dynamic::ParameterList FiveParameters() {
     Dynamic::ParameterList list;
     list.length(5);
-    CORBA::Any detail;
-    detail <<= SomeFilters()[0];
     list[0].argument <<= "KLV/Network-17/Element-4711";
     list[1].argument <<= static_cast<CORBA::Long>(4711);
     list[2].argument <<= SomeFilters();
-    list[3].argument <<= detail;
+    list[3].argument <<= SomeDetail();
     list[4].argument <<= "KLV/Network-17/Element-4711";
     for (CORBA::ULong i = 0; i < list.length(); ++i) {
         list[i].mode = i == 4 ? CORBA::PARAM_OUT : CORBA::PARAM_IN;

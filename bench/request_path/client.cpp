@@ -8,28 +8,11 @@
 #include <thread>
 #include <vector>
 
-#include "request_pathC.h"
+#include "bench/request_path/query_values.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-bench::Filters SomeFilters() {
-    bench::Filters filters;
-    filters.length(3);
-    for (CORBA::ULong i = 0; i < filters.length(); ++i) {
-        filters[i].name = CORBA::string_dup("granularity");
-        filters[i].code = static_cast<CORBA::Long>(i);
-        filters[i].value = CORBA::string_dup("15 minutes");
-    }
-    return filters;
-}
-
-CORBA::Any SomeDetail() {
-    CORBA::Any detail;
-    detail <<= SomeFilters()[0];
-    return detail;
-}
 
 unsigned long CallUntil(bench::Target_ptr target, const std::atomic<bool>& go_on) {
     const bench::Filters filters = SomeFilters();
