@@ -1,6 +1,7 @@
 // The interceptor in a running ORB: what clients in this process and in another one see, and what is logged
 // and counted meanwhile.
 
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 
@@ -195,15 +196,18 @@ TEST_F(OrbGateTest, ALogThatFailsChangesNothingForTheClient) {
 TEST_F(OrbGateTest, AHookLearnsTargetAndOperation) {
     struct AskingHooks : NS_CORBA::RequestInterceptorBase {
         void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo* request) override {
+            const std::lock_guard<std::mutex> guard(lock);
             qv_test::OwnInterceptor interceptor;
             interceptor->GetMgrAndIfName(manager, operation, request);
         }
         void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
+        std::mutex lock;
         std::string manager;
         std::string operation;
     } asking;
     qv_test::GateAgent::Config().SetReqInterceptorImpl(&asking);
     EXPECT_EQ(CallFromOutside("echo"), "hello");
+    const std::lock_guard<std::mutex> guard(asking.lock);
     EXPECT_EQ(asking.manager, "IDL:GateTest/Gate:1.0");
     EXPECT_EQ(asking.operation, "echo");
 }
