@@ -14,7 +14,7 @@ namespace qv_standalone {
 class FlushTimer {
   public:
     /// What was asked for is done so long after that, together with what is asked for meanwhile.
-    static constexpr std::chrono::milliseconds kSoon{1};
+    static constexpr std::chrono::milliseconds kSoon{10};
 
     FlushTimer(
         std::chrono::milliseconds interval, std::function<void()> action,

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 #include <utility>
 
 #include "standalone/record_text.h"
@@ -39,6 +40,21 @@ std::unique_ptr<spdlog::sinks::sink> OpenSink(const std::string& path, const Log
                                                                        limits.max_files, false, handlers);
     sink->set_formatter(Formatter(""));
     return sink;
+}
+
+/// A record is put into the buffer in no time: for so long it is cheaper to let others run than to sleep and
+/// be woken.
+std::unique_lock<std::mutex> LockSoon(std::mutex& mutex) {
+    constexpr int kTries = 20;
+    std::unique_lock<std::mutex> lock(mutex, std::try_to_lock);
+    for (int i = 0; i < kTries && !lock.owns_lock(); ++i) {
+        std::this_thread::yield();
+        lock.try_lock();
+    }
+    if (!lock.owns_lock()) {
+        lock.lock();
+    }
+    return lock;
 }
 
 spdlog::details::log_msg Message(const std::string& body) {
@@ -100,7 +116,7 @@ void LogFile::WriteFormat(const std::string& file, const std::string& function, 
 }
 
 void LogFile::Put(int level, const std::string& body) noexcept {
-    std::lock_guard<std::mutex> guard(m_lock);
+    const std::unique_lock<std::mutex> guard = LockSoon(m_lock);
     if (!m_sink) {
         ++m_lost;
         return;
