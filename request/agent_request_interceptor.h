@@ -68,13 +68,11 @@ class QV_API Server_Request_Interceptor : public virtual PortableInterceptor::Se
     void LoadOperCounts();
     void ReadOperCounts();
     void WriteOperCounts();
-    /// Attributes of a mutex whose waiters spin for a moment before they sleep.
-    static ACE_mutexattr_t* SpinningMutex();
 
     CORBA::String_var m_name;
     std::map<std::string, unsigned long> m_operCounts;
     std::string m_statisticsPath;       ///< empty while the statistics are off
     std::fstream m_statisticsStream;    ///< open only while the file is read or written
     /// Guards the three members above, and the request's log record.
-    ACE_Thread_Mutex m_statisticsLock{nullptr, SpinningMutex()};
+    ACE_Thread_Mutex m_statisticsLock;
 };

@@ -54,17 +54,6 @@ bool StatisticsEnabled() {
 
 }  // namespace
 
-// A record is made in microseconds: putting a thread to sleep for it and waking it up again would cost more.
-ACE_mutexattr_t* Server_Request_Interceptor::SpinningMutex() {
-    static ACE_mutexattr_t* const attributes = [] {
-        auto* const made = new ACE_mutexattr_t;
-        pthread_mutexattr_init(made);
-        pthread_mutexattr_settype(made, PTHREAD_MUTEX_ADAPTIVE_NP);
-        return made;
-    }();
-    return attributes;
-}
-
 void Server_Request_Interceptor::LoadOperCounts() {
     if (!StatisticsEnabled()) {
         return;
