@@ -12,6 +12,9 @@ namespace {
 
 // An inventory reply of 50,000 elements is some 30 MB; the ORB's own limit is 2 MiB.
 constexpr char kMaxMessageSize[] = "268435456";
+// A call waits for the connection of another call to the same end point only beyond this number; the ORB's
+// own limit is 5. Several consumers of one process must not wait for each other.
+constexpr char kConnectionsPerServer[] = "64";
 
 // The ORB writes a line for each damaged message that a peer sends.
 void LogOfOrb(const char* message) {
@@ -40,7 +43,9 @@ CORBA::ORB* MakeUnderlyingOrb(const OrbOptions& options) {
         throw CORBA::INITIALIZE(0, CORBA::COMPLETED_NO);
     }
     omniORB::setLogFunction(LogOfOrb);
-    std::vector<const char*> flat = {"giopMaxMsgSize", kMaxMessageSize, "supportPerThreadTimeOut", "1"};
+    std::vector<const char*> flat = {
+        "giopMaxMsgSize",     kMaxMessageSize, "supportPerThreadTimeOut", "1", "maxGIOPConnectionPerServer",
+        kConnectionsPerServer};
     for (const auto& [name, value] : options.underlying) {
         flat.push_back(name.c_str());
         flat.push_back(value.c_str());
