@@ -18,8 +18,8 @@ struct EventTiming {
 };
 
 /// Reads the timing of an event that has arrived at `now`. Timeout counts from then, 0 is no timeout; of
-/// Timeout and StopTime the earlier counts. An event may ask for less reliability than the channel, not for
-/// more. Properties that aren't known or are of the wrong type are left to the consumers.
+/// Timeout and StopTime the earlier counts. Whether an event that wants to be kept can be is up to the
+/// channel. Properties that aren't known or are of the wrong type are left to the consumers.
 EventTiming ReadEventTiming(const CosNotification::StructuredEvent& event, const PropertyValues& inherited,
                             Time now);
 

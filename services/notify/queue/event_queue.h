@@ -60,7 +60,7 @@ class EventQueue {
     Key DiscardKey(const Waiting& waiting) const;
     static Key DeadlineKey(const Waiting& waiting);
     void Insert(const Waiting& waiting);
-    EventPtr Take(const Waiting& waiting);
+    EventPtr Take(Waiting waiting);
     std::vector<EventPtr> MakeRoom();
 
     QueuePolicy m_policy;

@@ -1,0 +1,80 @@
+#include "services/notify/properties/event_timing.h"
+
+#include <limits>
+
+#include "services/notify/properties/property_check.h"
+
+namespace qv_notify {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::nanoseconds;
+
+constexpr std::uint64_t kUnitNanoseconds = 100;       // of TimeT
+constexpr std::uint64_t kEpoch = 0x01B21DD213814000;  // 1970-01-01 in TimeT, which begins at 1582-10-15
+constexpr std::uint64_t kMostUnits = std::numeric_limits<std::int64_t>::max() / kUnitNanoseconds;
+
+std::chrono::system_clock::duration ToDuration(std::uint64_t units) {
+    return duration_cast<std::chrono::system_clock::duration>(
+        nanoseconds(static_cast<std::int64_t>(units * kUnitNanoseconds)));
+}
+
+/// Nothing when that is never, or beyond what the clock will ever show.
+std::optional<Time> After(Time now, std::uint64_t timeout) {
+    if (timeout == 0 || timeout > kMostUnits || ToDuration(timeout) > Time::max() - now) {
+        return std::nullopt;
+    }
+    return now + ToDuration(timeout);
+}
+
+std::optional<Time> At(std::uint64_t moment) {
+    const std::uint64_t units = moment > kEpoch ? moment - kEpoch : 0;
+    return units > kMostUnits ? std::nullopt : std::optional<Time>(Time(ToDuration(units)));
+}
+
+/// The properties of the header as far as they are sound and of use here. The first of a name counts.
+PropertyValues ReadHeader(const CosNotification::OptionalHeaderFields& fields) {
+    PropertyValues values;
+    for (CORBA::ULong i = 0; i < fields.length(); ++i) {
+        const KnownProperty* property = FindQos(fields[i].name.in());
+        if (property == nullptr || (property->levels & LevelBit(QosLevel::kEvent)) == 0) {
+            continue;
+        }
+        if (property->is_moment) {
+            if (const auto moment = ReadMoment(fields[i].value)) {
+                values.emplace(property->name, *moment);
+            }
+            continue;
+        }
+        const auto value = ReadValue(fields[i].value, property->initial);
+        if (value && Contains(property->legal, *value)) {
+            values.emplace(property->name, *value);
+        }
+    }
+    return values;
+}
+
+}  // namespace
+
+EventTiming ReadEventTiming(const CosNotification::StructuredEvent& event, const PropertyValues& inherited,
+                            Time now) {
+    const PropertyValues header = ReadHeader(event.header.variable_header);
+    const PropertyValues holding = Inherit(inherited, header);
+    EventTiming timing;
+    timing.priority =
+        ValueOf(holding, CosNotification::Priority, std::int16_t{CosNotification::DefaultPriority});
+    timing.persistent_wanted =
+        ValueOf(holding, CosNotification::EventReliability, std::int16_t{CosNotification::BestEffort}) ==
+        CosNotification::Persistent;
+    timing.expires = After(now, ValueOf(holding, CosNotification::Timeout, std::uint64_t{0}));
+    const auto stop = header.find(CosNotification::StopTime);
+    if (stop != header.end() && ValueOf(inherited, CosNotification::StopTimeSupported, true)) {
+        const std::optional<Time> stops = At(std::get<std::uint64_t>(stop->second));
+        if (stops && (!timing.expires || *stops < *timing.expires)) {
+            timing.expires = stops;
+        }
+    }
+    return timing;
+}
+
+}  // namespace qv_notify
