@@ -11,6 +11,7 @@
 #include <ctime>
 #include <list>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -177,6 +178,11 @@ class QV_API CorbaBaseAgentConfig {
 
     /// Finds the channel factory, by its IOR file if there is one, else in the naming service.
     bool GetNotifyFactory(TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory);
+
+    // -- Alarms: alarm_text.cpp; any thread -----------------------------------------------------------------
+
+    /// Appends the text that the bundle's callback object makes of an alarm; nothing without such an object.
+    void ConvertTMFAlarmEventToStr(std::stringstream& out, const CosNotification::StructuredEvent& event);
 
     // -- Timeouts: timeout_policies.cpp; any thread ---------------------------------------------------------
 

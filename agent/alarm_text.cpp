@@ -1,0 +1,11 @@
+#include "agent/corbabaseagentconfig.h"
+#include "notification/supplier.h"
+
+namespace NS_CORBA {
+
+void CorbaBaseAgentConfig::ConvertTMFAlarmEventToStr(std::stringstream& out,
+                                                     const CosNotification::StructuredEvent& event) {
+    SuppilerMgr::Instance()->StructuredEventToStr(out, event);
+}
+
+}  // namespace NS_CORBA
