@@ -1,0 +1,110 @@
+#include "services/notify/channel/intake.h"
+
+#include <utility>
+
+namespace qv_notify {
+
+namespace {
+
+constexpr std::size_t kBatch = 64;
+constexpr std::chrono::seconds kPauseOfStore{1};
+
+}  // namespace
+
+Intake::Intake(std::string channel, std::shared_ptr<const Routes> routes, WorkPool& pool, Store* store,
+               OperatorLog& log)
+    : m_channel(std::move(channel)), m_routes(std::move(routes)), m_pool(pool), m_store(store), m_log(log) {}
+
+void Intake::Add(EventPtr event, bool stored) {
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        if (m_closed) {
+            return;
+        }
+        m_waiting.push_back({std::move(event), stored});
+        if (m_waiting.size() > 1) {
+            return;  // whoever added the first one has had the job scheduled
+        }
+    }
+    m_pool.Schedule(shared_from_this());
+}
+
+std::size_t Intake::Depth() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_waiting.size();
+}
+
+void Intake::Close() {
+    std::deque<Waiting> waiting;  // destroyed behind the guard
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_closed = true;
+    waiting.swap(m_waiting);
+}
+
+Job::Next Intake::Run() {
+    std::vector<Waiting> waiting = TakeBatch();
+    const std::shared_ptr<const Routes::Groups> groups = m_routes->Get();
+    std::vector<Dispatch> batch;
+    batch.reserve(waiting.size());
+    for (Waiting& one : waiting) {
+        std::vector<const Destination*> destinations = Routes::Find(*groups, one.event->body);
+        batch.push_back({std::move(one), std::move(destinations)});
+    }
+    if (!Keep(batch)) {
+        ReturnBatch(std::move(batch));
+        return Next::At(std::chrono::steady_clock::now() + kPauseOfStore);
+    }
+    for (const Dispatch& dispatch : batch) {
+        for (const Destination* destination : dispatch.destinations) {
+            destination->feed->Add(dispatch.waiting.event);
+        }
+    }
+    return Depth() > 0 ? Next::Now() : Next::OnSchedule();
+}
+
+std::vector<Intake::Waiting> Intake::TakeBatch() {
+    std::vector<Waiting> batch;
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    while (!m_waiting.empty() && batch.size() < kBatch) {
+        batch.push_back(std::move(m_waiting.front()));
+        m_waiting.pop_front();
+    }
+    return batch;
+}
+
+void Intake::ReturnBatch(std::vector<Dispatch>&& batch) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    if (m_closed) {
+        return;
+    }
+    for (auto dispatch = batch.rbegin(); dispatch != batch.rend(); ++dispatch) {
+        m_waiting.push_front(std::move(dispatch->waiting));
+    }
+}
+
+bool Intake::Keep(const std::vector<Dispatch>& batch) {
+    std::vector<Dispatched> dispatched;
+    for (const Dispatch& dispatch : batch) {
+        if (!dispatch.waiting.stored) {
+            continue;
+        }
+        Dispatched one{dispatch.waiting.event->sequence, {}};
+        for (const Destination* destination : dispatch.destinations) {
+            one.consumers.push_back(destination->path);
+        }
+        dispatched.push_back(std::move(one));
+    }
+    if (dispatched.empty()) {
+        return true;
+    }
+    try {
+        m_store->Dispatch(dispatched);
+        return true;
+    } catch (const StoreError& error) {
+        m_log.Tell(m_channel + " store",
+                   std::string(error.what()) + " The events of channel " + m_channel + " wait until it works again.");
+        return false;
+    }
+}
+
+}  // namespace qv_notify

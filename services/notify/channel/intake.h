@@ -1,0 +1,57 @@
+// Where the events of a channel's suppliers become events for consumers.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "services/notify/channel/routes.h"
+#include "services/notify/delivery/operator_log.h"
+#include "services/notify/delivery/work_pool.h"
+#include "services/notify/store/store.h"
+
+namespace qv_notify {
+
+/// Takes events in the order in which suppliers push them, finds out for whom they are, and hands them to the feeds.
+/// A supplier waits neither for the filters nor for the number of consumers. What the store has to know of it is
+/// committed before a consumer can get the event, so that a crash makes nothing happen twice. Any thread may call.
+class Intake : public Job {
+  public:
+    /// All have to outlive the intake, the store may be null.
+    Intake(std::string channel, std::shared_ptr<const Routes> routes, WorkPool& pool, Store* store, OperatorLog& log);
+
+    /// `stored`: the store has the event, and is to know for whom it is.
+    void Add(EventPtr event, bool stored);
+    std::size_t Depth() const;
+    /// Drops what waits.
+    void Close();
+
+    Next Run() override;
+
+  private:
+    struct Waiting {
+        EventPtr event;
+        bool stored = false;
+    };
+    struct Dispatch {
+        Waiting waiting;
+        std::vector<const Destination*> destinations;
+    };
+
+    std::vector<Waiting> TakeBatch();
+    void ReturnBatch(std::vector<Dispatch>&& batch);
+    bool Keep(const std::vector<Dispatch>& batch);
+
+    const std::string m_channel;
+    const std::shared_ptr<const Routes> m_routes;
+    WorkPool& m_pool;
+    Store* const m_store;
+    OperatorLog& m_log;
+
+    mutable std::mutex m_mutex;
+    std::deque<Waiting> m_waiting;
+    bool m_closed = false;
+};
+
+}  // namespace qv_notify

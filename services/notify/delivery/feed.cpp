@@ -1,0 +1,315 @@
+#include "services/notify/delivery/feed.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qv_notify {
+
+namespace {
+
+// So many events are delivered before other consumers get their turn on the thread.
+constexpr int kShare = 32;
+
+SteadyTime SteadyNow() {
+    return std::chrono::steady_clock::now();
+}
+
+Time WallNow() {
+    return std::chrono::system_clock::now();
+}
+
+const char* AdviceFor(ConsumerState state) {
+    switch (state) {
+        case ConsumerState::kOnline:
+            return "Nothing needs to be done.";
+        case ConsumerState::kSuspect:
+            return "It is tried again with growing pauses; look whether its process runs and can be reached.";
+        case ConsumerState::kSuspended:
+            return "Its events are kept until it resumes.";
+        case ConsumerState::kGone:
+            break;
+    }
+    return "Its proxy is ended; a consumer that comes back has to connect anew.";
+}
+
+}  // namespace
+
+Feed::Feed(std::string path, const QueuePolicy& policy, const RetryPolicy& retry, Surroundings around)
+    : m_path(std::move(path)), m_around(std::move(around)), m_queue(policy), m_health(retry) {}
+
+void Feed::Connect(std::shared_ptr<ConsumerPort> port) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_port = std::move(port);
+    ScheduleIfUseful(SteadyNow());
+}
+
+bool Feed::Connected() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_port != nullptr;
+}
+
+void Feed::Close() {
+    std::shared_ptr<ConsumerPort> port;  // released behind the guard
+    std::vector<EventPtr> waiting;
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_closed = true;
+    m_health.SetGone();
+    waiting = m_queue.Clear();
+    m_announcements.clear();
+    port.swap(m_port);
+}
+
+void Feed::Add(const EventPtr& event) {
+    std::vector<std::int64_t> done;
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        if (m_closed) {
+            return;
+        }
+        const bool was_empty = m_queue.Empty();
+        if (const std::vector<EventPtr> dropped = m_queue.Push(event); !dropped.empty()) {
+            TellDropped(dropped, "there is no room for more", m_counts.discarded, done);
+        }
+        if (was_empty) {
+            ScheduleIfUseful(m_health.State() == ConsumerState::kOnline ? SteadyTime::max() : SteadyNow());
+        }
+    }
+    ReportDone(done);
+}
+
+void Feed::Announce(const CosNotification::EventTypeSeq& added, const CosNotification::EventTypeSeq& removed) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    if (!m_closed && m_port != nullptr) {
+        m_announcements.push_back({added, removed});
+        ScheduleIfUseful(SteadyNow());
+    }
+}
+
+void Feed::Suspend() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_health.Suspend();
+    NoteState("its owner suspended the connection");
+}
+
+void Feed::Resume() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_health.Resume();
+    NoteState("its owner resumed the connection");
+    ScheduleIfUseful(SteadyNow());
+}
+
+bool Feed::Suspended() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_health.State() == ConsumerState::kSuspended;
+}
+
+void Feed::SetPolicy(const QueuePolicy& policy) {
+    std::vector<std::int64_t> done;
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        if (policy == m_queue.Policy()) {
+            return;
+        }
+        TellDropped(m_queue.SetPolicy(policy), "its queue was made shorter", m_counts.discarded, done);
+    }
+    ReportDone(done);
+}
+
+void Feed::SetPacing(std::chrono::nanoseconds interval) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_pacing = interval;
+    if (interval.count() == 0) {
+        m_next_round = SteadyTime::min();
+        ScheduleIfUseful(SteadyNow());
+    }
+}
+
+bool Feed::DiscardOne() {
+    std::vector<std::int64_t> done;
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        const EventPtr event = m_queue.DiscardOne();
+        if (event == nullptr) {
+            return false;
+        }
+        TellDropped({event}, "its channel is full", m_counts.discarded, done);
+    }
+    ReportDone(done);
+    return true;
+}
+
+std::size_t Feed::Depth() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_queue.Size();
+}
+
+FeedCounts Feed::Counts() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_counts;
+}
+
+ConsumerState Feed::State() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_health.State();
+}
+
+Job::Next Feed::Run() {
+    bool gone = false;
+    Next next = Next::OnSchedule();
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        for (int share = 0; share < kShare && MayRun(SteadyNow()); ++share) {
+            const Step step = m_announcements.empty() ? DeliverOne(lock) : AnnounceOne(lock);
+            if (step == Step::kStop) {
+                break;
+            }
+        }
+        if (m_pacing.count() > 0 && m_queue.Empty()) {
+            m_next_round = SteadyNow() + std::chrono::duration_cast<SteadyTime::duration>(m_pacing);
+        }
+        gone = m_health.State() == ConsumerState::kGone && !m_closed && !std::exchange(m_gone_told, true);
+        next = WhenToGoOn(SteadyNow());
+    }
+    if (gone && m_around.gone) {
+        m_around.gone();
+    }
+    return next;
+}
+
+bool Feed::MayRun(SteadyTime now) const {
+    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_announcements.empty()) && now >= m_next_round &&
+           m_health.MayCall(now);
+}
+
+Job::Next Feed::WhenToGoOn(SteadyTime now) const {
+    if (MayRun(now)) {
+        return Next::Now();
+    }
+    const ConsumerState state = m_health.State();
+    const bool waits_for_time = state == ConsumerState::kSuspect || state == ConsumerState::kOnline;
+    if (m_closed || m_port == nullptr || (m_queue.Empty() && m_announcements.empty()) || !waits_for_time) {
+        return Next::OnSchedule();
+    }
+    return Next::At(std::max(m_next_round, m_health.RetryAt()));
+}
+
+Feed::Step Feed::DeliverOne(std::unique_lock<std::mutex>& lock) {
+    std::vector<std::int64_t> done;
+    std::vector<EventPtr> expired;
+    const EventPtr event = m_queue.Pop(WallNow(), expired);
+    TellExpired(expired, done);
+    Step step = Step::kGoOn;
+    if (event != nullptr) {
+        const std::shared_ptr<ConsumerPort> port = m_port;
+        lock.unlock();
+        const CallOutcome outcome = port->Push(event->body);
+        lock.lock();
+        step = TakeOutcome(event, outcome, done);
+    }
+    if (!done.empty()) {
+        lock.unlock();
+        ReportDone(done);
+        lock.lock();
+    }
+    return step;
+}
+
+Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome, std::vector<std::int64_t>& done) {
+    if (!outcome.failed) {
+        ++m_counts.delivered;
+        done.push_back(event->sequence);
+        m_health.Succeeded();
+        NoteState("it takes events");
+        return Step::kGoOn;
+    }
+    if (m_closed) {
+        return Step::kStop;
+    }
+    const ConsumerHealth::Action action = m_health.Failed(outcome.failure, SteadyNow());
+    if (action == ConsumerHealth::Action::kDropEvent) {
+        TellDropped({event}, "the consumer refuses it: " + outcome.reason, m_counts.refused, done);
+        return Step::kGoOn;
+    }
+    if (action == ConsumerHealth::Action::kGiveUp) {
+        done.push_back(event->sequence);
+        NoteState(outcome.reason);
+        return Step::kStop;
+    }
+    if (outcome.in_doubt) {
+        ++m_counts.in_doubt;
+        m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " may get event " +
+                                       std::to_string(event->sequence) +
+                                       " twice: its answer did not come (" + outcome.reason + ")");
+    }
+    TellDropped(m_queue.Return(event), "there is no room for more", m_counts.discarded, done);
+    NoteState(outcome.reason);
+    return action == ConsumerHealth::Action::kTryAtOnce ? Step::kGoOn : Step::kStop;
+}
+
+Feed::Step Feed::AnnounceOne(std::unique_lock<std::mutex>& lock) {
+    const Announcement announcement = std::move(m_announcements.front());
+    m_announcements.erase(m_announcements.begin());
+    const std::shared_ptr<ConsumerPort> port = m_port;
+    lock.unlock();
+    const CallOutcome outcome = port->OfferChange(announcement.added, announcement.removed);
+    lock.lock();
+    // Many consumers don't implement it, and one that can't be reached shows so at the next event.
+    return outcome.failed && outcome.failure != CallFailure::kRefused && m_queue.Empty() ? Step::kStop : Step::kGoOn;
+}
+
+void Feed::NoteState(const std::string& reason) {
+    const ConsumerState state = m_health.State();
+    m_slow.store(state == ConsumerState::kSuspect, std::memory_order_relaxed);
+    if (state == m_told_state) {
+        return;
+    }
+    m_told_state = state;
+    m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " is " + NameOf(state) + ": " + reason +
+                                   "; " + std::to_string(m_queue.Size()) + " events wait for it. " +
+                                   AdviceFor(state));
+}
+
+std::string Feed::Peer() const {
+    const std::string peer = m_port == nullptr ? std::string() : m_port->Peer();
+    return peer.empty() ? "(unknown)" : peer;
+}
+
+void Feed::TellExpired(const std::vector<EventPtr>& events, std::vector<std::int64_t>& done) {
+    m_counts.expired += events.size();
+    for (const EventPtr& event : events) {
+        done.push_back(event->sequence);
+    }
+    if (!events.empty()) {
+        m_around.log->Tell(m_path + " expired",
+                           std::to_string(events.size()) + " events for consumer " + Peer() + " of proxy " + m_path +
+                               " were older than their time-out allows and were dropped, " +
+                               std::to_string(m_counts.expired) + " so far. The consumer is too slow or away.");
+    }
+}
+
+void Feed::TellDropped(const std::vector<EventPtr>& events, const std::string& why, std::uint64_t& count,
+                       std::vector<std::int64_t>& done) {
+    count += events.size();
+    for (const EventPtr& event : events) {
+        done.push_back(event->sequence);
+        m_around.log->Tell(m_path + " dropped",
+                           "event " + std::to_string(event->sequence) + " for consumer " + Peer() + " of proxy " +
+                               m_path + " was dropped: " + why + "; " + std::to_string(m_queue.Size()) +
+                               " events wait, " + std::to_string(count) +
+                               " were dropped so far. A faster consumer or a higher MaxEventsPerConsumer helps.");
+    }
+}
+
+void Feed::ReportDone(const std::vector<std::int64_t>& sequences) const {
+    if (!sequences.empty() && m_around.done) {
+        m_around.done(sequences);
+    }
+}
+
+void Feed::ScheduleIfUseful(SteadyTime now) {
+    if (MayRun(now)) {
+        m_around.pool->Schedule(shared_from_this());
+    }
+}
+
+}  // namespace qv_notify

@@ -1,0 +1,111 @@
+// The road of events to one consumer.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "services/notify/delivery/consumer_health.h"
+#include "services/notify/delivery/consumer_port.h"
+#include "services/notify/delivery/operator_log.h"
+#include "services/notify/delivery/work_pool.h"
+#include "services/notify/queue/event_queue.h"
+
+namespace qv_notify {
+
+/// What became of the events of one consumer, since its proxy was made or the service started.
+struct FeedCounts {
+    std::uint64_t delivered = 0;
+    std::uint64_t discarded = 0;  ///< for lack of room
+    std::uint64_t expired = 0;
+    std::uint64_t refused = 0;    ///< the consumer raised an exception again and again
+    std::uint64_t in_doubt = 0;   ///< sent again although the consumer may have got them
+};
+
+/// One queue, and a job that delivers from it. No lock is held while the consumer is called. Any thread may call.
+class Feed : public Job {
+  public:
+    struct Surroundings {
+        WorkPool* pool = nullptr;
+        OperatorLog* log = nullptr;
+        /// The events are delivered, or never will be. Called without a lock, on the delivering or the adding
+        /// thread; may block. Empty where nothing is kept.
+        std::function<void(const std::vector<std::int64_t>& sequences)> done;
+        /// The consumer is gone and its proxy is to be ended. Called once, on a thread of the pool.
+        std::function<void()> gone;
+    };
+
+    /// `path` names the proxy to the operator.
+    Feed(std::string path, const QueuePolicy& policy, const RetryPolicy& retry, Surroundings around);
+
+    /// From now on events go there. Replaces what was connected.
+    void Connect(std::shared_ptr<ConsumerPort> port);
+    bool Connected() const;
+    /// Nothing is delivered from now on, and what waits is dropped; a call that runs is not waited for.
+    void Close();
+
+    void Add(const EventPtr& event);
+    /// The consumer is told, in its turn, between events.
+    void Announce(const CosNotification::EventTypeSeq& added, const CosNotification::EventTypeSeq& removed);
+
+    void Suspend();
+    void Resume();
+    bool Suspended() const;
+
+    void SetPolicy(const QueuePolicy& policy);
+    /// Events are collected for that long between two rounds of delivery; 0: no pause.
+    void SetPacing(std::chrono::nanoseconds interval);
+
+    /// Drops one event by the discard policy; false when there is none.
+    bool DiscardOne();
+
+    std::size_t Depth() const;
+    FeedCounts Counts() const;
+    ConsumerState State() const;
+
+    Next Run() override;
+    bool Slow() const override { return m_slow.load(std::memory_order_relaxed); }
+
+  private:
+    struct Announcement {
+        CosNotification::EventTypeSeq added;
+        CosNotification::EventTypeSeq removed;
+    };
+    enum class Step { kGoOn, kStop };
+
+    bool MayRun(SteadyTime now) const;
+    Next WhenToGoOn(SteadyTime now) const;
+    Step DeliverOne(std::unique_lock<std::mutex>& lock);
+    Step AnnounceOne(std::unique_lock<std::mutex>& lock);
+    Step TakeOutcome(const EventPtr& event, const CallOutcome& outcome, std::vector<std::int64_t>& done);
+    void NoteState(const std::string& reason);
+    std::string Peer() const;
+    void TellExpired(const std::vector<EventPtr>& events, std::vector<std::int64_t>& done);
+    void TellDropped(const std::vector<EventPtr>& events, const std::string& why, std::uint64_t& count,
+                     std::vector<std::int64_t>& done);
+    void ReportDone(const std::vector<std::int64_t>& sequences) const;
+    void ScheduleIfUseful(SteadyTime now);
+
+    const std::string m_path;
+    const Surroundings m_around;
+    std::atomic<bool> m_slow{false};
+
+    mutable std::mutex m_mutex;
+    EventQueue m_queue;
+    ConsumerHealth m_health;
+    ConsumerState m_told_state = ConsumerState::kOnline;
+    std::shared_ptr<ConsumerPort> m_port;
+    std::vector<Announcement> m_announcements;
+    std::chrono::nanoseconds m_pacing{0};
+    SteadyTime m_next_round = SteadyTime::min();
+    bool m_closed = false;
+    bool m_gone_told = false;
+    FeedCounts m_counts;
+};
+
+}  // namespace qv_notify

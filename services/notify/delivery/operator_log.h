@@ -1,0 +1,44 @@
+// What the service tells its operator.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace qv_notify {
+
+/// Takes sentences for the operator: what happened, what it means, what to do. Those on one subject are limited to
+/// kBurst in kPeriod; what is left out is counted and told with the next one. Any thread may call.
+class OperatorLog {
+  public:
+    static constexpr std::size_t kBurst = 5;
+    static constexpr std::chrono::seconds kPeriod{60};
+
+    using Clock = std::function<std::chrono::steady_clock::time_point()>;
+    using Sink = std::function<void(const std::string& line)>;
+
+    /// The sink gets one line at a time, without an end of line.
+    explicit OperatorLog(Sink sink, Clock clock = std::chrono::steady_clock::now);
+
+    /// `subject` names what the sentence is about: the path of a proxy, or the kind of trouble.
+    void Tell(const std::string& subject, const std::string& sentence);
+
+  private:
+    struct Told {
+        std::chrono::steady_clock::time_point since;
+        std::size_t told = 0;
+        std::size_t left_out = 0;
+    };
+    void ForgetOld(std::chrono::steady_clock::time_point now);
+
+    const Sink m_sink;
+    const Clock m_clock;
+
+    std::mutex m_mutex;
+    std::map<std::string, Told> m_told;
+};
+
+}  // namespace qv_notify
