@@ -74,6 +74,12 @@ void TaWriteOperLog(PortableInterceptor::ServerRequestInfo* info, unsigned char 
     }
 }
 
+void TaWriteNotifyLog(const CosNotification::StructuredEvent& event) {
+    if (CorbaLogMgr* const manager = CorbaLogMgr::Instance()) {
+        manager->WriteNotifyLog(event);
+    }
+}
+
 void TaWriteAlarmNotifyLog(const std::stringstream& text) {
     if (CorbaLogMgr* const manager = CorbaLogMgr::Instance()) {
         manager->WriteAlarmNotifyLog(text);
@@ -83,6 +89,12 @@ void TaWriteAlarmNotifyLog(const std::stringstream& text) {
 void TaWriteAlarmLog(const std::stringstream& text) {
     if (CorbaLogMgr* const manager = CorbaLogMgr::Instance()) {
         manager->WriteAlarmLog(text);
+    }
+}
+
+void TaWriteTmfLog(int level, const CORBA::Any& value) {
+    if (CorbaLogMgr* const manager = CorbaLogMgr::Instance()) {
+        manager->WriteTmfLog(level, value);
     }
 }
 

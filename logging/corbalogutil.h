@@ -10,6 +10,10 @@
 #include "logging/pos_for_dbg.h"
 #include "platform/export.h"
 
+namespace CosNotification {
+struct StructuredEvent;
+}
+
 /// The free log functions: what every source of the library, and every agent bundle, logs through.
 ///
 /// All of them may be called from any thread at any time and none of them reports anything: while the log
@@ -51,11 +55,17 @@ QV_API void TaException(CORBA::Exception& ex, const char* text);
 /// @param messageType 0 for a request, 1 for a reply, 2 for an exception
 QV_API void TaWriteOperLog(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType);
 
+/// Writes the record of an event to the notification channel at level -1 when notifications are logged.
+QV_API void TaWriteNotifyLog(const CosNotification::StructuredEvent& event);
+
 /// Writes `text` to the notification channel at level -1 when notifications are logged.
 QV_API void TaWriteAlarmNotifyLog(const std::stringstream& text);
 
 /// Writes `text` to the alarm channel at level -1 when alarms are logged.
 QV_API void TaWriteAlarmLog(const std::stringstream& text);
+
+/// Writes `value`, printed as in the other records, and a line end to the debug channel.
+QV_API void TaWriteTmfLog(int level, const CORBA::Any& value);
 
 /// Traces entry and exit of a function to the debug channel at level 3. Declare one as the function's first
 /// statement.

@@ -27,7 +27,13 @@ struct TALogRecord {
 };
 
 /// One event that leaves the agent, for the notification channel.
-struct TANotifyRecord;
+struct TANotifyRecord {
+    ACE_Time_Value time;         ///< wall-clock time of the record
+    std::int32_t threadId = 0;   ///< low 32 bits of the thread's id
+    std::string notificationId;  ///< the value of the event's first filterable field
+    std::string eventType;
+    std::string eventInfo;  ///< the printed event
+};
 
 /// What stands above the body of an operation record: type, caller, id and operation, in two lines.
 std::string RecordHead(const TALogRecord& record);
@@ -51,6 +57,11 @@ struct LogFormatter<std::string> {
 template <>
 struct LogFormatter<TALogRecord> {
     int operator()(std::string& out, TALogRecord&& record) const;
+};
+
+template <>
+struct LogFormatter<TANotifyRecord> {
+    int operator()(std::string& out, TANotifyRecord&& record) const;
 };
 
 }  // namespace NS_CORBA

@@ -10,10 +10,15 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "logging/pos_for_dbg.h"
 #include "platform/export.h"
+
+namespace CosNotification {
+struct StructuredEvent;
+}
 
 namespace NS_CORBA {
 
@@ -95,6 +100,15 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     /// operation `out` becomes `in`.
     void LogOutSessionParamterAnonyms(std::string& out, const std::string& in, const std::string& operation);
 
+    /// Writes the record of an event to the notification channel when notifications are logged. Costs a
+    /// comparison otherwise.
+    void WriteNotifyLog(const CosNotification::StructuredEvent& event);
+    /// Fills `record` from `event`. @return 0 when the record is whole
+    int GetNotifyLogRecord(const CosNotification::StructuredEvent& event, TANotifyRecord& record);
+    /// Prints the filterable fields of an event. @return the text, and 0 or what ParseAnyData returned
+    std::pair<std::string, int> GetInfoFromEvent(const CosNotification::StructuredEvent& event);
+    /// Prints `value` and a line end to the debug channel, or as much of it as can be printed.
+    void WriteTmfLog(int level, const CORBA::Any& value);
     /// Writes to the notification channel when notifications are logged.
     void WriteAlarmNotifyLog(const std::stringstream& text);
     /// Writes to the alarm channel when alarms are logged.
@@ -140,6 +154,7 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
                         std::string& text);
     int AppendParameters(ParameterSource& source, std::string& text, unsigned char messageType);
     int AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul);
+    int PrintWhole(const CORBA::Any& value, std::string& text);
     int AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::string& text, bool& printedNul);
     const std::vector<int>& SecretsOf(const std::string& operation, std::size_t parameters) const;
     void MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin);

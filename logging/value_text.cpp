@@ -69,6 +69,12 @@ int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text, bool& pri
     return AppendNext(qv_orb::TypeOf(value), reader, text, printedNul);
 }
 
+/// As ParseAnyData, for a value that no DynAny was made of.
+int CorbaLogMgr::PrintWhole(const CORBA::Any& value, std::string& text) {
+    bool printedNul = false;
+    return Guarded([&] { return AppendAny(value, text, printedNul); });
+}
+
 int CorbaLogMgr::ParseAnyData(DynamicAny::DynAny* value, std::ostringstream& out) {
     if (!value) {
         return -1;
