@@ -10,8 +10,8 @@
 namespace qv_notify::etcl {
 
 /// Reads basic types from CDR in one block without copying it. Alignment counts from the block's first byte.
-/// Whatever the bytes say, nothing outside of the block is read: an attempt raises CORBA::MARSHAL. Used by one
-/// thread; a copy reads on by itself.
+/// Whatever the bytes say, nothing outside of the block is read: an attempt raises CORBA::MARSHAL. Used by
+/// one thread; a copy reads on by itself.
 class CdrReader {
   public:
     CdrReader() = default;
@@ -27,7 +27,7 @@ class CdrReader {
     }
 
     const char* Position() const { return m_next; }
-    bool Swapped() const { return m_swapped; }
+    bool LittleEndian() const { return (kLittleEndian != 0) != m_swapped; }
 
     std::uint8_t Octet() { return static_cast<std::uint8_t>(*Take(1)); }
     std::uint16_t UShort() { return Number<std::uint16_t>(); }
@@ -64,9 +64,13 @@ class CdrReader {
     static constexpr int kLittleEndian = 0;
 #endif
 
-    [[noreturn]] static void Overrun() { throw CORBA::MARSHAL(0, CORBA::COMPLETED_NO); }
+    [[noreturn]] static void Overrun() {
+        throw CORBA::MARSHAL(0, CORBA::COMPLETED_NO);
+    }
 
-    std::size_t Left() const { return static_cast<std::size_t>(m_end - m_next); }
+    std::size_t Left() const {
+        return static_cast<std::size_t>(m_end - m_next);
+    }
 
     void Align(std::size_t size) {
         const std::size_t offset = static_cast<std::size_t>(m_next - m_begin);

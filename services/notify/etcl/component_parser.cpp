@@ -92,7 +92,8 @@ Step AfterPoint(Lexer& lexer, bool& last) {
         step.kind = Kind::kPosition;
         step.number = lexer.TakeDigits("the place of a member");
     } else {
-        step.name = lexer.TakeName("the name or the place of a member, '(' or _length, _d, _type_id or _repos_id");
+        step.name =
+            lexer.TakeName("the name or the place of a member, '(' or _length, _d, _type_id or _repos_id");
     }
     return step;
 }

@@ -1,5 +1,5 @@
-// Constraints of filter objects: expressions over an event, in the grammar that the Notification Service calls
-// EXTENDED_TCL.
+// Constraints of filter objects: expressions over an event, in the grammar that the Notification Service
+// calls EXTENDED_TCL.
 //
 // The language
 // ------------
@@ -16,17 +16,18 @@
 //   ( )
 // from the weakest to the tightest: or; and; comparison; in; ~; + and -; * and /; not; sign, exist, default.
 //
-// Operands are numbers (12, 1.5, .5, 2e-3), texts ('it\'s', with \' and \\ as the only escapes), TRUE and FALSE,
-// components, and bare names, which are enumerators and are compared with a component of an enum type. `exist`
-// and the right side of `in` take a bare name as well; there it is short for $name. A keyword can be used as a
-// name with a backslash ahead of it: $.\default.
+// Operands are numbers (12, 1.5, .5, 2e-3), texts ('it\'s', with \' and \\ as the only escapes), TRUE and
+// FALSE, components, and bare names, which are enumerators and are compared with a component of an enum type.
+// `exist` and the right side of `in` take a bare name as well; there it is short for $name. A keyword can be
+// used as a name with a backslash ahead of it: $.\default.
 //
 // Components
 // ----------
 //   $                      the event itself
 //   $.member  $.0          a member of a structure, by its name or its place, counted from 0
 //   $.list[2]              an element, counted from 0
-//   $.list(name)           the value of the first name-value pair of that name; (\in) and ('any text') for names
+//   $.list(name)           the value of the first name-value pair of that name; (\in) and ('any text') for
+//   names
 //                          that are no identifiers
 //   $.u.(1) $.u.(+1) $.u.(-1) $.u.('x') $.u.()   the member of a union, if it is the active one: by the
 //                          discriminator's value, by its enumerator or character or the member's name, or the
@@ -34,7 +35,8 @@
 //   ._length  ._d          number of elements; discriminator of a union
 //   ._type_id ._repos_id   unscoped name and repository id of the type; a component of a basic type has none
 //   $name                  the first that is there of:
-//                            1. $curtime, the time of the evaluation in units of 100 ns since 15 October 1582,
+//                            1. $curtime, the time of the evaluation in units of 100 ns since 15 October
+//                            1582,
 //                               which can be compared with numbers and with TimeBase::UtcT;
 //                               $domain_name, $type_name, $event_name: those of the fixed header
 //                            2. $.header.fixed_header.name
@@ -51,9 +53,9 @@
 // TRUE and FALSE count as 1 and 0 beside a number. Enumerators are ordered as they are declared, and count as
 // that place, from 0, beside a number. A char is a text of one character; wide texts are compared as UTF-8.
 //
-// What can't be evaluated (a component that is not there, operands that don't go together, a division by 0, an
-// enumerator that the type doesn't have) makes the whole constraint not match, also below `not`. What `and` and
-// `or` leave out is not evaluated: `exist $.a and $.a > 1`.
+// What can't be evaluated (a component that is not there, operands that don't go together, a division by 0,
+// an enumerator that the type doesn't have) makes the whole constraint not match, also below `not`. What
+// `and` and `or` leave out is not evaluated: `exist $.a and $.a > 1`.
 #pragma once
 
 #include <orbsvcs/CosNotificationC.h>
@@ -85,9 +87,9 @@ using Clock = std::function<TimeBase::TimeT()>;
 struct Expression;
 
 /// One constraint, read once and evaluated for each event. Never changes, so any thread may evaluate it, and
-/// several at once. Evaluation does not change the event, which the caller keeps from changing meanwhile; only
-/// an Any that was filled in this process and has never been sent is brought into its wire form by the first
-/// evaluation, so one thread has to have evaluated such an event before several may.
+/// several at once. Evaluation does not change the event, which the caller keeps from changing meanwhile;
+/// only an Any that was filled in this process and has never been sent is brought into its wire form by the
+/// first evaluation, so one thread has to have evaluated such an event before several may.
 class Constraint {
   public:
     /// Longest text in bytes.
@@ -104,7 +106,8 @@ class Constraint {
     Constraint(const Constraint&) = delete;
     Constraint& operator=(const Constraint&) = delete;
 
-    /// Whether the constraint is TRUE for this event. Never throws: an evaluation that can't be done is no match.
+    /// Whether the constraint is TRUE for this event. Never throws: an evaluation that can't be done is no
+    /// match.
     bool Matches(const CosNotification::StructuredEvent& event) const;
 
     /// The same for a typed event, whose parts are the properties $name or $(name).

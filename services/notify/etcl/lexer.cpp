@@ -29,9 +29,9 @@ bool IsInName(char c) {
 
 Token::Kind KindOfWord(std::string_view word) {
     static constexpr std::pair<std::string_view, Token::Kind> kKeywords[] = {
-        {"and", Token::Kind::kAnd},     {"or", Token::Kind::kOr},           {"not", Token::Kind::kNot},
-        {"in", Token::Kind::kIn},       {"exist", Token::Kind::kExist},     {"default", Token::Kind::kDefault},
-        {"TRUE", Token::Kind::kTrue},   {"FALSE", Token::Kind::kFalse},
+        {"and", Token::Kind::kAnd},   {"or", Token::Kind::kOr},       {"not", Token::Kind::kNot},
+        {"in", Token::Kind::kIn},     {"exist", Token::Kind::kExist}, {"default", Token::Kind::kDefault},
+        {"TRUE", Token::Kind::kTrue}, {"FALSE", Token::Kind::kFalse},
     };
     for (const auto& [keyword, kind] : kKeywords) {
         if (word == keyword) {
@@ -233,9 +233,9 @@ Token Lexer::Next() {
 
 const char* NameOf(Token::Kind kind) {
     static constexpr const char* kNames[] = {
-        "the end", "a name", "a number", "a text", "'$'", "'('",  "')'",   "'=='",    "'!='",
-        "'<'",     "'<='",   "'>'",      "'>='",   "'~'", "'+'",  "'-'",   "'*'",     "'/'",
-        "'and'",   "'or'",   "'not'",    "'in'",   "'exist'",     "'default'", "'TRUE'", "'FALSE'",
+        "the end", "a name", "a number", "a text", "'$'",     "'('",       "')'",    "'=='",    "'!='",
+        "'<'",     "'<='",   "'>'",      "'>='",   "'~'",     "'+'",       "'-'",    "'*'",     "'/'",
+        "'and'",   "'or'",   "'not'",    "'in'",   "'exist'", "'default'", "'TRUE'", "'FALSE'",
     };
     return kNames[static_cast<std::size_t>(kind)];
 }

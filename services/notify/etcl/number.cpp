@@ -17,7 +17,8 @@ float ToSingle(double value) {
     if (std::abs(value) <= kLargest || std::isnan(value)) {
         return static_cast<float>(value);
     }
-    return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, value)));
+    return std::copysign(std::numeric_limits<float>::infinity(),
+                         static_cast<float>(std::copysign(1.0, value)));
 }
 
 }  // namespace
@@ -92,8 +93,8 @@ bool Number::Divide(const Number& a, const Number& b, Number& quotient) {
     if (b.Real() == 0) {
         return false;
     }
-    quotient = a.m_whole && b.m_whole ? Exact(a.m_integer / b.m_integer)
-                                      : RealResult(a.Real() / b.Real(), a, b);
+    quotient =
+        a.m_whole && b.m_whole ? Exact(a.m_integer / b.m_integer) : RealResult(a.Real() / b.Real(), a, b);
     return true;
 }
 
@@ -106,8 +107,7 @@ bool Number::CompareReal(const Number& a, const Number& b, Compare compare) {
 }
 
 bool operator==(const Number& a, const Number& b) {
-    return a.m_whole && b.m_whole ? a.m_integer == b.m_integer
-                                  : Number::CompareReal(a, b, std::equal_to<>());
+    return a.m_whole && b.m_whole ? a.m_integer == b.m_integer : Number::CompareReal(a, b, std::equal_to<>());
 }
 
 bool operator<(const Number& a, const Number& b) {

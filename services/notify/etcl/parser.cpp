@@ -211,8 +211,7 @@ class Parser {
         }
         auto made = Make(Kind::kDefault);
         made->path = Path("");
-        if (made->path.steps.empty() ||
-            made->path.steps.back().kind != ComponentPath::Kind::kDiscriminator) {
+        if (made->path.steps.empty() || made->path.steps.back().kind != ComponentPath::Kind::kDiscriminator) {
             throw ConstraintError(column, "a component that ends with ._d");
         }
         return made;

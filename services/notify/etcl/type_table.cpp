@@ -154,8 +154,8 @@ class TypeTableBuilder {
     Index Indirect(CdrReader& reader) {
         const std::int64_t offset = static_cast<std::int32_t>(reader.ULong());
         const auto from = reinterpret_cast<std::uintptr_t>(reader.Position() - sizeof(std::uint32_t));
-        const auto target = m_places.find(
-            reinterpret_cast<const char*>(from + static_cast<std::uintptr_t>(offset)));
+        const auto target =
+            m_places.find(reinterpret_cast<const char*>(from + static_cast<std::uintptr_t>(offset)));
         if (target == m_places.end()) {
             NotAType();
         }
