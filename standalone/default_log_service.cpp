@@ -19,10 +19,23 @@ FileLogOptions OptionsFromConfiguration() {
     return options;
 }
 
+/// Whatever logs after this object's end finds a service that writes at once.
+class EndOfProcess {
+  public:
+    explicit EndOfProcess(FileLogService& service) : m_service(service) {}
+    ~EndOfProcess() { m_service.StopWaiting(); }
+    EndOfProcess(const EndOfProcess&) = delete;
+    EndOfProcess& operator=(const EndOfProcess&) = delete;
+
+  private:
+    FileLogService& m_service;
+};
+
 }  // namespace
 
 NS_LOG_SERVICE1::LogSvcInterface& DefaultLogService() {
     static auto* const service = new FileLogService(OptionsFromConfiguration());
+    static const EndOfProcess end(*service);
     return *service;
 }
 

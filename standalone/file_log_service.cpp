@@ -1,5 +1,7 @@
 #include "standalone/file_log_service.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <utility>
 
@@ -20,6 +22,7 @@ bool IsUsableCategory(const std::string& category) {
 
 FileLogService::FileLogService(FileLogOptions options)
     : m_options(std::move(options)),
+      m_process(getpid()),
       m_timer(
           m_options.flush_interval, [this] { FlushAll(); }, [this] { FlushWritten(); }) {}
 
@@ -48,6 +51,9 @@ NS_LOG_SERVICE1::LogHandle* FileLogService::OpenLog(const std::string& bundle, c
         m_files.erase(category);
         return nullptr;
     }
+    if (m_atOnce) {
+        file->StopWaiting();
+    }
     return file.get();
 }
 
@@ -59,6 +65,17 @@ void FileLogService::FlushWritten() {
     std::lock_guard<std::mutex> guard(m_lock);
     for (auto& entry : m_files) {
         entry.second->FlushWritten();
+    }
+}
+
+void FileLogService::StopWaiting() {
+    if (getpid() != m_process) {
+        return;
+    }
+    std::lock_guard<std::mutex> guard(m_lock);
+    m_atOnce = true;
+    for (auto& entry : m_files) {
+        entry.second->StopWaiting();
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <map>
 #include <memory>
@@ -31,12 +33,18 @@ class FileLogService final : public NS_LOG_SERVICE1::LogSvcInterface {
                                         const std::string& category) override;
     int IsVerboseLog() override;
 
+    /// Writes what waits, and from now on every record at once: for a service that is not destroyed at the
+    /// end of its process. A forked child leaves alone what it has of its parent's records.
+    void StopWaiting();
+
   private:
     void FlushAll();
     void FlushWritten();
 
     const FileLogOptions m_options;
-    std::mutex m_lock;  // guards the table; the files have locks of their own
+    const pid_t m_process;
+    std::mutex m_lock;  // guards what follows; the files have locks of their own
+    bool m_atOnce = false;
     std::map<std::string, std::unique_ptr<LogFile>> m_files;
     FlushTimer m_timer;  // last, so that its thread ends before the files go
 };

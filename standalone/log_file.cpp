@@ -1,49 +1,27 @@
 #include "standalone/log_file.h"
 
-#include <fcntl.h>
-#include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
-
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <thread>
 #include <utility>
 
-#include "standalone/record_text.h"
 #include "standalone/report.h"
+
+// Records are appended to a batch in memory, under a lock that is held for a fraction of a microsecond, and
+// the batch is swapped for an empty one to be written: with a lock held during the write, or while the text
+// is made, every thread that logs waited for the disk or for one another. Times are taken under the lock, so
+// that they never go back from one line to the next.
 
 namespace qv_standalone {
 namespace {
 
-constexpr const char* kPattern = "%Y-%m-%dT%H:%M:%S.%e%z [%t] %v";
-
 constexpr int kNoLevel = -1;
+constexpr const char* kOwnPosition = "log_file";
 
-/// Companion processes that the agent starts mustn't keep log files open. The buffer holds what a busy agent
-/// writes between two flushes, so that a record doesn't wait for the system.
-void PrepareFile(const spdlog::filename_t& /*path*/, std::FILE* file) {
-    constexpr std::size_t kBuffer = 256 << 10;
-    fcntl(fileno(file), F_SETFD, FD_CLOEXEC);
-    std::setvbuf(file, nullptr, _IOFBF, kBuffer);
-}
-
-std::unique_ptr<spdlog::formatter> Formatter(const std::string& before) {
-    return std::make_unique<spdlog::pattern_formatter>(before + kPattern);
-}
-
-/// Not locked by itself: LogFile's own lock covers it and the counters together.
-std::unique_ptr<spdlog::sinks::sink> OpenSink(const std::string& path, const LogFileLimits& limits) {
-    spdlog::file_event_handlers handlers;
-    handlers.after_open = PrepareFile;
-    auto sink = std::make_unique<spdlog::sinks::rotating_file_sink_st>(path, limits.max_size,
-                                                                       limits.max_files, false, handlers);
-    sink->set_formatter(Formatter(""));
-    return sink;
-}
-
-/// A record is put into the buffer in no time: for so long it is cheaper to let others run than to sleep and
-/// be woken.
+/// A record is appended in no time: for so long it is cheaper to let others run than to sleep and be woken.
 std::unique_lock<std::mutex> LockSoon(std::mutex& mutex) {
     constexpr int kTries = 20;
     std::unique_lock<std::mutex> lock(mutex, std::try_to_lock);
@@ -57,31 +35,21 @@ std::unique_lock<std::mutex> LockSoon(std::mutex& mutex) {
     return lock;
 }
 
-spdlog::details::log_msg Message(const std::string& body) {
-    return spdlog::details::log_msg(spdlog::string_view_t(), spdlog::level::info, body);
-}
-
-std::string Body(const std::string& file, int line, int level, const std::string& text) {
-    std::string body = std::to_string(level);
-    body += ' ';
-    body += LevelName(level);
-    body += ' ';
-    body += OneLine(file);
-    body += ':';
-    body += std::to_string(line);
-    body += ' ';
-    body += RecordText(text);
-    return body;
+std::chrono::system_clock::time_point Now() {
+    return std::chrono::system_clock::now();
 }
 
 }  // namespace
 
 LogFile::LogFile(const std::string& path, const LogFileLimits& limits, std::function<void()> flushSoon)
-    : m_path(path), m_limits(limits), m_flushSoon(std::move(flushSoon)), m_sink(OpenSink(path, limits)) {}
+    : m_path(path),
+      m_limits(limits),
+      m_flushSoon(std::move(flushSoon)),
+      m_file(std::make_unique<RotatingFile>(path, limits.max_size, limits.max_files)) {}
 
 LogFile::~LogFile() {
     Flush();
-    if (const std::uint64_t lost = Lost(); lost > 0) {
+    if (const std::uint64_t lost = Lost() + m_waiting.records(); lost > 0) {
         Report(m_path + " is closed; up to " + std::to_string(lost) + " records could not be written to it");
     }
 }
@@ -91,11 +59,16 @@ void LogFile::Write(const std::string& file, const std::string& /*function*/, in
     if (level > m_limits.level && level >= 0) {
         return;
     }
+    Next next = Next::kNothing;
     try {
-        Put(level, Body(file, line, level, text));
+        next = Put(level, LogLine(file, line, level, text));
     } catch (const std::exception&) {  // no memory for the text
-        std::lock_guard<std::mutex> guard(m_lock);
-        ++m_lost;
+        CountLost();
+    }
+    if (next == Next::kAskForFlush) {
+        m_flushSoon();
+    } else if (next == Next::kWrite) {
+        FlushWritten();
     }
 }
 
@@ -115,106 +88,145 @@ void LogFile::WriteFormat(const std::string& file, const std::string& function, 
     Write(file, function, line, level, std::string(text, static_cast<std::size_t>(length)));
 }
 
-void LogFile::Put(int level, const std::string& body) noexcept {
+LogFile::Next LogFile::Put(int level, const LogLine& line) {
     const std::unique_lock<std::mutex> guard = LockSoon(m_lock);
-    if (!m_sink) {
+    if (!m_open) {
         ++m_lost;
-        return;
+        return Next::kNothing;
     }
-    try {
-        if (!m_repeats.Continues(body)) {
-            PutHeldBack();
-            m_repeats.Start(body);
-        } else if (!m_repeats.Admit()) {
-            return;
-        }
-        ++m_buffered;
-        m_sink->log(Message(body));
-        AskForFlush(level);
-    } catch (const std::exception& error) {
-        GiveUp(error.what());
+    if (!m_repeats.Continues(line.body())) {
+        AppendHeldBack();
+        m_repeats.Start(line.body());
+    } else if (!m_repeats.Admit()) {
+        return Next::kNothing;
     }
+    m_waiting.Append(m_stamp.At(Now()), line.text());
+    return AfterRecord(level);
 }
 
 /// Under the lock. Records of operations come by the thousand, and a write to the system for each would cost
 /// more than all the rest of it.
-void LogFile::AskForFlush(int level) {
-    if (level < 0 && m_flushSoon) {
-        m_flushSoon();
-    } else if (level <= 1) {
-        FlushOpen();
+LogFile::Next LogFile::AfterRecord(int level) {
+    const bool soon = level < 0 || m_waiting.bytes() >= kManyWaiting;
+    const bool atOnce = level == 0 || level == 1 || m_atOnce || m_waiting.bytes() >= kMaxWaiting;
+    if (atOnce || (soon && !m_flushSoon)) {
+        return Next::kWrite;
     }
-}
-
-void LogFile::FlushWritten() noexcept {
-    std::lock_guard<std::mutex> guard(m_lock);
-    if (!m_sink) {
-        return;
-    }
-    try {
-        FlushOpen();
-    } catch (const std::exception& error) {
-        GiveUp(error.what());
-    }
+    return soon && !std::exchange(m_asked, true) ? Next::kAskForFlush : Next::kNothing;
 }
 
 /// Under the lock: tells how many records of a run were left out.
-void LogFile::PutHeldBack() {
+void LogFile::AppendHeldBack() {
     if (const std::uint64_t held = m_repeats.TakeHeldBack(); held > 0) {
-        ++m_buffered;
-        m_sink->log(Message(
-            Body("log_file", 0, kNoLevel, "the record above came " + std::to_string(held) + " times more")));
+        const LogLine line(kOwnPosition, 0, kNoLevel,
+                           "the record above came " + std::to_string(held) + " times more");
+        m_waiting.Append(m_stamp.At(Now()), line.text());
     }
+}
+
+void LogFile::CountLost() noexcept {
+    const std::lock_guard<std::mutex> guard(m_lock);
+    ++m_lost;
+}
+
+void LogFile::FlushWritten() noexcept {
+    const std::lock_guard<std::mutex> writing(m_writing);
+    WriteWaiting();
 }
 
 void LogFile::Flush() noexcept {
-    std::unique_lock<std::mutex> lock(m_lock);
+    const std::lock_guard<std::mutex> writing(m_writing);
+    if (!m_file) {
+        Reopen();
+        return;
+    }
+    TakeHeldBack();
+    WriteWaiting();
+}
+
+void LogFile::StopWaiting() noexcept {
+    {
+        const std::lock_guard<std::mutex> guard(m_lock);
+        m_atOnce = true;
+    }
+    Flush();
+}
+
+void LogFile::TakeHeldBack() noexcept {
     try {
-        if (m_sink) {
-            PutHeldBack();
-            FlushOpen();
-            return;
-        }
-        // Opening takes its time where it fails; nobody who logs waits for that.
-        lock.unlock();
-        auto sink = OpenSink(m_path, m_limits);
-        lock.lock();
-        if (!m_sink) {
-            m_sink = std::move(sink);
-            Reopen();
-        }
+        const std::lock_guard<std::mutex> guard(m_lock);
+        AppendHeldBack();
+    } catch (const std::exception&) {  // no memory for the sentence
+        CountLost();
+    }
+}
+
+/// With m_writing held: everything up to now reaches the system, or counts as lost.
+void LogFile::WriteWaiting() noexcept {
+    if (!m_file) {
+        return;
+    }
+    {
+        const std::unique_lock<std::mutex> guard = LockSoon(m_lock);
+        m_out.swap(m_waiting);
+        m_asked = false;
+    }
+    if (m_out.empty()) {
+        return;
+    }
+    try {
+        m_file->Write(m_out);
     } catch (const std::exception& error) {
-        if (!lock.owns_lock()) {
-            lock.lock();
+        GiveUp(error.what(), m_out.records());
+    }
+    m_out.Clear();
+}
+
+/// With m_writing held and without a file. Records are taken again before the gap is told, so that none gets
+/// lost uncounted between the two.
+void LogFile::Reopen() noexcept {
+    std::uint64_t lost = 0;
+    try {
+        m_file = std::make_unique<RotatingFile>(m_path, m_limits.max_size, m_limits.max_files);
+        {
+            const std::lock_guard<std::mutex> guard(m_lock);
+            lost = std::exchange(m_lost, 0);
+            m_open = true;
         }
-        GiveUp(error.what());
+        TellOfGap(lost);
+    } catch (const std::exception& error) {
+        GiveUp(error.what(), lost);
+        return;
     }
+    WriteWaiting();
 }
 
-/// Under the lock: everything up to now reaches the system, or an exception tells that it doesn't.
-void LogFile::FlushOpen() {
-    if (m_buffered > 0) {
-        m_sink->flush();
-        m_buffered = 0;
-    }
-}
-
-/// Under the lock, with a sink that was just opened: proves that writing works by telling of the gap.
-void LogFile::Reopen() {
-    m_sink->set_formatter(Formatter("\n"));  // what failed before may have left half a line
-    m_sink->log(
-        Message(Body("log_file", 0, 1, "up to " + std::to_string(m_lost) + " records are missing here")));
-    m_sink->flush();
-    m_sink->set_formatter(Formatter(""));
-    Report("writes to " + m_path + " again; up to " + std::to_string(m_lost) + " records were lost");
-    m_lost = 0;
+/// With m_writing held and a file that was just opened: proves that writing works.
+void LogFile::TellOfGap(std::uint64_t lost) {
+    const LogLine line(kOwnPosition, 0, 1, "up to " + std::to_string(lost) + " records are missing here");
+    LogStamp stamp;
+    std::string begin = "\n";  // what failed before may have left half a line
+    begin += stamp.At(Now());
+    LogBatch gap;
+    gap.Append(begin, line.text());
+    m_file->Write(gap);
+    Report("writes to " + m_path + " again; up to " + std::to_string(lost) + " records were lost");
     m_reported = false;
 }
 
-/// Under the lock. A failed flush has thrown away what was buffered, so that counts as lost with the record
-/// at hand.
-void LogFile::GiveUp(const char* reason) noexcept {
-    m_lost += std::exchange(m_buffered, 0);
+/// With m_writing held. What was to be written may have reached the file in part; what waits is kept for the
+/// next file as long as there is room.
+void LogFile::GiveUp(const char* reason, std::uint64_t lost) noexcept {
+    m_file.reset();
+    {
+        const std::lock_guard<std::mutex> guard(m_lock);
+        m_open = false;
+        m_lost += lost;
+        if (m_waiting.bytes() >= kMaxWaiting) {
+            m_lost += m_waiting.records();
+            m_waiting.Clear();
+        }
+    }
     try {
         if (!m_reported) {
             Report("can't write to " + m_path + " (" + reason +
@@ -224,11 +236,10 @@ void LogFile::GiveUp(const char* reason) noexcept {
     } catch (const std::exception&) {
         // No memory for the sentence; the next failure tells.
     }
-    m_sink.reset();
 }
 
 std::uint64_t LogFile::Lost() const {
-    std::lock_guard<std::mutex> guard(m_lock);
+    const std::lock_guard<std::mutex> guard(m_lock);
     return m_lost;
 }
 

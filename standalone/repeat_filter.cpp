@@ -4,7 +4,7 @@
 
 namespace qv_standalone {
 
-void RepeatFilter::Start(const std::string& record) {
+void RepeatFilter::Start(std::string_view record) {
     m_last = record;
     m_run = 1;
     m_held = 0;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace qv_standalone {
 
@@ -12,9 +13,9 @@ class RepeatFilter {
     static constexpr std::uint64_t kWritten = 3;  ///< records of a run that are written
 
     /// Whether `record` continues the run of the one before it.
-    bool Continues(const std::string& record) const { return m_run > 0 && record == m_last; }
+    bool Continues(std::string_view record) const { return m_run > 0 && record == m_last; }
     /// Starts a run with `record`, which is written.
-    void Start(const std::string& record);
+    void Start(std::string_view record);
     /// Counts one more record of the run. False when it is to be held back.
     bool Admit();
     /// The number held back since the last call.

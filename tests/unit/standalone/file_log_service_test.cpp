@@ -102,6 +102,25 @@ TEST(FileLogService, RecordsWithoutALevelDoNotWaitForTheInterval) {
         [&] { return ReadFile(dir.File("c.log")).find("an operation") != std::string::npos; }));
 }
 
+TEST(FileLogService, OnceItStopsWaitingEveryRecordIsWrittenAtOnce) {
+    const TempDir dir;
+    FileLogOptions options = In(dir.str());
+    options.flush_interval = std::chrono::hours(1);
+    FileLogService service(options);
+    auto* const log = service.OpenLog("b", "m", "early");
+    ASSERT_NE(log, nullptr);
+    log->Write("f", "", 1, 3, "before");
+    EXPECT_EQ(ReadFile(dir.File("early.log")), "");
+    service.StopWaiting();
+    log->Write("f", "", 1, 3, "after");
+    auto* const late = service.OpenLog("b", "m", "late");
+    ASSERT_NE(late, nullptr);
+    late->Write("f", "", 1, 3, "after");
+    EXPECT_NE(ReadFile(dir.File("early.log")).find("before"), std::string::npos);
+    EXPECT_NE(ReadFile(dir.File("early.log")).find("after"), std::string::npos);
+    EXPECT_NE(ReadFile(dir.File("late.log")).find("after"), std::string::npos);
+}
+
 TEST(FileLogService, TellsWhetherLogsAreVerbose) {
     const TempDir dir;
     FileLogOptions options = In(dir.str());

@@ -28,6 +28,20 @@ TEST(RecordText, ShowsControlCharacters) {
     EXPECT_EQ(RecordText("a\rb"), "a\\x0db");
 }
 
+TEST(RecordText, FindsAControlCharacterAnywhereInALongText) {
+    for (const char plain : {'x', ' ', '~', '\t', '\xc3', '\xff'}) {
+        for (std::size_t at = 0; at < 20; ++at) {
+            for (const char control : {'\x01', '\x1f', '\x7f', '\0'}) {
+                std::string text(20, plain);
+                text[at] = control;
+                const std::string escaped = OneLine(std::string(1, control));
+                EXPECT_EQ(RecordText(text), std::string(at, plain) + escaped + std::string(19 - at, plain));
+            }
+        }
+        EXPECT_EQ(RecordText(std::string(20, plain)), std::string(20, plain));
+    }
+}
+
 TEST(RecordText, OneLineKeepsToOneLine) {
     EXPECT_EQ(OneLine("a\nb\r"), "a\\x0ab\\x0d");
 }
