@@ -152,7 +152,7 @@ TEST_F(NotifyLogRecord, ACorbaExceptionEndsTheRecord) {
     StructuredEvent event = EventOf("NT_ALARM", "5");
     AddField(event, "bad", Unprintable());
     capture->SetWriteHook([](const qv_test::LogEntry& entry) {
-        if (entry.line == 1054) {
+        if (entry.text.find("[CorbaLogMgr::ParseAnyData]") == 0) {
             throw CORBA::NO_RESOURCES(7, CORBA::COMPLETED_NO);
         }
     });
@@ -170,7 +170,7 @@ TEST_F(NotifyLogRecord, WhatAnExceptionFindsPrintedStays) {
     StructuredEvent event = EventOf("NT_STATE_CHANGE", "5");
     event.remainder_of_body <<= Unprintable();
     capture->SetWriteHook([](const qv_test::LogEntry& entry) {
-        if (entry.line == 1054 || entry.line == 1059) {
+        if (entry.text.find("[CorbaLogMgr::ParseAnyData]") == 0) {
             throw std::runtime_error("disk full");
         }
     });
@@ -311,7 +311,8 @@ TEST_F(TmfLog, WritesWhatCouldBePrinted) {
 }
 
 TEST_F(TmfLog, TellsOfAValueThatNoDynAnyCanHold) {
-    const CORBA::TypeCode_var type = qv_test::TestOrb()->create_value_box_tc("IDL:A:1.0", "A", CORBA::_tc_long);
+    const CORBA::TypeCode_var type =
+        qv_test::TestOrb()->create_value_box_tc("IDL:A:1.0", "A", CORBA::_tc_long);
     CORBA::Any value;
     value.replace(type.in(), nullptr);
     EXPECT_EQ(Written(1, value).text, "---ERROR: Exception occurred when parsing data !\n");
@@ -322,7 +323,7 @@ TEST_F(TmfLog, TellsOfAnExceptionBehindWhatWasPrinted) {
     CORBA::Any value;
     value <<= Unprintable();
     capture->SetWriteHook([](const qv_test::LogEntry& entry) {
-        if (entry.line == 1054 || entry.line == 1059) {
+        if (entry.text.find("[CorbaLogMgr::ParseAnyData]") == 0) {
             throw std::runtime_error("disk full");
         }
     });
