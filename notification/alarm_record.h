@@ -4,6 +4,8 @@
 
 #include <sstream>
 
+#include "platform/export.h"
+
 namespace NS_CORBA {
 
 class SuppilerMgr;
@@ -18,7 +20,7 @@ enum class AlarmRecordForm {
 /// Appends the notification log's record of an alarm that was sent. Its text comes from `manager`'s callback
 /// object.
 /// @param disposalTime milliseconds
-void AppendAlarmRecord(std::stringstream& out, AlarmRecordForm form, long disposalTime,
-                       const CosNotification::StructuredEvent& event, SuppilerMgr& manager);
+QV_API void AppendAlarmRecord(std::stringstream& out, AlarmRecordForm form, long disposalTime,
+                              const CosNotification::StructuredEvent& event, SuppilerMgr& manager);
 
 }  // namespace NS_CORBA

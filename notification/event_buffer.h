@@ -12,7 +12,7 @@ extern QV_API ACE_Thread_Semaphore g_semEventBuffer;
 
 /// Holds g_semEventBuffer. Where it can't be taken its owner goes on without it, and nothing is released. One
 /// object belongs to one thread.
-class EventBufferGuard {
+class QV_API EventBufferGuard {
   public:
     EventBufferGuard() { Take(); }
     ~EventBufferGuard() { Release(); }

@@ -71,6 +71,7 @@ class CorbaBaseAgentConfigProbe {
     QV_PROBE(NamingServiceAutoStart, m_NamingServiceAutoStart)
     QV_PROBE(NotifyServiceAutoStart, m_NotifyServiceAutoStart)
     QV_PROBE(NBISSLCRLCheckStatus, m_NBISSLCRLCheckStatus)
+    QV_PROBE(RootPOA, m_RootPOA)
     QV_PROBE(SingleThreadPushEvent, m_SingleThreadPushEvent)
 #undef QV_PROBE
 };
