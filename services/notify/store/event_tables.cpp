@@ -1,5 +1,7 @@
 #include "services/notify/store/event_tables.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <unordered_set>
 
@@ -21,7 +23,7 @@ Time FromMicroseconds(std::int64_t value) {
 EventTables::EventTables(Database& database, ObjectTables& objects)
     : m_database(database),
       m_objects(objects),
-      m_add(database, "INSERT INTO events VALUES(?,?,?,?,?)"),
+      m_add(database, "INSERT INTO events VALUES(?,?,?,?,?,?)"),
       m_remember(database, "REPLACE INTO digests VALUES(?,?,?,?)"),
       m_newest(database, "SELECT place FROM digests WHERE supplier = ? ORDER BY sequence DESC LIMIT 1"),
       m_deliver(database,
@@ -32,7 +34,7 @@ EventTables::EventTables(Database& database, ObjectTables& objects)
              "DELETE FROM events WHERE sequence = ?1 "
              "AND NOT EXISTS(SELECT 1 FROM deliveries WHERE sequence = ?1)"),
       m_all(database,
-            "SELECT sequence, channels.path, suppliers.path, octets, arrived FROM events "
+            "SELECT sequence, channels.path, suppliers.path, octets, arrived, digest FROM events "
             "JOIN objects AS channels ON channels.id = channel "
             "LEFT JOIN objects AS suppliers ON suppliers.id = supplier ORDER BY sequence"),
       m_consumers(database,
@@ -61,6 +63,7 @@ std::int64_t EventTables::Add(const std::string& channel, const std::string& sup
         .Number(channel_id)
         .Number(supplier_id)
         .Number(arrived)
+        .Octets(digest)
         .Octets(octets)
         .Finish();
     if (supplier_id != 0) {
@@ -122,6 +125,10 @@ std::vector<StoredEvent> EventTables::All() {
             event.supplier = run.StringAt(2);
             event.octets = run.StringAt(3);
             event.arrived = FromMicroseconds(run.NumberAt(4));
+            if (run.StringAt(5) != DigestOf(event.octets)) {
+                throw DatabaseError(SQLITE_CORRUPT, "the event " + std::to_string(event.sequence) +
+                                                        " is not what was written");
+            }
             events.push_back(std::move(event));
         }
     }

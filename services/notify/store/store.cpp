@@ -81,7 +81,7 @@ void Store::Impl::CarryOut(const std::vector<const GroupCommit::Operation*>& ope
         qv_notify::Run(m_tables->commit).Finish();
     } catch (const DatabaseError& error) {
         TakeBack();
-        throw StoreError(Explain(m_path, "can't be written", error));
+        throw StoreError(Explain(m_path, "can't be used", error));
     } catch (...) {
         TakeBack();
         throw;

@@ -57,7 +57,8 @@ class Store {
     /// with is dropped.
     void Done(const std::string& consumer, const std::vector<std::int64_t>& sequences);
 
-    /// All events that are kept, in the order of their numbers.
+    /// All events that are kept, in the order of their numbers. Throws StoreError also when the octets of one
+    /// are not those that were added.
     std::vector<StoredEvent> Events();
 
     /// The last `count` events, at most kRemembered, that the supplier added, the latest last, whether they
