@@ -54,7 +54,7 @@ double Fixed(CdrReader reader, std::uint32_t digits, int scale) {
 }
 
 bool ReadTime(ValuePlace place, Scalar& scalar) {
-    if (place.RepositoryId() != kTimeType || !place.ToPosition(0) || place.kind() != CORBA::tk_ulonglong) {
+    if (place.UnaliasedId() != kTimeType || !place.ToPosition(0) || place.kind() != CORBA::tk_ulonglong) {
         return false;
     }
     scalar.SetNumber(Number::OfUnsigned(place.reader().ULongLong()));
@@ -73,7 +73,7 @@ std::uint32_t OrdinalOf(const Scalar& enumerator) {
 bool SameType(const ValuePlace& a, const ValuePlace& b) {
     ValuePlace left = a;
     ValuePlace right = b;
-    return left.RepositoryId() == right.RepositoryId();
+    return left.UnaliasedId() == right.UnaliasedId();
 }
 
 template <class Value>

@@ -262,6 +262,10 @@ std::string_view ValuePlace::RepositoryId() {
     return NeedTable() ? std::string_view(m_table->at(m_declared).id) : std::string_view();
 }
 
+std::string_view ValuePlace::UnaliasedId() {
+    return NeedTable() ? std::string_view(Type().id) : std::string_view();
+}
+
 bool ValuePlace::HasEnumerator(std::uint32_t ordinal, std::string_view enumerator) const {
     if (m_table != nullptr) {
         const TypeTable::Type& type = m_table->at(m_table->Unaliased(m_declared));

@@ -48,6 +48,8 @@ class ValuePlace {
     /// Of the type as it is declared, with aliases; empty where there is none.
     std::string_view TypeName();
     std::string_view RepositoryId();
+    /// The repository id of what the aliases stand for.
+    std::string_view UnaliasedId();
 
     /// The place of an enumerator in the place's enum type.
     bool OrdinalOf(std::string_view enumerator, std::uint32_t& ordinal) const;
