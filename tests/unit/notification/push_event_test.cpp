@@ -314,7 +314,7 @@ TEST_F(PushEvent, PushesAreSerialAndHoldTheLock) {
         manager->IsBufEmpty();
         looked = true;
     });
-    EXPECT_NE(0, NS_CORBA::g_semEventBuffer.tryacquire());
+    EXPECT_TRUE(BufferIsLocked());
     EXPECT_EQ(1, script().Count("push_structured_event"));
     EXPECT_FALSE(looked);
     script().Release("push_structured_event");
@@ -331,7 +331,7 @@ TEST_F(PushEvent, TheWayOfPushingIsFixedAtTheFirstEvent) {
     config().GetOption();
     ASSERT_FALSE(config().IsSingleThreadPushEvent());
     bool locked = false;
-    script().On("push_structured_event", [&](int) { locked = NS_CORBA::g_semEventBuffer.tryacquire() != 0; });
+    script().On("push_structured_event", [&](int) { locked = BufferIsLocked(); });
     EXPECT_EQ(0, Push("NT_TCA", "b"));
     EXPECT_TRUE(locked);
 }

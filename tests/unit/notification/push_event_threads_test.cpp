@@ -42,7 +42,7 @@ TEST_F(PushFromThreads, AFailedPushTakesTheLockAgainForTheBuffer) {
         freeDuringPush = manager->IsBufEmpty();
         throw CORBA::TRANSIENT();
     });
-    callback.onLoss = [&] { heldDuringLoss = NS_CORBA::g_semEventBuffer.tryacquire() != 0; };
+    callback.onLoss = [&] { heldDuringLoss = BufferIsLocked(); };
     EXPECT_EQ(-1, Push("NT_TCA", "a"));
     EXPECT_TRUE(freeDuringPush);
     EXPECT_TRUE(heldDuringLoss);

@@ -165,6 +165,14 @@ std::string SupplierTest::State() {
     return wasBroken ? "settling" : "in service";
 }
 
+bool SupplierTest::BufferIsLocked() {
+    if (NS_CORBA::g_semEventBuffer.tryacquire() != 0) {
+        return true;
+    }
+    NS_CORBA::g_semEventBuffer.release();
+    return false;
+}
+
 void SupplierTest::Forget() {
     m_log->Clear();
     callback.Clear();

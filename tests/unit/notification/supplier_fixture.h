@@ -99,7 +99,9 @@ class SupplierTest : public AgentTest {
     void ExpectDebug(const std::string& file, int level, const std::string& text);
     void ExpectException(const std::string& file, const std::string& text);
     Texts NotifyRecords();
+    /// The channel's state by its two flags, as a word.
     std::string State();
+    static bool BufferIsLocked();
     void Forget();
 
     ScriptedWaits waits;
