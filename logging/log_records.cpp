@@ -24,16 +24,21 @@ const char* MessageTypeWord(std::uint8_t messageType) {
 }  // namespace
 
 std::string RecordHead(const TALogRecord& record) {
-    std::string head = "---MessageType:  ";
-    head += MessageTypeWord(record.messageType);
-    head += ", RemoteAddress:  ";
-    head += record.remoteAddress;
-    head += "\n--- Request ID = ";
-    head += std::to_string(record.requestId);
-    head += ", Operation Name = ";
-    head += record.operationName;
-    head += '\n';
+    std::string head;
+    AppendRecordHead(head, record);
     return head;
+}
+
+void AppendRecordHead(std::string& out, const TALogRecord& record) {
+    out += "---MessageType:  ";
+    out += MessageTypeWord(record.messageType);
+    out += ", RemoteAddress:  ";
+    out += record.remoteAddress;
+    out += "\n--- Request ID = ";
+    out += std::to_string(record.requestId);
+    out += ", Operation Name = ";
+    out += record.operationName;
+    out += '\n';
 }
 
 int LogFormatter<TADebugRecord>::operator()(std::string& out, TADebugRecord&& record) const {

@@ -38,6 +38,9 @@ struct TANotifyRecord {
 /// What stands above the body of an operation record: type, caller, id and operation, in two lines.
 std::string RecordHead(const TALogRecord& record);
 
+/// Appends RecordHead of `record` to `out`.
+void AppendRecordHead(std::string& out, const TALogRecord& record);
+
 /// Turns a record into text. A specialisation's operator() makes `out` the record's text, taking what it can
 /// of the record, and returns the level to log it at. The primary template stands for records that have no
 /// layout: they are written as plain text.

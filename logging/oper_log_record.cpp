@@ -25,6 +25,7 @@ constexpr int kTraceLevel = 3;
 constexpr char kNotParsed[] = "ERROR: Exception occurred when parsing message!";
 
 constexpr int kNoLevel = -1;
+constexpr std::size_t kUsualRecord = 1024;  // most are made without moving them
 constexpr int kSucceeded = 0;
 constexpr int kFailed = 1;
 
@@ -109,7 +110,10 @@ void CorbaLogMgr::WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, 
     std::string body;
     int result = TakeHead(info, messageType, record, body);
     // The body follows in the same string: it may be too large to be moved for the head's sake.
-    std::string text = RecordHead(record) + body;
+    std::string text;
+    text.reserve(kUsualRecord + body.size());
+    AppendRecordHead(text, record);
+    text += body;
     CutAtNul(text);
     if (result == 0) {
         result = AppendBody(info, record, text);

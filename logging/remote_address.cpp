@@ -64,12 +64,6 @@ std::string AddressOfRequest(const CORBA::StringSeq& poas) {
     return address.empty() ? AddressOfThreadContext() : address;
 }
 
-std::string KeptAddress(int thread) {
-    std::string address = g_ThreadAddressMap.Get(thread);
-    g_ThreadAddressMap.Erase(thread);
-    return address;
-}
-
 CORBA::StringSeq* AdapterName(PortableInterceptor::ServerRequestInfo* info) {
     try {
         return info->adapter_name();
@@ -94,7 +88,7 @@ std::string RemoteAddress(PortableInterceptor::ServerRequestInfo* info, unsigned
         }
         case kReplyMessage:
         case kExceptionMessage:
-            return KeptAddress(thread);
+            return g_ThreadAddressMap.Take(thread);
         default:
             return "OTHER UNKNOW ADDRESS";
     }

@@ -16,6 +16,8 @@ class ThreadAddressMap {
     /// "UNKNOW ADDRESS" when there is none.
     std::string Get(int thread) const;
     void Erase(int thread);
+    /// Get and Erase in one.
+    std::string Take(int thread);
 
   private:
     mutable ACE_Thread_Mutex m_mutex;

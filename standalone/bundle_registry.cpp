@@ -133,17 +133,14 @@ class Registry {
         return former;
     }
 
-    // Asked by every lookup of the process, so nobody who only reads waits for others who do.
+    // Asked by every lookup of the process, and many times in a row for one name: a thread that asks for what
+    // it asked for last needs no lock, as entries neither move nor go.
     InterfaceBuffer& Buffer(const std::string& name) {
-        {
-            std::shared_lock<std::shared_mutex> lock(m_buffersLock);
-            const auto found = m_buffers.find(name);
-            if (found != m_buffers.end()) {
-                return found->second;
-            }
+        thread_local Buffers::value_type* last = nullptr;
+        if (last == nullptr || last->first != name) {
+            last = &Entry(name);
         }
-        std::lock_guard<std::shared_mutex> guard(m_buffersLock);
-        return m_buffers[name];
+        return last->second;
     }
 
     std::atomic<int>& RunState() { return m_runState; }
@@ -158,6 +155,21 @@ class Registry {
                     std::make_shared<LazyService>("audit service", qv_standalone::DefaultAuditService));
     }
 
+    using Buffers = std::map<std::string, FoundInterfaces>;
+
+    // Nobody who only reads waits for others who do.
+    Buffers::value_type& Entry(const std::string& name) {
+        {
+            std::shared_lock<std::shared_mutex> lock(m_buffersLock);
+            const auto found = m_buffers.find(name);
+            if (found != m_buffers.end()) {
+                return *found;
+            }
+        }
+        std::lock_guard<std::shared_mutex> guard(m_buffersLock);
+        return *m_buffers.try_emplace(name).first;
+    }
+
     RegisteredBundle& Obtain(const std::string& name) {
         auto& bundle = m_bundles[name];
         if (!bundle) {
@@ -168,7 +180,7 @@ class Registry {
 
     std::map<std::string, std::unique_ptr<RegisteredBundle>> m_bundles;
     std::shared_mutex m_buffersLock;  // guards the table, whose entries stay where they are
-    std::map<std::string, FoundInterfaces> m_buffers;
+    Buffers m_buffers;
     std::atomic<int> m_runState{0};
 };
 
