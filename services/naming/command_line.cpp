@@ -6,7 +6,7 @@
 #include <array>
 #include <charconv>
 
-#include "services/naming/start_error.h"
+#include "services/common/start_error.h"
 
 namespace qv_naming {
 namespace {

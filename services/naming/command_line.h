@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "services/naming/common_parts.h"
+
 namespace qv_naming {
 
 /// What the command line asks for. Paths stand as they were given.

@@ -13,8 +13,8 @@
 #include <thread>
 #include <utility>
 
-#include "services/naming/start_error.h"
-#include "services/naming/text_file.h"
+#include "services/naming/common_parts.h"
+#include "services/common/text_file.h"
 
 namespace qv_naming {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "services/naming/command_line.h"
 #include "services/naming/naming_front.h"
-#include "services/naming/start_error.h"
+#include "services/common/start_error.h"
 
 int main(int argc, char** argv) {
     // Sockets of the process that started this one must not stay open in here and in the name server.

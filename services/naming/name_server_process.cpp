@@ -11,7 +11,7 @@
 #include <cstring>
 #include <sstream>
 
-#include "services/naming/start_error.h"
+#include "services/naming/common_parts.h"
 
 namespace qv_naming {
 namespace {

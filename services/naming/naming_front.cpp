@@ -11,8 +11,8 @@
 #include <utility>
 
 #include "services/naming/locate_probe.h"
-#include "services/naming/start_error.h"
-#include "services/naming/text_file.h"
+#include "services/common/start_error.h"
+#include "services/common/text_file.h"
 
 namespace qv_naming {
 namespace {

@@ -7,7 +7,7 @@
 #include "services/naming/command_line.h"
 #include "services/naming/data_directory.h"
 #include "services/naming/line_relay.h"
-#include "services/naming/listen_addresses.h"
+#include "services/common/listen_addresses.h"
 #include "services/naming/name_server_process.h"
 
 namespace qv_naming {

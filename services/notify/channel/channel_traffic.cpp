@@ -26,11 +26,13 @@ void ChannelTraffic::SetProperties(const PropertyValues& qos, const PropertyValu
     auto made = std::make_shared<Properties>();
     made->qos = qos;
     made->limits = m_around.limits;
-    made->limits.max_events = Stricter(made->limits.max_events,
-                                       static_cast<std::size_t>(ValueOf<std::int32_t>(admin, CosNotification::MaxQueueLength, 0)));
+    made->limits.max_events =
+        Stricter(made->limits.max_events,
+                 static_cast<std::size_t>(ValueOf<std::int32_t>(admin, CosNotification::MaxQueueLength, 0)));
     made->reject = ValueOf<bool>(admin, CosNotification::RejectNewEvents, false);
-    made->persistent = m_around.store != nullptr && ValueOf<std::int16_t>(qos, CosNotification::EventReliability, 0) ==
-                                                        CosNotification::Persistent;
+    made->persistent =
+        m_around.store != nullptr &&
+        ValueOf<std::int16_t>(qos, CosNotification::EventReliability, 0) == CosNotification::Persistent;
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_properties = std::move(made);
 }
@@ -65,10 +67,11 @@ bool ChannelTraffic::Full(const Properties& properties) const {
 
 void ChannelTraffic::MakeRoom(const Properties& properties) {
     if (properties.reject) {
-        m_around.log->Tell(m_path + " full", "channel " + m_path + " is full (" + std::to_string(m_held->Events()) +
-                                                 " events, " + std::to_string(m_held->Bytes()) +
-                                                 " bytes) and rejects new events with IMP_LIMIT until its consumers "
-                                                 "have taken some. See which consumer is slow.");
+        m_around.log->Tell(m_path + " full",
+                           "channel " + m_path + " is full (" + std::to_string(m_held->Events()) +
+                               " events, " + std::to_string(m_held->Bytes()) +
+                               " bytes) and rejects new events with IMP_LIMIT until its consumers "
+                               "have taken some. See which consumer is slow.");
         throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
     }
     // The longest queue holds what nobody else waits for any more.
@@ -95,7 +98,8 @@ std::int64_t ChannelTraffic::Keep(const CosNotification::StructuredEvent& event,
     try {
         return m_around.store->AddEvent(m_path, supplier, qv_orb::EventToOctets(event), arrived);
     } catch (const StoreError& error) {
-        m_around.log->Tell(m_path + " store", std::string(error.what()) + " Events pushed into channel " + m_path +
+        m_around.log->Tell(m_path + " store", std::string(error.what()) + " Events pushed into channel " +
+                                                  m_path +
                                                   " are refused with NO_RESOURCES until it works again.");
         throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
     }

@@ -13,8 +13,8 @@ namespace qv_notify {
 
 /// What a channel holds at most when its own properties don't say less.
 struct ChannelLimits {
-    std::size_t max_events = 0;     ///< 0: no limit
-    std::size_t max_bytes = 0;      ///< of events; 0: no limit
+    std::size_t max_events = 0;  ///< 0: no limit
+    std::size_t max_bytes = 0;   ///< of events; 0: no limit
 };
 
 /// Lets events into a channel. Any thread may call.
@@ -32,11 +32,12 @@ class ChannelTraffic {
     /// The properties in force; the admin properties beside the QoS.
     void SetProperties(const PropertyValues& qos, const PropertyValues& admin);
 
-    /// Takes an event of the proxy at path `supplier`. Returns when the channel has it, and the store too, where it
-    /// is to be kept. Raises CORBA::IMP_LIMIT when the channel is full and rejects events, CORBA::NO_RESOURCES when
-    /// the event can't be kept.
+    /// Takes an event of the proxy at path `supplier`. Returns when the channel has it, and the store too,
+    /// where it is to be kept. Raises CORBA::IMP_LIMIT when the channel is full and rejects events,
+    /// CORBA::NO_RESOURCES when the event can't be kept.
     void Accept(const CosNotification::StructuredEvent& event, const std::string& supplier);
-    /// An event kept from an earlier run: for the consumers of `feeds`, or still to be dispatched when it is null.
+    /// An event kept from an earlier run: for the consumers of `feeds`, or still to be dispatched when it is
+    /// null.
     void Restore(const StoredEvent& stored, const std::vector<std::shared_ptr<Feed>>* feeds);
 
     Routes& Destinations() { return *m_routes; }
@@ -55,7 +56,8 @@ class ChannelTraffic {
     std::shared_ptr<const Properties> Current() const;
     void MakeRoom(const Properties& properties);
     bool Full(const Properties& properties) const;
-    std::int64_t Keep(const CosNotification::StructuredEvent& event, const std::string& supplier, Time arrived);
+    std::int64_t Keep(const CosNotification::StructuredEvent& event, const std::string& supplier,
+                      Time arrived);
 
     const std::string m_path;
     const Surroundings m_around;

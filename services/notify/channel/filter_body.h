@@ -23,16 +23,19 @@ struct FilterConstraint {
     bool Covers(const CosNotification::StructuredEvent& event) const;
 };
 
-/// The constraints of a filter, which several admins and proxies may use. An event passes when one of them holds for
-/// it; so nothing passes a filter without constraints. Any thread may call.
+/// The constraints of a filter, which several admins and proxies may use. An event passes when one of them
+/// holds for it; so nothing passes a filter without constraints. Any thread may call.
 class FilterBody {
   public:
     using Constraints = std::vector<FilterConstraint>;
 
-    FilterBody(std::int32_t id, std::string path) : m_id(id), m_path(std::move(path)) {}
+    FilterBody(std::int32_t id, std::string path, bool kept)
+        : m_id(id), m_path(std::move(path)), m_kept(kept) {}
 
     std::int32_t Id() const { return m_id; }
     const std::string& Path() const { return m_path; }
+    /// It outlives the process.
+    bool Kept() const { return m_kept; }
 
     std::shared_ptr<const Constraints> Get() const;
     void Set(Constraints constraints);
@@ -46,6 +49,7 @@ class FilterBody {
   private:
     const std::int32_t m_id;
     const std::string m_path;
+    const bool m_kept;
 
     mutable std::mutex m_mutex;
     std::shared_ptr<const Constraints> m_constraints = std::make_shared<Constraints>();

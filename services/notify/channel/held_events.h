@@ -9,8 +9,8 @@
 
 namespace qv_notify {
 
-/// Counts events for as long as some queue has them; an event that waits for several consumers counts once. Any
-/// thread may call.
+/// Counts events for as long as some queue has them; an event that waits for several consumers counts once.
+/// Any thread may call.
 class HeldEvents {
   public:
     /// A counted event. The account stays until its last event has gone.

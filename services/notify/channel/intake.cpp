@@ -101,8 +101,8 @@ bool Intake::Keep(const std::vector<Dispatch>& batch) {
         m_store->Dispatch(dispatched);
         return true;
     } catch (const StoreError& error) {
-        m_log.Tell(m_channel + " store",
-                   std::string(error.what()) + " The events of channel " + m_channel + " wait until it works again.");
+        m_log.Tell(m_channel + " store", std::string(error.what()) + " The events of channel " + m_channel +
+                                             " wait until it works again.");
         return false;
     }
 }

@@ -13,13 +13,15 @@
 
 namespace qv_notify {
 
-/// Takes events in the order in which suppliers push them, finds out for whom they are, and hands them to the feeds.
-/// A supplier waits neither for the filters nor for the number of consumers. What the store has to know of it is
-/// committed before a consumer can get the event, so that a crash makes nothing happen twice. Any thread may call.
+/// Takes events in the order in which suppliers push them, finds out for whom they are, and hands them to the
+/// feeds. A supplier waits neither for the filters nor for the number of consumers. What the store has to
+/// know of it is committed before a consumer can get the event, so that a crash makes nothing happen twice.
+/// Any thread may call.
 class Intake : public Job {
   public:
     /// All have to outlive the intake, the store may be null.
-    Intake(std::string channel, std::shared_ptr<const Routes> routes, WorkPool& pool, Store* store, OperatorLog& log);
+    Intake(std::string channel, std::shared_ptr<const Routes> routes, WorkPool& pool, Store* store,
+           OperatorLog& log);
 
     /// `stored`: the store has the event, and is to know for whom it is.
     void Add(EventPtr event, bool stored);

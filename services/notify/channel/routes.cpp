@@ -30,7 +30,8 @@ std::shared_ptr<const Routes::Groups> Routes::Get() const {
     return m_groups;
 }
 
-std::vector<const Destination*> Routes::Find(const Groups& groups, const CosNotification::StructuredEvent& event) {
+std::vector<const Destination*> Routes::Find(const Groups& groups,
+                                             const CosNotification::StructuredEvent& event) {
     std::vector<const Destination*> found;
     for (const auto& [id, group] : groups) {
         if (group->members.empty()) {

@@ -43,7 +43,8 @@ class Routes {
     std::shared_ptr<const Groups> Get() const;
 
     /// The destinations of an event, among those of `groups`, which have to outlive the result.
-    static std::vector<const Destination*> Find(const Groups& groups, const CosNotification::StructuredEvent& event);
+    static std::vector<const Destination*> Find(const Groups& groups,
+                                                const CosNotification::StructuredEvent& event);
 
   private:
     mutable std::mutex m_mutex;

@@ -67,17 +67,20 @@ CosNotification::EventTypeSeq* SequenceOf(const std::vector<EventTypeName>& type
     return sequence._retn();
 }
 
-TypeSet::Change TypeSet::Apply(const std::vector<EventTypeName>& added, const std::vector<EventTypeName>& removed) {
+TypeSet::Change TypeSet::Apply(const std::vector<EventTypeName>& added,
+                               const std::vector<EventTypeName>& removed) {
     const std::vector<EventTypeName> before = m_types;
     const auto erase = [this](auto&& unwanted) {
         m_types.erase(std::remove_if(m_types.begin(), m_types.end(), unwanted), m_types.end());
     };
     erase([&](const EventTypeName& type) {
         return std::find(removed.begin(), removed.end(), type) != removed.end() ||
-               (StandsForAll(type) && std::any_of(removed.begin(), removed.end(),
-                                                  [](const EventTypeName& one) { return StandsForAll(one); }));
+               (StandsForAll(type) &&
+                std::any_of(removed.begin(), removed.end(),
+                            [](const EventTypeName& one) { return StandsForAll(one); }));
     });
-    if (std::any_of(added.begin(), added.end(), [](const EventTypeName& type) { return StandsForAll(type); })) {
+    if (std::any_of(added.begin(), added.end(),
+                    [](const EventTypeName& type) { return StandsForAll(type); })) {
         m_types = All().m_types;
     } else if (!added.empty()) {
         erase([](const EventTypeName& type) { return StandsForAll(type); });

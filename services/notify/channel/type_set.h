@@ -10,16 +10,16 @@
 
 namespace qv_notify {
 
-/// Whether an event of that domain and type is meant by `pattern`. In both parts of a pattern "*" stands for any
-/// text, and nothing or "%ALL" for everything.
+/// Whether an event of that domain and type is meant by `pattern`. In both parts of a pattern "*" stands for
+/// any text, and nothing or "%ALL" for everything.
 bool Means(const EventTypeName& pattern, const char* domain, const char* type);
 
 std::vector<EventTypeName> NamesOf(const CosNotification::EventTypeSeq& types);
 /// The caller owns the sequence.
 CosNotification::EventTypeSeq* SequenceOf(const std::vector<EventTypeName>& types);
 
-/// A set of event types, in the order in which they came. Who offers or subscribes to certain types after all types
-/// means these from then on. Not thread-safe.
+/// A set of event types, in the order in which they came. Who offers or subscribes to certain types after all
+/// types means these from then on. Not thread-safe.
 class TypeSet {
   public:
     struct Change {
@@ -31,7 +31,7 @@ class TypeSet {
     TypeSet() = default;
     explicit TypeSet(std::vector<EventTypeName> types) : m_types(std::move(types)) {}
     /// What a proxy is subscribed to that has never been told otherwise.
-    static TypeSet All() { return TypeSet({{"*", "*"}}); }
+    static TypeSet All() { return TypeSet(std::vector<EventTypeName>{{"*", "*"}}); }
 
     /// Returns what is different afterwards.
     Change Apply(const std::vector<EventTypeName>& added, const std::vector<EventTypeName>& removed);

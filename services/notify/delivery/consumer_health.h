@@ -36,8 +36,8 @@ struct RetryPolicy {
     std::optional<std::chrono::milliseconds> give_up_after;
 };
 
-/// Keeps the state of one consumer. Has no clock and no lock of its own: the caller passes the time and sees to
-/// it that one thread at a time uses it.
+/// Keeps the state of one consumer. Has no clock and no lock of its own: the caller passes the time and sees
+/// to it that one thread at a time uses it.
 class ConsumerHealth {
   public:
     enum class Action {
@@ -49,7 +49,9 @@ class ConsumerHealth {
 
     explicit ConsumerHealth(const RetryPolicy& policy) : m_policy(policy) {}
 
-    ConsumerState State() const { return m_suspended && m_state != ConsumerState::kGone ? ConsumerState::kSuspended : m_state; }
+    ConsumerState State() const {
+        return m_suspended && m_state != ConsumerState::kGone ? ConsumerState::kSuspended : m_state;
+    }
     /// Whether an event may be sent at that time.
     bool MayCall(SteadyTime now) const;
     SteadyTime RetryAt() const { return m_retry_at; }

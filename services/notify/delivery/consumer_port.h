@@ -18,8 +18,9 @@ struct CallOutcome {
     std::string reason;  ///< for the operator; empty when nothing failed
 };
 
-/// Calls a consumer, in whichever of the standard's forms it is connected: structured, later any, or sequence.
-/// Used by one thread at a time; blocks for as long as the consumer takes, or the time limit of calls.
+/// Calls a consumer, in whichever of the standard's forms it is connected: structured, later any, or
+/// sequence. Used by one thread at a time; blocks for as long as the consumer takes, or the time limit of
+/// calls.
 class ConsumerPort {
   public:
     virtual ~ConsumerPort() = default;

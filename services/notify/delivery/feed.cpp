@@ -77,7 +77,8 @@ void Feed::Add(const EventPtr& event) {
     ReportDone(done);
 }
 
-void Feed::Announce(const CosNotification::EventTypeSeq& added, const CosNotification::EventTypeSeq& removed) {
+void Feed::Announce(const CosNotification::EventTypeSeq& added,
+                    const CosNotification::EventTypeSeq& removed) {
     const std::lock_guard<std::mutex> guard(m_mutex);
     if (!m_closed && m_port != nullptr) {
         m_announcements.push_back({added, removed});
@@ -177,8 +178,8 @@ Job::Next Feed::Run() {
 }
 
 bool Feed::MayRun(SteadyTime now) const {
-    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_announcements.empty()) && now >= m_next_round &&
-           m_health.MayCall(now);
+    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_announcements.empty()) &&
+           now >= m_next_round && m_health.MayCall(now);
 }
 
 Job::Next Feed::WhenToGoOn(SteadyTime now) const {
@@ -214,7 +215,8 @@ Feed::Step Feed::DeliverOne(std::unique_lock<std::mutex>& lock) {
     return step;
 }
 
-Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome, std::vector<std::int64_t>& done) {
+Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome,
+                             std::vector<std::int64_t>& done) {
     if (!outcome.failed) {
         ++m_counts.delivered;
         done.push_back(event->sequence);
@@ -238,8 +240,8 @@ Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome, 
     if (outcome.in_doubt) {
         ++m_counts.in_doubt;
         m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " may get event " +
-                                       std::to_string(event->sequence) +
-                                       " twice: its answer did not come (" + outcome.reason + ")");
+                                       std::to_string(event->sequence) + " twice: its answer did not come (" +
+                                       outcome.reason + ")");
     }
     TellDropped(m_queue.Return(event), "there is no room for more", m_counts.discarded, done);
     NoteState(outcome.reason);
@@ -254,7 +256,8 @@ Feed::Step Feed::AnnounceOne(std::unique_lock<std::mutex>& lock) {
     const CallOutcome outcome = port->OfferChange(announcement.added, announcement.removed);
     lock.lock();
     // Many consumers don't implement it, and one that can't be reached shows so at the next event.
-    return outcome.failed && outcome.failure != CallFailure::kRefused && m_queue.Empty() ? Step::kStop : Step::kGoOn;
+    return outcome.failed && outcome.failure != CallFailure::kRefused && m_queue.Empty() ? Step::kStop
+                                                                                         : Step::kGoOn;
 }
 
 void Feed::NoteState(const std::string& reason) {
@@ -264,8 +267,8 @@ void Feed::NoteState(const std::string& reason) {
         return;
     }
     m_told_state = state;
-    m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " is " + NameOf(state) + ": " + reason +
-                                   "; " + std::to_string(m_queue.Size()) + " events wait for it. " +
+    m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " is " + NameOf(state) + ": " +
+                                   reason + "; " + std::to_string(m_queue.Size()) + " events wait for it. " +
                                    AdviceFor(state));
 }
 
@@ -281,9 +284,10 @@ void Feed::TellExpired(const std::vector<EventPtr>& events, std::vector<std::int
     }
     if (!events.empty()) {
         m_around.log->Tell(m_path + " expired",
-                           std::to_string(events.size()) + " events for consumer " + Peer() + " of proxy " + m_path +
-                               " were older than their time-out allows and were dropped, " +
-                               std::to_string(m_counts.expired) + " so far. The consumer is too slow or away.");
+                           std::to_string(events.size()) + " events for consumer " + Peer() + " of proxy " +
+                               m_path + " were older than their time-out allows and were dropped, " +
+                               std::to_string(m_counts.expired) +
+                               " so far. The consumer is too slow or away.");
     }
 }
 
@@ -292,11 +296,12 @@ void Feed::TellDropped(const std::vector<EventPtr>& events, const std::string& w
     count += events.size();
     for (const EventPtr& event : events) {
         done.push_back(event->sequence);
-        m_around.log->Tell(m_path + " dropped",
-                           "event " + std::to_string(event->sequence) + " for consumer " + Peer() + " of proxy " +
-                               m_path + " was dropped: " + why + "; " + std::to_string(m_queue.Size()) +
-                               " events wait, " + std::to_string(count) +
-                               " were dropped so far. A faster consumer or a higher MaxEventsPerConsumer helps.");
+        m_around.log->Tell(
+            m_path + " dropped",
+            "event " + std::to_string(event->sequence) + " for consumer " + Peer() + " of proxy " + m_path +
+                " was dropped: " + why + "; " + std::to_string(m_queue.Size()) + " events wait, " +
+                std::to_string(count) +
+                " were dropped so far. A faster consumer or a higher MaxEventsPerConsumer helps.");
     }
 }
 

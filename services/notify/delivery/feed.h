@@ -23,11 +23,12 @@ struct FeedCounts {
     std::uint64_t delivered = 0;
     std::uint64_t discarded = 0;  ///< for lack of room
     std::uint64_t expired = 0;
-    std::uint64_t refused = 0;    ///< the consumer raised an exception again and again
-    std::uint64_t in_doubt = 0;   ///< sent again although the consumer may have got them
+    std::uint64_t refused = 0;   ///< the consumer raised an exception again and again
+    std::uint64_t in_doubt = 0;  ///< sent again although the consumer may have got them
 };
 
-/// One queue, and a job that delivers from it. No lock is held while the consumer is called. Any thread may call.
+/// One queue, and a job that delivers from it. No lock is held while the consumer is called. Any thread may
+/// call.
 class Feed : public Job {
   public:
     struct Surroundings {

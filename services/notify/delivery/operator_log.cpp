@@ -40,7 +40,7 @@ void OperatorLog::Tell(const std::string& subject, const std::string& sentence) 
 void OperatorLog::ForgetOld(std::chrono::steady_clock::time_point now) {
     for (auto entry = m_told.begin(); entry != m_told.end();) {
         entry = now - entry->second.since >= kPeriod && entry->second.left_out == 0 ? m_told.erase(entry)
-                                                                                  : std::next(entry);
+                                                                                    : std::next(entry);
     }
 }
 

@@ -10,8 +10,8 @@
 
 namespace qv_notify {
 
-/// Takes sentences for the operator: what happened, what it means, what to do. Those on one subject are limited to
-/// kBurst in kPeriod; what is left out is counted and told with the next one. Any thread may call.
+/// Takes sentences for the operator: what happened, what it means, what to do. Those on one subject are
+/// limited to kBurst in kPeriod; what is left out is counted and told with the next one. Any thread may call.
 class OperatorLog {
   public:
     static constexpr std::size_t kBurst = 5;

@@ -34,8 +34,8 @@ class Job : public std::enable_shared_from_this<Job> {
 
     /// Does a share of the work and returns soon, so that others get their turn. Must not throw.
     virtual Next Run() = 0;
-    /// Whether the next run may take long. At most a half of the threads are given to such jobs. Called on any
-    /// thread.
+    /// Whether the next run may take long. At most a half of the threads are given to such jobs. Called on
+    /// any thread.
     virtual bool Slow() const { return false; }
 
   private:

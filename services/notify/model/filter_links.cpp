@@ -47,7 +47,8 @@ std::vector<FilterLinkState> FilterLinks::States() const {
     return states;
 }
 
-void FilterLinks::Restore(const std::vector<FilterLinkState>& states, std::int32_t next_id, const FindFilter& find) {
+void FilterLinks::Restore(const std::vector<FilterLinkState>& states, std::int32_t next_id,
+                          const FindFilter& find) {
     m_next_id = std::max(m_next_id, next_id);
     for (const FilterLinkState& state : states) {
         if (auto filter = state.filter_id ? find(*state.filter_id) : nullptr) {

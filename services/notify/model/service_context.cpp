@@ -22,7 +22,8 @@ PortableServer::POA_ptr MakePoa(PortableServer::POA_ptr root, const char* name,
 
 }  // namespace
 
-ServiceContext::ServiceContext(CORBA::ORB_ptr orb, Store* store, OperatorLog& log, const ServiceLimits& limits)
+ServiceContext::ServiceContext(CORBA::ORB_ptr orb, Store* store, OperatorLog& log,
+                               const ServiceLimits& limits)
     : m_orb(CORBA::ORB::_duplicate(orb)),
       m_store(store),
       m_log(log),
@@ -35,15 +36,56 @@ ServiceContext::ServiceContext(CORBA::ORB_ptr orb, Store* store, OperatorLog& lo
     m_kept_poa = MakePoa(root.in(), "notify", PortableServer::PERSISTENT);
 }
 
+template <class Work>
+auto ServiceContext::WithStore(const std::string& subject, Work&& work) {
+    try {
+        return work();
+    } catch (const StoreError& error) {
+        m_log.Tell("store", std::string(error.what()) + " What a client asked of " + subject +
+                                " was refused with NO_RESOURCES.");
+        throw CORBA::NO_RESOURCES(0, CORBA::COMPLETED_NO);
+    }
+}
+
+void ServiceContext::Keep(bool persistent, const std::string& path, const std::string& description) {
+    if (Store* const store = StoreFor(persistent)) {
+        WithStore(path, [&] { store->Put(path, description); });
+    }
+}
+
+void ServiceContext::Forget(bool persistent, const std::string& path) {
+    if (Store* const store = StoreFor(persistent)) {
+        WithStore(path, [&] { store->Remove(path); });
+    }
+}
+
+void ServiceContext::Done(const std::string& path, const std::vector<std::int64_t>& sequences) noexcept {
+    try {
+        if (m_store != nullptr) {
+            m_store->Done(path, sequences);
+        }
+    } catch (const std::exception& error) {
+        try {
+            m_log.Tell("store done",
+                       std::string(error.what()) + " That the consumer of proxy " + path +
+                           " has got events was not written down: after a restart it may get them "
+                           "again.");
+        } catch (...) {
+            // There is nobody left to tell.
+        }
+    }
+}
+
 std::int32_t ServiceContext::NextNumber(const std::string& counter) {
     if (m_store != nullptr) {
-        return static_cast<std::int32_t>(m_store->NextNumber(counter));
+        return WithStore(counter, [&] { return static_cast<std::int32_t>(m_store->NextNumber(counter)); });
     }
     const std::lock_guard<std::mutex> guard(m_mutex);
     return ++m_counters[counter];
 }
 
-void ServiceContext::Activate(const std::string& path, bool persistent, PortableServer::ServantBase* servant) {
+void ServiceContext::Activate(const std::string& path, bool persistent,
+                              PortableServer::ServantBase* servant) {
     const PortableServer::ServantBase_var count(servant);
     const PortableServer::ObjectId_var id = PortableServer::string_to_ObjectId(path.c_str());
     Poa(persistent)->activate_object_with_id(id.in(), servant);
@@ -58,7 +100,8 @@ void ServiceContext::Deactivate(const std::string& path, bool persistent) {
     }
 }
 
-CORBA::Object_ptr ServiceContext::Reference(const std::string& path, bool persistent, const char* type) const {
+CORBA::Object_ptr ServiceContext::Reference(const std::string& path, bool persistent,
+                                            const char* type) const {
     const PortableServer::ObjectId_var id = PortableServer::string_to_ObjectId(path.c_str());
     return Poa(persistent)->create_reference_with_id(id.in(), type);
 }

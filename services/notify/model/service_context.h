@@ -44,8 +44,14 @@ class ServiceContext {
     WorkPool& DeliveryPool() { return m_delivery_pool; }
     CORBA::ORB_ptr Orb() const { return m_orb.in(); }
 
-    /// A number that is never given again, not even after a restart where there is a store.
+    /// A number that is never given again, not even after a restart where there is a store. Raises
+    /// CORBA::NO_RESOURCES when the store does not work.
     std::int32_t NextNumber(const std::string& counter);
+    /// Keep or forget an object where `persistent` says so and there is a store; raise as NextNumber does.
+    void Keep(bool persistent, const std::string& path, const std::string& description);
+    void Forget(bool persistent, const std::string& path);
+    /// The consumer at `path` is done with these events. What can't be written down is told to the operator.
+    void Done(const std::string& path, const std::vector<std::int64_t>& sequences) noexcept;
 
     /// The servant serves the object of that path from now on; its reference outlives the process when it is
     /// persistent. The caller's count of the servant passes over.
@@ -62,6 +68,8 @@ class ServiceContext {
     std::shared_ptr<FilterBody> FilterOf(std::int32_t id) const;
 
   private:
+    template <class Work>
+    auto WithStore(const std::string& subject, Work&& work);
     PortableServer::POA_ptr Poa(bool persistent) const { return persistent ? m_kept_poa.in() : m_poa.in(); }
 
     const CORBA::ORB_var m_orb;

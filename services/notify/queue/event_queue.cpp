@@ -95,6 +95,10 @@ std::vector<EventPtr> EventQueue::Expire(Time now) {
     return expired;
 }
 
+EventPtr EventQueue::DiscardOne() {
+    return Empty() ? nullptr : Take(m_discard.begin()->second);
+}
+
 std::vector<EventPtr> EventQueue::Clear() {
     std::vector<EventPtr> all;
     all.reserve(Size());

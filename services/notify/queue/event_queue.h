@@ -35,6 +35,9 @@ class EventQueue {
     /// Takes out all events that expire at or before `now`.
     std::vector<EventPtr> Expire(Time now);
 
+    /// Takes out the event that goes first when there are too many; null when there is none.
+    EventPtr DiscardOne();
+
     /// Takes out everything, in the order of delivery.
     std::vector<EventPtr> Clear();
 

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "services/naming/start_error.h"
+#include "services/common/start_error.h"
 
 namespace qv_naming {
 namespace {

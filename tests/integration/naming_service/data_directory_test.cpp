@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "services/naming/start_error.h"
+#include "services/common/start_error.h"
 #include "tests/support/scoped_env.h"
 #include "tests/support/temp_dir.h"
 

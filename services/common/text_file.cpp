@@ -1,4 +1,4 @@
-#include "services/naming/text_file.h"
+#include "services/common/text_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,9 +8,9 @@
 #include <cstring>
 #include <filesystem>
 
-#include "services/naming/start_error.h"
+#include "services/common/start_error.h"
 
-namespace qv_naming {
+namespace qv_service {
 namespace {
 
 namespace fs = std::filesystem;
@@ -78,4 +78,4 @@ void ReplaceTextFile(const std::string& path, const std::string& text, const std
     }
 }
 
-}  // namespace qv_naming
+}  // namespace qv_service

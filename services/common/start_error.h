@@ -1,10 +1,10 @@
-// The one way in which starting the naming service fails.
+// The one way in which starting a service fails.
 #pragma once
 
 #include <stdexcept>
 #include <string>
 
-namespace qv_naming {
+namespace qv_service {
 
 constexpr int kExitFailure = 1;  // something on this machine is in the way
 constexpr int kExitUsage = 2;    // the command line can't be carried out as it stands
@@ -21,4 +21,4 @@ class StartError : public std::runtime_error {
     int exit_code_;
 };
 
-}  // namespace qv_naming
+}  // namespace qv_service

@@ -1,4 +1,4 @@
-#include "services/naming/listen_addresses.h"
+#include "services/common/listen_addresses.h"
 
 #include <arpa/inet.h>
 #include <netdb.h>
@@ -10,9 +10,9 @@
 #include <cstring>
 #include <memory>
 
-#include "services/naming/start_error.h"
+#include "services/common/start_error.h"
 
-namespace qv_naming {
+namespace qv_service {
 namespace {
 
 using AddressInfo = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
@@ -54,7 +54,7 @@ AddressList AddressesOf(const std::string& host, int& error) {
     return addresses;
 }
 
-// 0 when the name server will be able to listen there, otherwise the errno that stands in its way.
+// 0 when a server will be able to listen there, otherwise the errno that stands in its way.
 int TryToListen(const std::string& address, std::uint16_t port) {
     int error = 0;
     const AddressInfo info = Resolve(WithoutBrackets(address), AF_UNSPEC, AI_NUMERICHOST | AI_PASSIVE, error);
@@ -85,7 +85,7 @@ int TryToListen(const std::string& address, std::uint16_t port) {
         case EADDRINUSE:
             throw StartError(
                 "The port " + where +
-                " is in use by another process, so no client could reach this naming service. End "
+                " is in use by another process, so no client could reach this service. End "
                 "that process (\"ss -ltnp\" names it) or choose another port.");
         case EADDRNOTAVAIL:
             throw StartError(
@@ -96,7 +96,7 @@ int TryToListen(const std::string& address, std::uint16_t port) {
         case EPERM:
             throw StartError(
                 "This user may not listen on " + where +
-                ". Choose a port of 1024 or above, or start the naming service with more rights.");
+                ". Choose a port of 1024 or above, or start the service with more rights.");
         default:
             throw StartError("Listening on " + where + " failed: " + std::strerror(reason) +
                              ". Check the network settings of this machine.");
@@ -145,4 +145,4 @@ AddressList ListenAddresses(const std::string& host, std::uint16_t port) {
     return addresses;
 }
 
-}  // namespace qv_naming
+}  // namespace qv_service

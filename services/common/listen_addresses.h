@@ -1,11 +1,11 @@
-// Which addresses of this machine the naming service listens on.
+// Which addresses of this machine a service listens on.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace qv_naming {
+namespace qv_service {
 
 /// Addresses in the spelling of an ORB endpoint: numeric, IPv6 in brackets, empty for every interface.
 using AddressList = std::vector<std::string>;
@@ -15,4 +15,4 @@ using AddressList = std::vector<std::string>;
 /// Throws StartError when the host is unknown or not this machine, or when the port is in use or not allowed.
 AddressList ListenAddresses(const std::string& host, std::uint16_t port);
 
-}  // namespace qv_naming
+}  // namespace qv_service

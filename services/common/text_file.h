@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace qv_naming {
+namespace qv_service {
 
 /// Throws StartError with a sentence about `purpose` when a file of that path could not be written.
 void RequireWritable(const std::string& path, const std::string& purpose);
@@ -12,4 +12,4 @@ void RequireWritable(const std::string& path, const std::string& purpose);
 /// Throws StartError with a sentence about `purpose`; the old file then stands as it was.
 void ReplaceTextFile(const std::string& path, const std::string& text, const std::string& purpose);
 
-}  // namespace qv_naming
+}  // namespace qv_service

@@ -1,0 +1,193 @@
+#include "services/notify/program/notify_front.h"
+
+#include <signal.h>
+#include <tao/Messaging/Messaging.h>
+#include <tao/Policy_ManagerC.h>
+#include <tao/TimeBaseC.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+
+#include "orb/object_access.h"
+#include "orb/portability.h"
+#include "services/common/listen_addresses.h"
+#include "services/common/start_error.h"
+#include "services/common/text_file.h"
+#include "services/notify/program/data_directory.h"
+#include "services/notify/program/naming_registration.h"
+
+namespace qv_notify {
+
+namespace {
+
+using qv_service::StartError;
+
+// What is under way when the service is told to end may take so long; what is kept is delivered at the next
+// start.
+constexpr std::chrono::milliseconds kGrace{1000};
+
+sigset_t EndingSignals() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&set, number);
+    }
+    return set;
+}
+
+void WaitForSignal() {
+    const sigset_t set = EndingSignals();
+    int number = 0;
+    while (sigwait(&set, &number) != 0) {
+    }
+}
+
+std::string Address(const Settings& settings) {
+    return (settings.host.empty() ? "*" : settings.host) + ":" + std::to_string(settings.port);
+}
+
+// Lets what has been accepted reach the consumers that take it, within the time of grace. False when a call
+// still hangs.
+bool Drain(ServiceContext& service) {
+    const auto deadline = std::chrono::steady_clock::now() + kGrace;
+    service.IntakePool().WaitUntilIdle(deadline);
+    service.DeliveryPool().WaitUntilIdle(deadline);
+    service.IntakePool().Stop();
+    service.DeliveryPool().Stop();
+    return service.IntakePool().WaitUntilIdle(deadline) && service.DeliveryPool().WaitUntilIdle(deadline);
+}
+
+void StopRequests(CORBA::ORB_ptr orb) {
+    try {
+        const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
+        const PortableServer::POA_var root = PortableServer::POA::_narrow(object.in());
+        const PortableServer::POAManager_var manager = root->the_POAManager();
+        manager->discard_requests(false);
+    } catch (const CORBA::Exception&) {
+        // It ends either way.
+    }
+}
+
+}  // namespace
+
+void Tell(const std::string& sentence) {
+    const std::string line = "Notify_Service: " + sentence + "\n";
+    // One write per line, so that lines of several processes on one terminal stay whole. Nobody can be told
+    // of a failure here.
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+}
+
+int NotifyFront::Run() {
+    const sigset_t signals = EndingSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+    for (const std::string& sentence : m_settings.ignored) {
+        Tell(sentence);
+    }
+    if (!m_settings.ior_file.empty()) {
+        qv_service::RequireWritable(m_settings.ior_file, "the reference of the channel factory");
+    }
+    const std::unique_ptr<Store> store = OpenStore();
+    OperatorLog log(Tell);
+    const CORBA::ORB_var orb = StartOrb();
+    LimitCalls(orb.in());
+    ServiceContext service(orb.in(), store.get(), log, m_settings.limits);
+
+    auto* const factory = new FactoryServant(service);
+    const PortableServer::ServantBase_var count(factory);
+    const CORBA::Object_var object = qv_orb::PublishUnderKey(orb.in(), m_settings.factory_name, factory);
+    const auto reference = CosNotifyChannelAdmin::EventChannelFactory_var(
+        CosNotifyChannelAdmin::EventChannelFactory::_unchecked_narrow(object.in()));
+    factory->SetReference(reference.in());
+    const FactoryServant::Restored restored = store ? factory->Restore(*store) : FactoryServant::Restored{};
+
+    const CORBA::Object_var root_object = orb->resolve_initial_references("RootPOA");
+    const PortableServer::POA_var root = PortableServer::POA::_narrow(root_object.in());
+    const PortableServer::POAManager_var manager = root->the_POAManager();
+    manager->activate();
+    const CORBA::String_var text = orb->object_to_string(reference.in());
+    Announce(text.in(), store.get(), restored);
+    std::optional<NamingRegistration> registration;
+    if (m_settings.register_name) {
+        registration.emplace(orb.in(), reference.in(), m_settings.factory_name, log);
+    }
+
+    WaitForSignal();
+    registration.reset();
+    StopRequests(orb.in());
+    if (!Drain(service)) {
+        std::_Exit(0);  // a client keeps a thread; all that is to be kept is in the store
+    }
+    orb->shutdown(false);
+    std::_Exit(0);
+}
+
+std::unique_ptr<Store> NotifyFront::OpenStore() const {
+    if (m_settings.port == 0) {
+        Tell(
+            "without a port in -ORBEndpoint references change with each start, so persistent channels are "
+            "not offered");
+        return nullptr;
+    }
+    qv_service::ListenAddresses(m_settings.host, m_settings.port);
+    const std::filesystem::path file = PrepareStoreFile(ChooseDataDirectory(m_settings));
+    try {
+        return std::make_unique<Store>(file.string());
+    } catch (const StoreError& error) {
+        throw StartError(error.what());
+    }
+}
+
+CORBA::ORB_ptr NotifyFront::StartOrb() const {
+    std::vector<char*> arguments;
+    std::vector<std::string> texts = m_settings.orb_arguments;
+    for (std::string& text : texts) {
+        arguments.push_back(text.data());
+    }
+    arguments.push_back(nullptr);
+    int count = static_cast<int>(texts.size());
+    try {
+        return CORBA::ORB_init(count, arguments.data());
+    } catch (const CORBA::Exception& exception) {
+        throw StartError("The ORB does not start (" + qv_orb::ExceptionText(exception) +
+                         "). Check the -ORB options, " + "the end point " + Address(m_settings) +
+                         " above all.");
+    }
+}
+
+void NotifyFront::LimitCalls(CORBA::ORB_ptr orb) const {
+    CORBA::Any value;
+    constexpr TimeBase::TimeT kUnitsPerMillisecond = 10000;
+    value <<= static_cast<TimeBase::TimeT>(m_settings.call_timeout.count()) * kUnitsPerMillisecond;
+    CORBA::PolicyList policies(1);
+    policies.length(1);
+    policies[0] = orb->create_policy(Messaging::RELATIVE_RT_TIMEOUT_POLICY_TYPE, value);
+    const CORBA::Object_var object = orb->resolve_initial_references("ORBPolicyManager");
+    const CORBA::PolicyManager_var manager = CORBA::PolicyManager::_narrow(object.in());
+    manager->set_policy_overrides(policies, CORBA::SET_OVERRIDE);
+    policies[0]->destroy();
+}
+
+void NotifyFront::Announce(const std::string& reference, const Store* store,
+                           const FactoryServant::Restored& restored) const {
+    if (!m_settings.ior_file.empty()) {
+        qv_service::ReplaceTextFile(m_settings.ior_file, reference + "\n",
+                                    "the reference of the channel factory");
+    }
+    if (!m_settings.pid_file.empty()) {
+        qv_service::ReplaceTextFile(m_settings.pid_file, std::to_string(getpid()) + "\n",
+                                    "the process id of the notification service");
+    }
+    std::printf("Notify_Service: serving corbaloc:iiop:%s/%s", Address(m_settings).c_str(),
+                m_settings.factory_name.c_str());
+    if (store != nullptr) {
+        std::printf(", %zu channels, %zu consumers and %zu events kept in %s", restored.channels,
+                    restored.consumers, restored.events, ChooseDataDirectory(m_settings).c_str());
+    }
+    std::printf("\n");
+    std::fflush(stdout);
+}
+
+}  // namespace qv_notify

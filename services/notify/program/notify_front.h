@@ -1,0 +1,36 @@
+// One run of the notification service, from the checks before the start to its end.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "services/notify/program/command_line.h"
+#include "services/notify/servants/factory_servant.h"
+
+namespace qv_notify {
+
+/// Blocks SIGTERM, SIGINT and SIGHUP in the calling thread, and so in all that it starts, and waits for them.
+/// To be used on the main thread of a process without other threads. Messages go to standard error, the line
+/// that the service is up to standard output.
+class NotifyFront {
+  public:
+    explicit NotifyFront(Settings settings) : m_settings(std::move(settings)) {}
+
+    /// Returns the exit code of the process. Throws StartError for what went wrong before the service was up.
+    int Run();
+
+  private:
+    std::unique_ptr<Store> OpenStore() const;
+    CORBA::ORB_ptr StartOrb() const;
+    void LimitCalls(CORBA::ORB_ptr orb) const;
+    void Announce(const std::string& reference, const Store* store,
+                  const FactoryServant::Restored& restored) const;
+
+    const Settings m_settings;
+};
+
+/// Writes one line for the operator to standard error.
+void Tell(const std::string& sentence);
+
+}  // namespace qv_notify
