@@ -1,0 +1,43 @@
+#include "tests/support/notification/notify_service_run.h"
+
+#include <signal.h>
+
+#include <stdexcept>
+#include <utility>
+
+#include "tests/support/free_port.h"
+
+namespace qv_test {
+
+NotifyServiceRun::NotifyServiceRun(std::vector<std::string> options)
+    : m_port(FreePort()), m_options(std::move(options)) {
+    Start();
+}
+
+void NotifyServiceRun::Start() {
+    if (m_process) {
+        m_said += m_process->Err();
+    }
+    std::vector<std::string> command{QV_NOTIFY_SERVICE, "-ORBEndpoint",
+                                     "iiop://127.0.0.1:" + std::to_string(m_port), "-u", m_dir.File("data")};
+    command.insert(command.end(), m_options.begin(), m_options.end());
+    m_process = std::make_unique<ChildProcess>(command);
+    if (!m_process->WaitForOut("serving corbaloc")) {
+        throw std::runtime_error("the notification service did not start: " + m_process->Err());
+    }
+}
+
+std::optional<int> NotifyServiceRun::Stop(ChildProcess::Millis timeout) {
+    m_process->Signal(SIGTERM);
+    return m_process->Wait(timeout);
+}
+
+std::string NotifyServiceRun::Corbaloc() const {
+    return "corbaloc:iiop:127.0.0.1:" + std::to_string(m_port) + "/NotifyEventChannelFactory";
+}
+
+std::string NotifyServiceRun::Said() const {
+    return m_said + m_process->Err();
+}
+
+}  // namespace qv_test
