@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "platform/export.h"
+#include "notification/internal_api.h"
 
 namespace NS_CORBA {
 
@@ -20,7 +20,7 @@ enum class AlarmRecordForm {
 /// Appends the notification log's record of an alarm that was sent. Its text comes from `manager`'s callback
 /// object.
 /// @param disposalTime milliseconds
-QV_API void AppendAlarmRecord(std::stringstream& out, AlarmRecordForm form, long disposalTime,
-                              const CosNotification::StructuredEvent& event, SuppilerMgr& manager);
+QV_INTERNAL_API void AppendAlarmRecord(std::stringstream& out, AlarmRecordForm form, long disposalTime,
+                                       const CosNotification::StructuredEvent& event, SuppilerMgr& manager);
 
 }  // namespace NS_CORBA

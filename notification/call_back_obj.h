@@ -5,6 +5,8 @@
 #include <sstream>
 #include <string>
 
+#include "platform/export.h"
+
 namespace NS_CORBA {
 
 /// What the agent bundle implements to hear of the event channel. The bundle owns its object, which must
@@ -13,7 +15,7 @@ namespace NS_CORBA {
 /// Thread safety: called from pushers, from both supplier threads and from whoever supervises the channel,
 /// but never from two of them at once while the event buffer is locked. Where it says so the lock is held:
 /// pushing an event from there blocks for good unless another thread does it.
-class CallBackObj {
+class QV_API CallBackObj {
   public:
     virtual ~CallBackObj() = default;
 

@@ -2,17 +2,17 @@
 
 #include <ace/Thread_Semaphore.h>
 
-#include "platform/export.h"
+#include "notification/internal_api.h"
 
 namespace NS_CORBA {
 
 /// The lock of the supplier manager's buffer and of its view of the channel; with single-thread pushing also
 /// of the push itself. Not recursive.
-extern QV_API ACE_Thread_Semaphore g_semEventBuffer;
+extern QV_INTERNAL_API ACE_Thread_Semaphore g_semEventBuffer;
 
 /// Holds g_semEventBuffer. Where it can't be taken its owner goes on without it, and nothing is released. One
 /// object belongs to one thread.
-class QV_API EventBufferGuard {
+class QV_INTERNAL_API EventBufferGuard {
   public:
     EventBufferGuard() { Take(); }
     ~EventBufferGuard() { Release(); }

@@ -11,7 +11,7 @@
 namespace NS_CORBA {
 
 /// A bundle's last word on an event before it goes into the channel. Several pushers may call one at once.
-class EventCustomizeHandle {
+class QV_API EventCustomizeHandle {
   public:
     /// Looks at `event`. @return true to let it go on, false to discard it, which counts as sent
     virtual bool CustomizeEvent(const CosNotification::StructuredEvent& event) = 0;

@@ -5,13 +5,13 @@
 #include <ctime>
 #include <string>
 
-#include "platform/export.h"
+#include "notification/internal_api.h"
 
 namespace NS_CORBA {
 
 /// Makes notification ids: the moment of its own making as MMDDhhmmss in local time, then a sequence number
 /// from 1 on. Any thread may ask for one.
-class QV_API NotificationID {
+class QV_INTERNAL_API NotificationID {
   public:
     /// @param now the moment; the prefix is empty when it can't be shown
     explicit NotificationID(time_t now);

@@ -3,7 +3,7 @@
 #include <ace/Event.h>
 #include <ace/Time_Value.h>
 
-#include "platform/export.h"
+#include "notification/internal_api.h"
 
 namespace NS_CORBA {
 
@@ -16,7 +16,7 @@ struct SupplierWaits {
     ACE_Time_Value (*now)();
 };
 
-extern QV_API SupplierWaits g_supplierWaits;
+extern QV_INTERNAL_API SupplierWaits g_supplierWaits;
 
 /// Waits up to `seconds` for `event`.
 inline void WaitFor(ACE_Event& event, time_t seconds) {
