@@ -7,10 +7,13 @@
 namespace qv_notify::etcl {
 
 const CORBA::Any* FindProperty(const CosNotification::PropertySeq& properties, const std::string& name) {
+    const char* const wanted = name.c_str();
     const CORBA::ULong count = properties.length();
     for (CORBA::ULong i = 0; i < count; ++i) {
         const CosNotification::Property& property = properties[i];
-        if (std::strcmp(property.name.in(), name.c_str()) == 0) {
+        const char* const candidate = property.name.in();
+        if (*candidate == *wanted &&
+            std::strcmp(candidate, wanted) == 0) {  // mostly the first letter differs
             return &property.value;
         }
     }
@@ -35,7 +38,7 @@ void Place::Set(const CORBA::Any& any) {
         return;
     }
     m_bytes.emplace(any);
-    m_node = ValuePlace(type, CdrReader(m_bytes->data(), m_bytes->size(), m_bytes->swapped()));
+    m_node.emplace<ValuePlace>(type, CdrReader(m_bytes->data(), m_bytes->size(), m_bytes->swapped()));
 }
 
 bool Place::ToMember(std::string_view name) {

@@ -30,8 +30,8 @@ bool IsPair(const TypeTable& table, const TypeTable::Type& type) {
 ValuePlace::ValuePlace(CORBA::TypeCode_ptr type, const CdrReader& reader)
     : m_kind(type->kind()), m_code(type), m_reader(reader) {
     while (m_kind == CORBA::tk_alias) {
-        m_original = CORBA::is_nil(m_original) ? type->content_type() : m_original->content_type();
-        m_kind = m_original->kind();
+        m_original = CORBA::TypeCode_var(Unaliased()->content_type());
+        m_kind = Unaliased()->kind();
     }
     Unwrap();
 }
@@ -271,14 +271,13 @@ bool ValuePlace::HasEnumerator(std::uint32_t ordinal, std::string_view enumerato
         const TypeTable::Type& type = m_table->at(m_table->Unaliased(m_declared));
         return ordinal < type.members.size() && type.members[ordinal].name == enumerator;
     }
-    const CORBA::TypeCode_ptr type = CORBA::is_nil(m_original) ? m_code : m_original.in();
+    const CORBA::TypeCode_ptr type = Unaliased();
     return ordinal < type->member_count() && type->member_name(ordinal) == enumerator;
 }
 
 bool ValuePlace::OrdinalOf(std::string_view enumerator, std::uint32_t& ordinal) const {
-    const CORBA::TypeCode_ptr code = CORBA::is_nil(m_original) ? m_code : m_original.in();
     const std::size_t count = m_table != nullptr ? m_table->at(m_table->Unaliased(m_declared)).members.size()
-                                                 : code->member_count();
+                                                 : Unaliased()->member_count();
     for (std::size_t i = 0; i < count; ++i) {
         ordinal = static_cast<std::uint32_t>(i);
         if (HasEnumerator(ordinal, enumerator)) {

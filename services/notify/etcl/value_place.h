@@ -3,6 +3,7 @@
 #include <tao/corba.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -59,6 +60,7 @@ class ValuePlace {
     ValuePlace(TypeTablePtr table, TypeTable::Index type, const CdrReader& reader);
 
     const TypeTable::Type& Type();
+    CORBA::TypeCode_ptr Unaliased() const { return m_original ? m_original->in() : m_code; }
     bool NeedTable();
     void SetType(TypeTable::Index type);
     void Unwrap();
@@ -67,8 +69,8 @@ class ValuePlace {
                  const TypeTable::Member& member);
 
     CORBA::TCKind m_kind = CORBA::tk_null;
-    CORBA::TypeCode_ptr m_code = nullptr;  // while there is no table of it
-    CORBA::TypeCode_var m_original;        // what an alias stands for, if m_code is one
+    CORBA::TypeCode_ptr m_code = nullptr;           // while there is no table of it
+    std::optional<CORBA::TypeCode_var> m_original;  // what an alias stands for, if m_code is one
     TypeTablePtr m_table;
     TypeTable::Index m_declared = 0;  // may be an alias
     CdrReader m_reader;               // at the value, behind the TypeCodes of Anys
