@@ -1,5 +1,6 @@
 #include "services/notify/etcl/type_table_cache.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -60,11 +61,46 @@ TypeTablePtr TableOfBytes(std::string_view type, CdrReader reader) {
     return table;
 }
 
+/// The tables that a thread used last, by the address of the TypeCode: an event meets one constraint after
+/// the other. The references keep other TypeCodes from taking the addresses.
+class RecentTables {
+  public:
+    TypeTablePtr Find(CORBA::TypeCode_ptr type) const {
+        for (const Entry& entry : m_entries) {
+            if (entry.table != nullptr && entry.type.in() == type) {
+                return entry.table;
+            }
+        }
+        return nullptr;
+    }
+
+    void Keep(CORBA::TypeCode_ptr type, const TypeTablePtr& table) {
+        Entry& entry = m_entries[m_next++ % m_entries.size()];
+        entry.type = CORBA::TypeCode::_duplicate(type);
+        entry.table = table;
+    }
+
+  private:
+    struct Entry {
+        CORBA::TypeCode_var type;
+        TypeTablePtr table;
+    };
+
+    std::array<Entry, 4> m_entries;
+    std::size_t m_next = 0;
+};
+
 }  // namespace
 
 TypeTablePtr TableOf(CORBA::TypeCode_ptr type) {
+    thread_local RecentTables recent;
+    if (TypeTablePtr table = recent.Find(type)) {
+        return table;
+    }
     const std::string bytes = qv_orb::TypeCodeBytes(type);
-    return TableOfBytes(bytes, CdrReader(bytes.data(), bytes.size()));
+    TypeTablePtr table = TableOfBytes(bytes, CdrReader(bytes.data(), bytes.size()));
+    recent.Keep(type, table);
+    return table;
 }
 
 TypeTablePtr TableOfNextType(CdrReader& reader) {
