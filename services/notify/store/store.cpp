@@ -60,6 +60,7 @@ class Store::Impl {
     const StoreLock m_lock;
     const std::unique_ptr<Database> m_database;
     const std::unique_ptr<Tables> m_tables;
+    int m_pages_at_wake = 0;  // in the log, when the checkpointer was last woken
     Checkpointer m_checkpointer;
     GroupCommit m_group;
 };
@@ -96,9 +97,12 @@ void Store::Impl::TakeBack() noexcept {
 }
 
 void Store::Impl::KeepLogShort() {
-    if (m_database->LogPages() >= kMostLogPages) {
+    const int pages = m_database->LogPages();
+    m_pages_at_wake = pages < m_pages_at_wake ? 0 : m_pages_at_wake;  // the log was begun anew
+    if (pages >= kMostLogPages) {
         m_database->Checkpoint();
-    } else if (m_database->LogPages() >= kManyLogPages) {
+    } else if (pages - m_pages_at_wake >= kManyLogPages) {
+        m_pages_at_wake = pages;
         m_checkpointer.Wake();
     }
 }
