@@ -34,8 +34,8 @@ class Job : public std::enable_shared_from_this<Job> {
 
     /// Does a share of the work and returns soon, so that others get their turn. Must not throw.
     virtual Next Run() = 0;
-    /// Whether the next run may take long. At most a half of the threads are given to such jobs. Called on
-    /// any thread.
+    /// Whether the next run may take long. At most a half of the threads, and one at least, are given to
+    /// such jobs. Called on any thread.
     virtual bool Slow() const { return false; }
 
   private:
@@ -46,7 +46,10 @@ class Job : public std::enable_shared_from_this<Job> {
     std::optional<SteadyTime> m_wakes;
 };
 
-/// Threads are started as they are needed, up to the limit, and stay. Any thread may call.
+/// As many jobs run at a time as there are processors to run them, twice over, for more would only get in
+/// each other's way. When jobs wait for longer than that takes, those that run wait for something themselves,
+/// for a client far away or one that hangs; then more are run, up to the limit. Threads are started as they
+/// are needed, and stay. Any thread may call.
 class WorkPool {
   public:
     /// At least one thread, even for a limit of 0.
@@ -67,27 +70,50 @@ class WorkPool {
     std::size_t Threads() const;
 
   private:
+    /// A job waits so long for those that run before it counts as held up by them.
+    static constexpr std::chrono::milliseconds kPatience{2};
+
+    struct Waiting {
+        std::shared_ptr<Job> job;
+        SteadyTime since;
+    };
+    struct Assigned {
+        std::shared_ptr<Job> job;
+        bool slow = false;
+    };
+
     void Work();
-    std::shared_ptr<Job> TakeReady(bool& slow);
+    bool TakeTask(Assigned& task);
+    void KeepTime();
     void MakeReady(const std::shared_ptr<Job>& job);
-    void MoveDueToReady(SteadyTime now);
-    void Finish(const std::shared_ptr<Job>& job, const Job::Next& next);
-    bool SlowMayRun() const { return m_running_slow < (m_max_threads + 1) / 2; }
-    bool AnythingToTake() const { return !m_ready.empty() || (!m_ready_slow.empty() && SlowMayRun()); }
+    void AssignReady();
+    void Assign(const std::shared_ptr<Job>& job, bool slow);
+    bool ThreadToBeHad() const;
+    void MoveDueToReady(SteadyTime now, std::vector<std::shared_ptr<Job>>& let_go);
+    void LosePatience(SteadyTime now);
+    std::optional<SteadyTime> NextMoment() const;
+    void Finish(const Assigned& done, const Job::Next& next);
+    std::size_t MostSlow() const;
 
     const std::size_t m_max_threads;
+    const std::size_t m_least_at_a_time;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_work;
+    std::condition_variable m_time;
     std::condition_variable m_idle;
-    std::deque<std::shared_ptr<Job>> m_ready;
+    std::deque<Waiting> m_ready;
     std::deque<std::shared_ptr<Job>> m_ready_slow;
+    std::deque<Assigned> m_assigned;  // a thread comes for each of them
     std::multimap<SteadyTime, std::shared_ptr<Job>> m_timers;
     std::vector<std::thread> m_threads;
-    std::size_t m_waiting = 0;
-    std::size_t m_running = 0;
+    std::size_t m_free = 0;     // threads that run no job, those on their way to one included
+    std::size_t m_running = 0;  // jobs assigned or running, without the slow ones
     std::size_t m_running_slow = 0;
+    std::size_t m_at_a_time;
+    std::optional<SteadyTime> m_timekeeper_wakes;
     bool m_stopped = false;
+    std::thread m_timekeeper;
 };
 
 }  // namespace qv_notify
