@@ -24,7 +24,6 @@ ChannelTraffic::ChannelTraffic(std::string channel, const Surroundings& around)
 
 void ChannelTraffic::SetProperties(const PropertyValues& qos, const PropertyValues& admin) {
     auto made = std::make_shared<Properties>();
-    made->qos = qos;
     made->limits = m_around.limits;
     made->limits.max_events =
         Stricter(made->limits.max_events,
@@ -42,7 +41,8 @@ std::shared_ptr<const ChannelTraffic::Properties> ChannelTraffic::Current() cons
     return m_properties;
 }
 
-void ChannelTraffic::Accept(const CosNotification::StructuredEvent& event, const std::string& supplier) {
+void ChannelTraffic::Accept(const CosNotification::StructuredEvent& event, const std::string& supplier,
+                            const PropertyValues& qos) {
     const std::shared_ptr<const Properties> properties = Current();
     if (Full(*properties)) {
         MakeRoom(*properties);
@@ -51,12 +51,24 @@ void ChannelTraffic::Accept(const CosNotification::StructuredEvent& event, const
     made->body = event;
     made->bytes = MemoryOf(event);
     made->arrived = std::chrono::system_clock::now();
-    const EventTiming timing = ReadEventTiming(event, properties->qos, made->arrived);
+    const EventTiming timing = ReadEventTiming(event, qos, made->arrived);
     made->priority = timing.priority;
     made->expires = timing.expires;
-    const bool stored = properties->persistent && timing.persistent_wanted;
-    made->sequence = stored ? Keep(event, supplier, made->arrived) : m_next_sequence.fetch_add(1);
-    m_intake->Add(HeldEvents::Hold(m_held, std::move(made)), stored);
+    made->kept = properties->persistent && timing.persistent_wanted;
+    made->sequence = made->kept ? Keep(event, supplier, made->arrived) : NumberOfUnkept();
+    m_intake->Add(HeldEvents::Hold(m_held, std::move(made)));
+}
+
+// Beside numbers of the store, an event that isn't kept shares that of the last one that is: queues keep the
+// order of such, and what comes next from the store is behind both.
+std::int64_t ChannelTraffic::NumberOfUnkept() {
+    return m_around.store != nullptr ? m_last_sequence.load() : m_last_sequence.fetch_add(1) + 1;
+}
+
+void ChannelTraffic::RaiseLastTo(std::int64_t sequence) {
+    std::int64_t last = m_last_sequence.load();
+    while (last < sequence && !m_last_sequence.compare_exchange_weak(last, sequence)) {
+    }
 }
 
 bool ChannelTraffic::Full(const Properties& properties) const {
@@ -96,7 +108,10 @@ void ChannelTraffic::MakeRoom(const Properties& properties) {
 std::int64_t ChannelTraffic::Keep(const CosNotification::StructuredEvent& event, const std::string& supplier,
                                   Time arrived) {
     try {
-        return m_around.store->AddEvent(m_path, supplier, qv_orb::EventToOctets(event), arrived);
+        const std::int64_t sequence =
+            m_around.store->AddEvent(m_path, supplier, qv_orb::EventToOctets(event), arrived);
+        RaiseLastTo(sequence);
+        return sequence;
     } catch (const StoreError& error) {
         m_around.log->Tell(m_path + " store", std::string(error.what()) + " Events pushed into channel " +
                                                   m_path +
@@ -105,18 +120,21 @@ std::int64_t ChannelTraffic::Keep(const CosNotification::StructuredEvent& event,
     }
 }
 
-void ChannelTraffic::Restore(const StoredEvent& stored, const std::vector<std::shared_ptr<Feed>>* feeds) {
+void ChannelTraffic::Restore(const StoredEvent& stored, const PropertyValues& qos,
+                             const std::vector<std::shared_ptr<Feed>>* feeds) {
     auto made = std::make_unique<Event>();
     qv_orb::EventFromOctets(stored.octets, made->body);
     made->sequence = stored.sequence;
+    made->kept = true;
+    RaiseLastTo(stored.sequence);
     made->bytes = MemoryOf(made->body);
     made->arrived = stored.arrived;
-    const EventTiming timing = ReadEventTiming(made->body, Current()->qos, stored.arrived);
+    const EventTiming timing = ReadEventTiming(made->body, qos, stored.arrived);
     made->priority = timing.priority;
     made->expires = timing.expires;
     const EventPtr event = HeldEvents::Hold(m_held, std::move(made));
     if (feeds == nullptr) {
-        m_intake->Add(event, true);
+        m_intake->Add(event);
         return;
     }
     for (const std::shared_ptr<Feed>& feed : *feeds) {

@@ -32,13 +32,15 @@ class ChannelTraffic {
     /// The properties in force; the admin properties beside the QoS.
     void SetProperties(const PropertyValues& qos, const PropertyValues& admin);
 
-    /// Takes an event of the proxy at path `supplier`. Returns when the channel has it, and the store too,
-    /// where it is to be kept. Raises CORBA::IMP_LIMIT when the channel is full and rejects events,
-    /// CORBA::NO_RESOURCES when the event can't be kept.
-    void Accept(const CosNotification::StructuredEvent& event, const std::string& supplier);
+    /// Takes an event of the proxy at path `supplier`, for which `qos` holds. Returns when the channel has
+    /// it, and the store too, where it is to be kept. Raises CORBA::IMP_LIMIT when the channel is full and
+    /// rejects events, CORBA::NO_RESOURCES when the event can't be kept.
+    void Accept(const CosNotification::StructuredEvent& event, const std::string& supplier,
+                const PropertyValues& qos);
     /// An event kept from an earlier run: for the consumers of `feeds`, or still to be dispatched when it is
-    /// null.
-    void Restore(const StoredEvent& stored, const std::vector<std::shared_ptr<Feed>>* feeds);
+    /// null. `qos` is what holds for its supplier.
+    void Restore(const StoredEvent& stored, const PropertyValues& qos,
+                 const std::vector<std::shared_ptr<Feed>>* feeds);
 
     Routes& Destinations() { return *m_routes; }
     const HeldEvents& Held() const { return *m_held; }
@@ -47,7 +49,6 @@ class ChannelTraffic {
 
   private:
     struct Properties {
-        PropertyValues qos;
         ChannelLimits limits;
         bool reject = false;
         bool persistent = false;
@@ -56,6 +57,8 @@ class ChannelTraffic {
     std::shared_ptr<const Properties> Current() const;
     void MakeRoom(const Properties& properties);
     bool Full(const Properties& properties) const;
+    std::int64_t NumberOfUnkept();
+    void RaiseLastTo(std::int64_t sequence);
     std::int64_t Keep(const CosNotification::StructuredEvent& event, const std::string& supplier,
                       Time arrived);
 
@@ -67,7 +70,7 @@ class ChannelTraffic {
 
     mutable std::mutex m_mutex;
     std::shared_ptr<const Properties> m_properties = std::make_shared<Properties>();
-    std::atomic<std::int64_t> m_next_sequence{1};  // where nothing is kept
+    std::atomic<std::int64_t> m_last_sequence{0};
 };
 
 }  // namespace qv_notify

@@ -8,6 +8,16 @@ namespace {
 
 constexpr std::size_t kBatch = 64;
 constexpr std::chrono::seconds kPauseOfStore{1};
+// Another thread would cost a supplier more than so many consumers do.
+constexpr std::size_t kFew = 1;
+
+std::size_t Members(const Routes::Groups& groups) {
+    std::size_t members = 0;
+    for (const auto& [id, group] : groups) {
+        members += group->members.size();
+    }
+    return members;
+}
 
 }  // namespace
 
@@ -15,18 +25,34 @@ Intake::Intake(std::string channel, std::shared_ptr<const Routes> routes, WorkPo
                OperatorLog& log)
     : m_channel(std::move(channel)), m_routes(std::move(routes)), m_pool(pool), m_store(store), m_log(log) {}
 
-void Intake::Add(EventPtr event, bool stored) {
+void Intake::Add(EventPtr event) {
+    const std::shared_ptr<const Routes::Groups> groups = m_routes->Get();
+    if (MayPassBy(*groups, *event)) {
+        for (const Destination* destination : Routes::Find(*groups, event->body)) {
+            destination->feed->Add(event);
+        }
+        return;
+    }
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         if (m_closed) {
             return;
         }
-        m_waiting.push_back({std::move(event), stored});
+        m_waiting.push_back(std::move(event));
         if (m_waiting.size() > 1) {
             return;  // whoever added the first one has had the job scheduled
         }
     }
     m_pool.Schedule(shared_from_this());
+}
+
+// Not past an earlier event of the same supplier.
+bool Intake::MayPassBy(const Routes::Groups& groups, const Event& event) {
+    if (event.kept || Members(groups) > kFew) {
+        return false;
+    }
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return !m_closed && !m_dispatching && m_waiting.empty();
 }
 
 std::size_t Intake::Depth() const {
@@ -35,19 +61,19 @@ std::size_t Intake::Depth() const {
 }
 
 void Intake::Close() {
-    std::deque<Waiting> waiting;  // destroyed behind the guard
+    std::deque<EventPtr> waiting;  // destroyed behind the guard
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_closed = true;
     waiting.swap(m_waiting);
 }
 
 Job::Next Intake::Run() {
-    std::vector<Waiting> waiting = TakeBatch();
+    std::vector<EventPtr> waiting = TakeBatch();
     const std::shared_ptr<const Routes::Groups> groups = m_routes->Get();
     std::vector<Dispatch> batch;
     batch.reserve(waiting.size());
-    for (Waiting& one : waiting) {
-        std::vector<const Destination*> destinations = Routes::Find(*groups, one.event->body);
+    for (EventPtr& one : waiting) {
+        std::vector<const Destination*> destinations = Routes::Find(*groups, one->body);
         batch.push_back({std::move(one), std::move(destinations)});
     }
     if (!Keep(batch)) {
@@ -56,15 +82,18 @@ Job::Next Intake::Run() {
     }
     for (const Dispatch& dispatch : batch) {
         for (const Destination* destination : dispatch.destinations) {
-            destination->feed->Add(dispatch.waiting.event);
+            destination->feed->Add(dispatch.event);
         }
     }
-    return Depth() > 0 ? Next::Now() : Next::OnSchedule();
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_dispatching = false;
+    return m_waiting.empty() ? Next::OnSchedule() : Next::Now();
 }
 
-std::vector<Intake::Waiting> Intake::TakeBatch() {
-    std::vector<Waiting> batch;
+std::vector<EventPtr> Intake::TakeBatch() {
+    std::vector<EventPtr> batch;
     const std::lock_guard<std::mutex> guard(m_mutex);
+    m_dispatching = true;
     while (!m_waiting.empty() && batch.size() < kBatch) {
         batch.push_back(std::move(m_waiting.front()));
         m_waiting.pop_front();
@@ -74,21 +103,22 @@ std::vector<Intake::Waiting> Intake::TakeBatch() {
 
 void Intake::ReturnBatch(std::vector<Dispatch>&& batch) {
     const std::lock_guard<std::mutex> guard(m_mutex);
+    m_dispatching = false;
     if (m_closed) {
         return;
     }
     for (auto dispatch = batch.rbegin(); dispatch != batch.rend(); ++dispatch) {
-        m_waiting.push_front(std::move(dispatch->waiting));
+        m_waiting.push_front(std::move(dispatch->event));
     }
 }
 
 bool Intake::Keep(const std::vector<Dispatch>& batch) {
     std::vector<Dispatched> dispatched;
     for (const Dispatch& dispatch : batch) {
-        if (!dispatch.waiting.stored) {
+        if (!dispatch.event->kept) {
             continue;
         }
-        Dispatched one{dispatch.waiting.event->sequence, {}};
+        Dispatched one{dispatch.event->sequence, {}};
         for (const Destination* destination : dispatch.destinations) {
             one.consumers.push_back(destination->path);
         }

@@ -14,17 +14,17 @@
 namespace qv_notify {
 
 /// Takes events in the order in which suppliers push them, finds out for whom they are, and hands them to the
-/// feeds. A supplier waits neither for the filters nor for the number of consumers. What the store has to
-/// know of it is committed before a consumer can get the event, so that a crash makes nothing happen twice.
-/// Any thread may call.
+/// feeds. For a few consumers that is done at once; where there are more, no supplier waits for the filters
+/// and for their number. What the store has to know of it is committed before a consumer can get the event,
+/// so that a crash makes nothing happen twice. Any thread may call.
 class Intake : public Job {
   public:
     /// All have to outlive the intake, the store may be null.
     Intake(std::string channel, std::shared_ptr<const Routes> routes, WorkPool& pool, Store* store,
            OperatorLog& log);
 
-    /// `stored`: the store has the event, and is to know for whom it is.
-    void Add(EventPtr event, bool stored);
+    /// The store is to know for whom it is, when the event is kept there.
+    void Add(EventPtr event);
     std::size_t Depth() const;
     /// Drops what waits.
     void Close();
@@ -32,16 +32,13 @@ class Intake : public Job {
     Next Run() override;
 
   private:
-    struct Waiting {
-        EventPtr event;
-        bool stored = false;
-    };
     struct Dispatch {
-        Waiting waiting;
+        EventPtr event;
         std::vector<const Destination*> destinations;
     };
 
-    std::vector<Waiting> TakeBatch();
+    bool MayPassBy(const Routes::Groups& groups, const Event& event);
+    std::vector<EventPtr> TakeBatch();
     void ReturnBatch(std::vector<Dispatch>&& batch);
     bool Keep(const std::vector<Dispatch>& batch);
 
@@ -52,7 +49,8 @@ class Intake : public Job {
     OperatorLog& m_log;
 
     mutable std::mutex m_mutex;
-    std::deque<Waiting> m_waiting;
+    std::deque<EventPtr> m_waiting;
+    bool m_dispatching = false;
     bool m_closed = false;
 };
 

@@ -57,6 +57,8 @@ class ConsumerHealth {
     SteadyTime RetryAt() const { return m_retry_at; }
 
     void Succeeded();
+    /// The next refusal is the first one of another event.
+    void BeginRefusals() { m_refused = 0; }
     Action Failed(CallFailure failure, SteadyTime now);
     void Suspend() { m_suspended = true; }
     /// Its owner says that it is ready, so nothing that was before counts.

@@ -18,6 +18,13 @@ Time WallNow() {
     return std::chrono::system_clock::now();
 }
 
+// Nobody else knows of events that aren't kept.
+void AddIfKept(std::vector<std::int64_t>& done, const EventPtr& event) {
+    if (event->kept) {
+        done.push_back(event->sequence);
+    }
+}
+
 const char* AdviceFor(ConsumerState state) {
     switch (state) {
         case ConsumerState::kOnline:
@@ -40,7 +47,7 @@ Feed::Feed(std::string path, const QueuePolicy& policy, const RetryPolicy& retry
 void Feed::Connect(std::shared_ptr<ConsumerPort> port) {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_port = std::move(port);
-    ScheduleIfUseful(SteadyNow());
+    ScheduleIfUseful();
 }
 
 bool Feed::Connected() const {
@@ -56,6 +63,8 @@ void Feed::Close() {
     m_health.SetGone();
     waiting = m_queue.Clear();
     m_announcements.clear();
+    waiting.push_back(std::move(m_in_doubt));
+    waiting.push_back(std::move(m_refused));
     port.swap(m_port);
 }
 
@@ -71,7 +80,7 @@ void Feed::Add(const EventPtr& event) {
             TellDropped(dropped, "there is no room for more", m_counts.discarded, done);
         }
         if (was_empty) {
-            ScheduleIfUseful(m_health.State() == ConsumerState::kOnline ? SteadyTime::max() : SteadyNow());
+            ScheduleIfUseful();
         }
     }
     ReportDone(done);
@@ -82,7 +91,7 @@ void Feed::Announce(const CosNotification::EventTypeSeq& added,
     const std::lock_guard<std::mutex> guard(m_mutex);
     if (!m_closed && m_port != nullptr) {
         m_announcements.push_back({added, removed});
-        ScheduleIfUseful(SteadyNow());
+        ScheduleIfUseful();
     }
 }
 
@@ -96,7 +105,7 @@ void Feed::Resume() {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_health.Resume();
     NoteState("its owner resumed the connection");
-    ScheduleIfUseful(SteadyNow());
+    ScheduleIfUseful();
 }
 
 bool Feed::Suspended() const {
@@ -118,11 +127,12 @@ void Feed::SetPolicy(const QueuePolicy& policy) {
 
 void Feed::SetPacing(std::chrono::nanoseconds interval) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_pacing = interval;
-    if (interval.count() == 0) {
-        m_next_round = SteadyTime::min();
-        ScheduleIfUseful(SteadyNow());
+    if (interval == m_pacing) {
+        return;
     }
+    m_pacing = interval;
+    m_next_round = SteadyTime::min();
+    ScheduleIfUseful();
 }
 
 bool Feed::DiscardOne() {
@@ -177,9 +187,12 @@ Job::Next Feed::Run() {
     return next;
 }
 
+bool Feed::AnythingToDo() const {
+    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_announcements.empty());
+}
+
 bool Feed::MayRun(SteadyTime now) const {
-    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_announcements.empty()) &&
-           now >= m_next_round && m_health.MayCall(now);
+    return AnythingToDo() && now >= m_next_round && m_health.MayCall(now);
 }
 
 Job::Next Feed::WhenToGoOn(SteadyTime now) const {
@@ -188,10 +201,8 @@ Job::Next Feed::WhenToGoOn(SteadyTime now) const {
     }
     const ConsumerState state = m_health.State();
     const bool waits_for_time = state == ConsumerState::kSuspect || state == ConsumerState::kOnline;
-    if (m_closed || m_port == nullptr || (m_queue.Empty() && m_announcements.empty()) || !waits_for_time) {
-        return Next::OnSchedule();
-    }
-    return Next::At(std::max(m_next_round, m_health.RetryAt()));
+    return AnythingToDo() && waits_for_time ? Next::At(std::max(m_next_round, m_health.RetryAt()))
+                                            : Next::OnSchedule();
 }
 
 Feed::Step Feed::DeliverOne(std::unique_lock<std::mutex>& lock) {
@@ -219,29 +230,39 @@ Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome,
                              std::vector<std::int64_t>& done) {
     if (!outcome.failed) {
         ++m_counts.delivered;
-        done.push_back(event->sequence);
-        m_health.Succeeded();
-        NoteState("it takes events");
-        return Step::kGoOn;
+        AddIfKept(done, event);
     }
     if (m_closed) {
         return Step::kStop;
     }
+    if (!outcome.failed) {
+        m_in_doubt.reset();
+        m_refused.reset();
+        m_health.Succeeded();
+        NoteState("it takes events");
+        return Step::kGoOn;
+    }
+    if (outcome.failure == CallFailure::kRefused && std::exchange(m_refused, event) != event) {
+        m_health.BeginRefusals();
+    }
     const ConsumerHealth::Action action = m_health.Failed(outcome.failure, SteadyNow());
     if (action == ConsumerHealth::Action::kDropEvent) {
         TellDropped({event}, "the consumer refuses it: " + outcome.reason, m_counts.refused, done);
+        m_refused.reset();
+        NoteState("it answers");
         return Step::kGoOn;
     }
     if (action == ConsumerHealth::Action::kGiveUp) {
-        done.push_back(event->sequence);
+        AddIfKept(done, event);
         NoteState(outcome.reason);
         return Step::kStop;
     }
-    if (outcome.in_doubt) {
+    if (outcome.in_doubt && std::exchange(m_in_doubt, event) != event) {
         ++m_counts.in_doubt;
-        m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " may get event " +
-                                       std::to_string(event->sequence) + " twice: its answer did not come (" +
-                                       outcome.reason + ")");
+        m_around.log->Tell(m_path + " in doubt", "consumer " + Peer() + " of proxy " + m_path +
+                                                     " may get event " + std::to_string(event->sequence) +
+                                                     " twice: its answer did not come (" + outcome.reason +
+                                                     ")");
     }
     TellDropped(m_queue.Return(event), "there is no room for more", m_counts.discarded, done);
     NoteState(outcome.reason);
@@ -249,15 +270,23 @@ Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome,
 }
 
 Feed::Step Feed::AnnounceOne(std::unique_lock<std::mutex>& lock) {
-    const Announcement announcement = std::move(m_announcements.front());
+    Announcement announcement = std::move(m_announcements.front());
     m_announcements.erase(m_announcements.begin());
     const std::shared_ptr<ConsumerPort> port = m_port;
     lock.unlock();
     const CallOutcome outcome = port->OfferChange(announcement.added, announcement.removed);
     lock.lock();
-    // Many consumers don't implement it, and one that can't be reached shows so at the next event.
-    return outcome.failed && outcome.failure != CallFailure::kRefused && m_queue.Empty() ? Step::kStop
-                                                                                         : Step::kGoOn;
+    // Many consumers don't implement it.
+    if (m_closed || !outcome.failed || outcome.failure == CallFailure::kRefused) {
+        return m_closed ? Step::kStop : Step::kGoOn;
+    }
+    const ConsumerHealth::Action action = m_health.Failed(outcome.failure, SteadyNow());
+    // One that takes too long for it is to get its events all the same.
+    if (outcome.failure == CallFailure::kConnection && action != ConsumerHealth::Action::kGiveUp) {
+        m_announcements.insert(m_announcements.begin(), std::move(announcement));
+    }
+    NoteState(outcome.reason);
+    return action == ConsumerHealth::Action::kTryAtOnce ? Step::kGoOn : Step::kStop;
 }
 
 void Feed::NoteState(const std::string& reason) {
@@ -280,7 +309,7 @@ std::string Feed::Peer() const {
 void Feed::TellExpired(const std::vector<EventPtr>& events, std::vector<std::int64_t>& done) {
     m_counts.expired += events.size();
     for (const EventPtr& event : events) {
-        done.push_back(event->sequence);
+        AddIfKept(done, event);
     }
     if (!events.empty()) {
         m_around.log->Tell(m_path + " expired",
@@ -295,7 +324,7 @@ void Feed::TellDropped(const std::vector<EventPtr>& events, const std::string& w
                        std::vector<std::int64_t>& done) {
     count += events.size();
     for (const EventPtr& event : events) {
-        done.push_back(event->sequence);
+        AddIfKept(done, event);
         m_around.log->Tell(
             m_path + " dropped",
             "event " + std::to_string(event->sequence) + " for consumer " + Peer() + " of proxy " + m_path +
@@ -311,8 +340,10 @@ void Feed::ReportDone(const std::vector<std::int64_t>& sequences) const {
     }
 }
 
-void Feed::ScheduleIfUseful(SteadyTime now) {
-    if (MayRun(now)) {
+// The run itself finds out when it is time, and is called again then.
+void Feed::ScheduleIfUseful() {
+    const ConsumerState state = m_health.State();
+    if (AnythingToDo() && state != ConsumerState::kSuspended && state != ConsumerState::kGone) {
         m_around.pool->Schedule(shared_from_this());
     }
 }

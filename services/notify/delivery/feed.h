@@ -24,7 +24,7 @@ struct FeedCounts {
     std::uint64_t discarded = 0;  ///< for lack of room
     std::uint64_t expired = 0;
     std::uint64_t refused = 0;   ///< the consumer raised an exception again and again
-    std::uint64_t in_doubt = 0;  ///< sent again although the consumer may have got them
+    std::uint64_t in_doubt = 0;  ///< sent again, once or more often, although the consumer may have got them
 };
 
 /// One queue, and a job that delivers from it. No lock is held while the consumer is called. Any thread may
@@ -90,7 +90,8 @@ class Feed : public Job {
     void TellDropped(const std::vector<EventPtr>& events, const std::string& why, std::uint64_t& count,
                      std::vector<std::int64_t>& done);
     void ReportDone(const std::vector<std::int64_t>& sequences) const;
-    void ScheduleIfUseful(SteadyTime now);
+    void ScheduleIfUseful();
+    bool AnythingToDo() const;
 
     const std::string m_path;
     const Surroundings m_around;
@@ -106,6 +107,8 @@ class Feed : public Job {
     SteadyTime m_next_round = SteadyTime::min();
     bool m_closed = false;
     bool m_gone_told = false;
+    EventPtr m_in_doubt;  // the last event of which that was told
+    EventPtr m_refused;   // the event that the consumer raised an exception for last
     FeedCounts m_counts;
 };
 

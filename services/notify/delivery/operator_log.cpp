@@ -26,8 +26,27 @@ void OperatorLog::Tell(const std::string& subject, const std::string& sentence) 
     }
     if (told.told >= kBurst) {
         ++told.left_out;
+        told.last = sentence;
         return;
     }
+    Pass(subject, told, sentence);
+}
+
+void OperatorLog::TellLeftOut(bool now) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const auto time = m_clock();
+    for (auto& [subject, told] : m_told) {
+        if (told.left_out == 0 || (!now && time - told.since < kPeriod)) {
+            continue;
+        }
+        told.since = time;
+        told.told = 0;
+        --told.left_out;  // this one
+        Pass(subject, told, std::exchange(told.last, {}));
+    }
+}
+
+void OperatorLog::Pass(const std::string& subject, Told& told, const std::string& sentence) {
     ++told.told;
     std::string line = sentence;
     if (told.left_out > 0) {

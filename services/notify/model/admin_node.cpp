@@ -54,7 +54,7 @@ void AdminNode::Restore(const AdminState& state) {
     m_data.filters.Restore(state.filters, state.next_filter_id,
                            [this](std::int32_t id) { return m_channel->Service().FilterOf(id); });
     if (!m_for_consumers && !state.types.empty()) {
-        m_channel->Offer(m_path, state.types);
+        m_channel->RestoreOffer(m_path, state.types);
     }
 }
 

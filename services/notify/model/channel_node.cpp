@@ -44,8 +44,10 @@ void ChannelNode::SetAdminProperties(PropertyValues admin) {
 
 void ChannelNode::Apply() {
     m_traffic.SetProperties(m_qos, m_admin);
-    for (const auto& [id, admin] : m_consumer_admins) {
-        admin->Refresh();
+    for (const auto* admins : {&m_consumer_admins, &m_supplier_admins}) {
+        for (const auto& [id, admin] : *admins) {
+            admin->Refresh();
+        }
     }
 }
 
@@ -142,6 +144,7 @@ void ChannelNode::Destroy() {
         }
         admins->clear();
     }
+    m_service.EndFiltersOf(m_path);
     m_service.Deactivate(m_path + "/ff", m_persistent);
     m_service.Deactivate(m_path, m_persistent);
 }

@@ -55,6 +55,13 @@ class ChannelNode : public std::enable_shared_from_this<ChannelNode> {
     void Offer(const std::string& path, const std::vector<EventTypeName>& types);
     void Subscribe(const std::string& path, const std::vector<EventTypeName>& types);
     void Withdraw(const std::string& path);
+    /// What Offer and Subscribe have told everybody before the service was started anew.
+    void RestoreOffer(const std::string& path, const std::vector<EventTypeName>& types) {
+        m_offers.Set(path, types);
+    }
+    void RestoreSubscription(const std::string& path, const std::vector<EventTypeName>& types) {
+        m_subscriptions.Set(path, types);
+    }
     std::vector<EventTypeName> Offered() const { return m_offers.All(); }
     std::vector<EventTypeName> Subscribed() const { return m_subscriptions.All(); }
 

@@ -101,9 +101,9 @@ void ProxyNode::Restore(const ProxyState& state) {
             }
             m_pushes_to_compare = kPushesToCompare;
         }
-        Channel().Offer(m_path, m_data.types.Types());
+        Channel().RestoreOffer(m_path, m_data.types.Types());
     } else if (!m_data.peer.empty()) {
-        Channel().Subscribe(m_path, m_data.types.Types());
+        Channel().RestoreSubscription(m_path, m_data.types.Types());
     }
     Refresh();
 }
@@ -120,6 +120,7 @@ void ProxyNode::Refresh() {
     gate->and_operator = m_admin->AndOperator();
     gate->admin_filters = m_admin->Data().filters.List();
     gate->filters = m_data.filters.List();
+    gate->qos = Holding();
     const std::lock_guard<std::mutex> guard(m_gate_mutex);
     m_gate = std::move(gate);
 }

@@ -27,6 +27,7 @@ struct SupplierGate {
     bool and_operator = true;
     FilterList admin_filters;
     FilterList filters;
+    PropertyValues qos;  ///< what holds for its events as far as they don't say otherwise
 };
 
 /// One proxy of an admin: with a feed where consumers connect, with a gate where suppliers do. Guarded by the

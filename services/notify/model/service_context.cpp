@@ -129,6 +129,23 @@ void ServiceContext::RemoveFilter(const std::string& path) {
     m_filters.erase(path);
 }
 
+void ServiceContext::EndFiltersOf(const std::string& path) {
+    std::vector<std::shared_ptr<FilterBody>> ended;
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        const std::string prefix = path + "/f";
+        for (auto entry = m_filters.lower_bound(prefix);
+             entry != m_filters.end() && entry->first.rfind(prefix, 0) == 0;) {
+            ended.push_back(entry->second);
+            entry = m_filters.erase(entry);
+        }
+    }
+    for (const std::shared_ptr<FilterBody>& filter : ended) {
+        filter->Destroy();
+        Deactivate(filter->Path(), filter->Kept());
+    }
+}
+
 std::shared_ptr<FilterBody> ServiceContext::FilterAt(const std::string& path) const {
     const std::lock_guard<std::mutex> guard(m_mutex);
     const auto found = m_filters.find(path);

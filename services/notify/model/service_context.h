@@ -64,6 +64,8 @@ class ServiceContext {
 
     void AddFilter(const std::shared_ptr<FilterBody>& filter);
     void RemoveFilter(const std::string& path);
+    /// Ends the filters that the factory of the channel at `path` made.
+    void EndFiltersOf(const std::string& path);
     std::shared_ptr<FilterBody> FilterAt(const std::string& path) const;
     std::shared_ptr<FilterBody> FilterOf(std::int32_t id) const;
 

@@ -10,6 +10,7 @@
 #include "services/common/listen_addresses.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
+#include "services/notify/program/call_limit.h"
 #include "services/notify/program/data_directory.h"
 
 namespace qv_notify {
@@ -60,6 +61,7 @@ std::string LookAtNaming(const Settings& settings) {
     int count = static_cast<int>(texts.size());
     try {
         const CORBA::ORB_var orb = CORBA::ORB_init(count, arguments.data());
+        LimitCalls(orb.in(), settings.call_timeout);
         const CORBA::Object_var object = orb->resolve_initial_references("NameService");
         const CosNaming::NamingContext_var root = CosNaming::NamingContext::_narrow(object.in());
         if (CORBA::is_nil(root.in())) {
@@ -79,7 +81,9 @@ std::string LookAtNaming(const Settings& settings) {
 int CheckSetup(const Settings& settings) {
     Findings findings;
     findings.Try("end point", [&] { return LookAtEndpoint(settings); });
-    findings.Try("store", [&] { return LookAtStore(settings); });
+    if (settings.port != 0) {
+        findings.Try("store", [&] { return LookAtStore(settings); });
+    }
     if (!settings.ior_file.empty()) {
         findings.Try("reference file", [&] {
             qv_service::RequireWritable(settings.ior_file, "the reference of the channel factory");

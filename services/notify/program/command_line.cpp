@@ -169,7 +169,7 @@ void ReadOption(const std::string& option, Arguments& arguments, Settings& setti
     } else if (SameOption(option, "-NameSvc")) {
         settings.register_name = true;
     } else if (SameOption(option, "-NoNameSvc")) {
-        settings.register_name = false;
+        settings.never_register = true;
     } else if (option == "-u") {
         settings.data_directory = arguments.ValueOf(option);
     } else if (option == "-p") {
@@ -193,6 +193,7 @@ Settings ParseCommandLine(const std::vector<std::string>& list) {
         const std::string option = arguments.Next();
         ReadOption(option, arguments, settings);
     }
+    settings.register_name = settings.register_name && !settings.never_register;
     return settings;
 }
 

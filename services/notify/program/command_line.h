@@ -16,10 +16,11 @@ struct Settings {
     std::string host;                        ///< of the first end point; empty: every interface
     std::uint16_t port = 0;                  ///< 0: chosen by the system, so nothing can outlive the process
     std::string factory_name = "NotifyEventChannelFactory";
-    bool register_name = false;  ///< in the naming service, which -ORBInitRef names
-    std::string ior_file;        ///< "-IORoutput", empty when absent
-    std::string pid_file;        ///< "-p", empty when absent
-    std::string data_directory;  ///< "-u", empty when absent
+    bool register_name = false;   ///< in the naming service, which -ORBInitRef names
+    bool never_register = false;  ///< "-NoNameSvc", wherever it stands
+    std::string ior_file;         ///< "-IORoutput", empty when absent
+    std::string pid_file;         ///< "-p", empty when absent
+    std::string data_directory;   ///< "-u", empty when absent
     std::chrono::milliseconds call_timeout{10000};
     ServiceLimits limits;
     bool check = false;

@@ -10,9 +10,6 @@ namespace qv_notify {
 
 namespace {
 
-constexpr std::chrono::seconds kRetry{2};
-constexpr std::chrono::seconds kLookAfter{30};
-
 CosNaming::Name NameOf(const std::string& id) {
     CosNaming::Name name;
     name.length(1);
@@ -29,18 +26,29 @@ CosNaming::NamingContext_ptr Root(CORBA::ORB_ptr orb) {
 }  // namespace
 
 NamingRegistration::NamingRegistration(CORBA::ORB_ptr orb, CORBA::Object_ptr object, std::string name,
-                                       OperatorLog& log)
-    : m_orb(orb), m_object(CORBA::Object::_duplicate(object)), m_name(std::move(name)), m_log(log) {
+                                       OperatorLog& log, Pauses pauses)
+    : m_orb(orb),
+      m_object(CORBA::Object::_duplicate(object)),
+      m_name(std::move(name)),
+      m_log(log),
+      m_pauses(pauses) {
     m_thread = std::thread([this] { Run(); });
 }
 
 NamingRegistration::~NamingRegistration() {
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        m_stopped = true;
-        m_wake.notify_all();
-    }
+    Stop();
     m_thread.join();
+}
+
+void NamingRegistration::Stop() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_stopped = true;
+    m_wake.notify_all();
+}
+
+bool NamingRegistration::WaitUntilEnded(std::chrono::steady_clock::time_point deadline) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_wake.wait_until(lock, deadline, [this] { return m_ended; });
 }
 
 void NamingRegistration::Run() {
@@ -48,8 +56,11 @@ void NamingRegistration::Run() {
         if (!BoundStill()) {
             m_bound = Bind();
         }
-    } while (WaitFor(m_bound ? kLookAfter : kRetry));
+    } while (WaitFor(m_bound ? m_pauses.look_after : m_pauses.retry));
     Unbind();
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_ended = true;
+    m_wake.notify_all();
 }
 
 bool NamingRegistration::WaitFor(std::chrono::milliseconds pause) {

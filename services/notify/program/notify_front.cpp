@@ -1,9 +1,6 @@
 #include "services/notify/program/notify_front.h"
 
 #include <signal.h>
-#include <tao/Messaging/Messaging.h>
-#include <tao/Policy_ManagerC.h>
-#include <tao/TimeBaseC.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -12,9 +9,11 @@
 
 #include "orb/object_access.h"
 #include "orb/portability.h"
+#include "orb/request_hold.h"
 #include "services/common/listen_addresses.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
+#include "services/notify/program/call_limit.h"
 #include "services/notify/program/data_directory.h"
 #include "services/notify/program/naming_registration.h"
 
@@ -37,10 +36,11 @@ sigset_t EndingSignals() {
     return set;
 }
 
-void WaitForSignal() {
+void WaitForSignal(OperatorLog& log) {
     const sigset_t set = EndingSignals();
-    int number = 0;
-    while (sigwait(&set, &number) != 0) {
+    constexpr timespec kRound{5, 0};
+    while (sigtimedwait(&set, nullptr, &kRound) < 0) {
+        log.TellLeftOut();
     }
 }
 
@@ -50,13 +50,21 @@ std::string Address(const Settings& settings) {
 
 // Lets what has been accepted reach the consumers that take it, within the time of grace. False when a call
 // still hangs.
-bool Drain(ServiceContext& service) {
-    const auto deadline = std::chrono::steady_clock::now() + kGrace;
+bool Drain(ServiceContext& service, SteadyTime deadline) {
     service.IntakePool().WaitUntilIdle(deadline);
     service.DeliveryPool().WaitUntilIdle(deadline);
     service.IntakePool().Stop();
     service.DeliveryPool().Stop();
     return service.IntakePool().WaitUntilIdle(deadline) && service.DeliveryPool().WaitUntilIdle(deadline);
+}
+
+void NoteOrderlyEnd(Store& store, OperatorLog& log) {
+    try {
+        store.NoteOrderlyEnd();
+    } catch (const StoreError& error) {
+        log.Tell("store", std::string(error.what()) +
+                              " The next start will say that consumers may get an event twice.");
+    }
 }
 
 void StopRequests(CORBA::ORB_ptr orb) {
@@ -89,10 +97,15 @@ int NotifyFront::Run() {
     if (!m_settings.ior_file.empty()) {
         qv_service::RequireWritable(m_settings.ior_file, "the reference of the channel factory");
     }
+    if (!m_settings.pid_file.empty()) {
+        qv_service::RequireWritable(m_settings.pid_file, "the process id of the notification service");
+    }
     const std::unique_ptr<Store> store = OpenStore();
     OperatorLog log(Tell);
+    // Who asks for a channel now is not to hear that it doesn't exist, and make another one.
+    std::optional<qv_orb::RequestHold> hold(std::in_place);
     const CORBA::ORB_var orb = StartOrb();
-    LimitCalls(orb.in());
+    LimitCalls(orb.in(), m_settings.call_timeout);
     ServiceContext service(orb.in(), store.get(), log, m_settings.limits);
 
     auto* const factory = new FactoryServant(service);
@@ -101,27 +114,48 @@ int NotifyFront::Run() {
     const auto reference = CosNotifyChannelAdmin::EventChannelFactory_var(
         CosNotifyChannelAdmin::EventChannelFactory::_unchecked_narrow(object.in()));
     factory->SetReference(reference.in());
-    const FactoryServant::Restored restored = store ? factory->Restore(*store) : FactoryServant::Restored{};
+    const FactoryServant::Restored restored = Restore(*factory, store.get());
 
     const CORBA::Object_var root_object = orb->resolve_initial_references("RootPOA");
     const PortableServer::POA_var root = PortableServer::POA::_narrow(root_object.in());
     const PortableServer::POAManager_var manager = root->the_POAManager();
     manager->activate();
+    hold.reset();
     const CORBA::String_var text = orb->object_to_string(reference.in());
     Announce(text.in(), store.get(), restored);
     std::optional<NamingRegistration> registration;
     if (m_settings.register_name) {
-        registration.emplace(orb.in(), reference.in(), m_settings.factory_name, log);
+        registration.emplace(orb.in(), reference.in(), m_settings.factory_name, log,
+                             NamingRegistration::Pauses{});
     }
 
-    WaitForSignal();
-    registration.reset();
-    StopRequests(orb.in());
-    if (!Drain(service)) {
-        std::_Exit(0);  // a client keeps a thread; all that is to be kept is in the store
+    WaitForSignal(log);
+    const auto deadline = std::chrono::steady_clock::now() + kGrace;
+    if (registration) {
+        registration->Stop();
     }
-    orb->shutdown(false);
+    StopRequests(orb.in());
+    const bool drained = Drain(service, deadline);
+    if (drained && store) {
+        NoteOrderlyEnd(*store, log);
+    }
+    log.TellLeftOut(true);
+    if (drained && (!registration || registration->WaitUntilEnded(deadline))) {
+        orb->shutdown(false);
+    }
+    // A client or the naming service may keep a thread; all that is to be kept is in the store.
     std::_Exit(0);
+}
+
+FactoryServant::Restored NotifyFront::Restore(FactoryServant& factory, Store* store) const {
+    if (store == nullptr) {
+        return {};
+    }
+    try {
+        return factory.Restore(*store);
+    } catch (const StoreError& error) {
+        throw StartError(error.what());
+    }
 }
 
 std::unique_ptr<Store> NotifyFront::OpenStore() const {
@@ -155,19 +189,6 @@ CORBA::ORB_ptr NotifyFront::StartOrb() const {
                          "). Check the -ORB options, " + "the end point " + Address(m_settings) +
                          " above all.");
     }
-}
-
-void NotifyFront::LimitCalls(CORBA::ORB_ptr orb) const {
-    CORBA::Any value;
-    constexpr TimeBase::TimeT kUnitsPerMillisecond = 10000;
-    value <<= static_cast<TimeBase::TimeT>(m_settings.call_timeout.count()) * kUnitsPerMillisecond;
-    CORBA::PolicyList policies(1);
-    policies.length(1);
-    policies[0] = orb->create_policy(Messaging::RELATIVE_RT_TIMEOUT_POLICY_TYPE, value);
-    const CORBA::Object_var object = orb->resolve_initial_references("ORBPolicyManager");
-    const CORBA::PolicyManager_var manager = CORBA::PolicyManager::_narrow(object.in());
-    manager->set_policy_overrides(policies, CORBA::SET_OVERRIDE);
-    policies[0]->destroy();
 }
 
 void NotifyFront::Announce(const std::string& reference, const Store* store,

@@ -23,7 +23,7 @@ class NotifyFront {
   private:
     std::unique_ptr<Store> OpenStore() const;
     CORBA::ORB_ptr StartOrb() const;
-    void LimitCalls(CORBA::ORB_ptr orb) const;
+    FactoryServant::Restored Restore(FactoryServant& factory, Store* store) const;
     void Announce(const std::string& reference, const Store* store,
                   const FactoryServant::Restored& restored) const;
 

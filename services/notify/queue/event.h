@@ -15,6 +15,7 @@ namespace qv_notify {
 struct Event {
     CosNotification::StructuredEvent body;
     std::int64_t sequence = 0;  ///< ascends as events arrive at the channel
+    bool kept = false;          ///< the store has it, under that number
     std::int16_t priority = 0;
     Time arrived;
     std::optional<Time> expires;

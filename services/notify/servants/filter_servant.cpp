@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "services/notify/channel/type_set.h"
-#include "services/notify/model/supplier_port.h"
 
 namespace qv_notify {
 
@@ -86,6 +85,9 @@ void FilterServant::Keep(const Constraints& constraints) const {
 }
 
 void FilterServant::Set(Constraints constraints) {
+    if (m_body->Destroyed()) {
+        throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
+    }
     Keep(constraints);
     const std::shared_ptr<const Constraints> before = m_body->Get();
     TellCallbacks(*before, constraints);
@@ -175,7 +177,8 @@ CosNotifyFilter::CallbackID FilterServant::attach_callback(CosNotifyComm::Notify
         throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
     }
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_callbacks[m_next_callback_id] = CosNotifyComm::NotifySubscribe::_duplicate(callback);
+    m_callbacks[m_next_callback_id] = {CosNotifyComm::NotifySubscribe::_duplicate(callback),
+                                       std::make_shared<ClientNotices>(m_service.DeliveryPool())};
     return m_next_callback_id++;
 }
 
@@ -206,11 +209,11 @@ void FilterServant::TellCallbacks(const Constraints& before, const Constraints& 
     const CosNotification::EventTypeSeq_var added = SequenceOf(change.added);
     const CosNotification::EventTypeSeq_var removed = SequenceOf(change.removed);
     for (const auto& entry : m_callbacks) {
-        std::make_shared<ClientNotices>(m_service.DeliveryPool())
-            ->Post([callback = entry.second, added = CosNotification::EventTypeSeq(added.in()),
-                    removed = CosNotification::EventTypeSeq(removed.in())] {
-                callback->subscription_change(added, removed);
-            });
+        entry.second.notices->Post([callback = entry.second.object,
+                                    added = CosNotification::EventTypeSeq(added.in()),
+                                    removed = CosNotification::EventTypeSeq(removed.in())] {
+            callback->subscription_change(added, removed);
+        });
     }
 }
 

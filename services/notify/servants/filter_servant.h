@@ -9,6 +9,7 @@
 #include <string>
 
 #include "services/notify/model/service_context.h"
+#include "services/notify/model/supplier_port.h"
 
 namespace qv_notify {
 
@@ -44,6 +45,10 @@ class FilterServant : public POA_CosNotifyFilter::Filter {
 
   private:
     using Constraints = FilterBody::Constraints;
+    struct Callback {
+        CosNotifyComm::NotifySubscribe_var object;
+        std::shared_ptr<ClientNotices> notices;  // one, so that it is told of changes in their order
+    };
 
     void Keep(const Constraints& constraints) const;
     void Set(Constraints constraints);
@@ -56,7 +61,7 @@ class FilterServant : public POA_CosNotifyFilter::Filter {
     mutable std::mutex m_mutex;  // guards the changes of the body, too
     std::int32_t m_next_constraint_id;
     CosNotifyFilter::CallbackID m_next_callback_id = 1;
-    std::map<CosNotifyFilter::CallbackID, CosNotifyComm::NotifySubscribe_var> m_callbacks;
+    std::map<CosNotifyFilter::CallbackID, Callback> m_callbacks;
 };
 
 /// The default filter factory of a channel. Any thread may call.

@@ -59,7 +59,7 @@ void ProxyPushConsumer::push_structured_event(const CosNotification::StructuredE
                                  "is not delivered twice");
         return;
     }
-    m_node->Channel().Traffic().Accept(notification, m_node->Path());
+    m_node->Channel().Traffic().Accept(notification, m_node->Path(), gate->qos);
 }
 
 void ProxyPushConsumer::disconnect_structured_push_consumer() {

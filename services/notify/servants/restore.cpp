@@ -101,10 +101,24 @@ class Restorer {
     const Nodes& m_objects;
 };
 
+/// A consumer is sent an event before it is written down that it has it. So after a crash the one that was
+/// under way is sent again, which is the first that waits, unless a later one of another supplier overtook
+/// it.
+void TellInDoubt(OperatorLog& log, const std::map<std::string, std::int64_t>& first_waiting) {
+    for (const auto& [consumer, sequence] : first_waiting) {
+        log.Tell(consumer + " in doubt", "the consumer of proxy " + consumer +
+                                             " may get one event twice, most likely event " +
+                                             std::to_string(sequence) +
+                                             ": the service did not end in order, and an event may have "
+                                             "been under way");
+    }
+}
+
 }  // namespace
 
 FactoryServant::Restored FactoryServant::Restore(Store& store) {
     Restored restored;
+    const bool in_order = store.TakeOrderlyEnd();
     const std::vector<StoredObject> objects = store.Objects();
     Restorer restorer(m_service, objects);
     restorer.Run();
@@ -124,18 +138,25 @@ FactoryServant::Restored FactoryServant::Restore(Store& store) {
         Add(channel);
         ++restored.channels;
     }
+    std::map<std::string, std::int64_t> first_waiting;  // by consumer
     for (const StoredEvent& event : store.Events()) {
         std::vector<std::shared_ptr<Feed>> feeds;
         for (const std::string& consumer : event.consumers) {
+            first_waiting.emplace(consumer, event.sequence);
             const auto proxy = restorer.proxies.find(consumer);
             if (proxy != restorer.proxies.end() && proxy->second->ConsumerFeed() != nullptr) {
                 feeds.push_back(proxy->second->ConsumerFeed());
             }
         }
-        At(restorer.channels, event.channel, "events")
-            .Traffic()
-            .Restore(event, event.dispatched ? &feeds : nullptr);
+        ChannelNode& channel = At(restorer.channels, event.channel, "events");
+        const auto supplier = restorer.proxies.find(event.supplier);
+        channel.Traffic().Restore(
+            event, supplier == restorer.proxies.end() ? channel.Qos() : supplier->second->Holding(),
+            event.dispatched ? &feeds : nullptr);
         ++restored.events;
+    }
+    if (!in_order) {
+        TellInDoubt(m_service.Log(), first_waiting);
     }
     return restored;
 }

@@ -3,7 +3,8 @@
 namespace qv_notify {
 
 ObjectTables::ObjectTables(Database& database)
-    : m_put(database,
+    : m_database(database),
+      m_put(database,
             "INSERT INTO objects(path, description) VALUES(?,?) "
             "ON CONFLICT(path) DO UPDATE SET description = excluded.description"),
       m_all(database, "SELECT path, description FROM objects ORDER BY path"),
@@ -14,7 +15,8 @@ ObjectTables::ObjectTables(Database& database)
       m_reserved(database, "SELECT reserved FROM counters WHERE name = ?"),
       m_reserve(database,
                 "INSERT INTO counters VALUES(?,?) ON CONFLICT(name) DO UPDATE SET reserved = "
-                "excluded.reserved") {}
+                "excluded.reserved"),
+      m_take_mark(database, "DELETE FROM counters WHERE name = ?") {}
 
 void ObjectTables::Put(const std::string& path, const std::string& description) {
     Run(m_put).Text(path).Text(description).Finish();
@@ -79,6 +81,16 @@ std::int64_t ObjectTables::NextNumber(const std::string& counter, std::int64_t b
 std::int64_t ObjectTables::LastReserved(const std::string& counter) {
     Run run(m_reserved);
     return run.Text(counter).Next() ? run.NumberAt(0) : 0;
+}
+
+// Marks are kept among the counters.
+void ObjectTables::SetMark(const std::string& name) {
+    Run(m_reserve).Text(name).Number(1).Finish();
+}
+
+bool ObjectTables::TakeMark(const std::string& name) {
+    Run(m_take_mark).Text(name).Finish();
+    return m_database.Changes() > 0;
 }
 
 void ObjectTables::Forget() {

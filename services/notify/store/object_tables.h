@@ -28,6 +28,11 @@ class ObjectTables {
     /// The next of the numbers that were reserved, a block of them at a time.
     std::int64_t NextNumber(const std::string& counter, std::int64_t block);
 
+    /// A mark is there or not.
+    void SetMark(const std::string& name);
+    /// Whether it was there; it isn't any more.
+    bool TakeMark(const std::string& name);
+
     /// Drops what is remembered of the tables.
     void Forget();
 
@@ -39,6 +44,7 @@ class ObjectTables {
 
     std::int64_t LastReserved(const std::string& counter);
 
+    Database& m_database;
     Statement m_put;
     Statement m_all;
     Statement m_id;
@@ -46,6 +52,7 @@ class ObjectTables {
     Statement m_erase;
     Statement m_reserved;
     Statement m_reserve;
+    Statement m_take_mark;
     std::unordered_map<std::string, std::int64_t> m_ids;
     std::unordered_map<std::string, Numbers> m_numbers;
 };

@@ -13,6 +13,7 @@
 namespace qv_notify {
 namespace {
 
+const std::string kOrderlyEnd = "/ended";  // no path begins with a slash
 constexpr std::int64_t kNumberBlock = 16;
 constexpr int kManyLogPages = 1000;   // 4 MiB; then the checkpointer sets to work
 constexpr int kMostLogPages = 16000;  // 64 MiB; then the writer waits for it, so that the log gets cleared
@@ -110,6 +111,16 @@ void Store::Impl::KeepLogShort() {
 Store::Store(const std::string& path) : m_impl(std::make_unique<Impl>(path)) {}
 
 Store::~Store() = default;
+
+void Store::NoteOrderlyEnd() {
+    m_impl->Run([](ObjectTables& objects, EventTables&) { objects.SetMark(kOrderlyEnd); });
+}
+
+bool Store::TakeOrderlyEnd() {
+    bool taken = false;
+    m_impl->Run([&](ObjectTables& objects, EventTables&) { taken = objects.TakeMark(kOrderlyEnd); });
+    return taken;
+}
 
 void Store::Put(const std::string& path, const std::string& description) {
     m_impl->Run([&](ObjectTables& objects, EventTables&) { objects.Put(path, description); });

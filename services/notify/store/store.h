@@ -30,6 +30,12 @@ class Store {
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
 
+    /// To be called when no event is under way to a consumer any more, and none will be.
+    void NoteOrderlyEnd();
+    /// Whether NoteOrderlyEnd was called, which is forgotten then. Where it wasn't, each consumer may have
+    /// got an event of which Done was not called.
+    bool TakeOrderlyEnd();
+
     /// Adds an object, or replaces its description.
     void Put(const std::string& path, const std::string& description);
 
