@@ -30,6 +30,10 @@ foreach(program Naming_Service Notify_Service qv_config)
   endif()
 endforeach()
 
+if(TARGET Notify_Service)
+  install(FILES ${PROJECT_SOURCE_DIR}/services/notify/program/Notify_Service.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+endif()
+
 # Public is a header that exports something; the two others consist of inline code that those refer to.
 function(qv_install_public_headers)
   foreach(folder IN LISTS ARGN)
