@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include "orb_internals.h"
+#include "request_gate.h"
 #include "thread_state.h"
 #include "upcall.h"
 
@@ -44,7 +45,9 @@ CORBA::Boolean ExceptionSent(omni::omniInterceptors::serverSendException_T::info
 }
 
 // A thread that serves connections leaves no trace of its last request behind.
+// It reads nothing of a connection before the server is ready.
 void UpcallThreadAssigned(omni::omniInterceptors::assignUpcallThread_T::info_T& info) {
+    PassRequestGate();
     thread_state().request = nullptr;
     info.run();
     thread_state().request = nullptr;
