@@ -1,5 +1,5 @@
 // Consumers of the benchmark of notification, all in one process.
-// Usage: bench_consumers COUNT EVENTS REFERENCE
+// Usage: bench_consumers COUNT EVENTS REFERENCE [hung]
 // Connects COUNT consumers to the channel REFERENCE, or with REFERENCE "-" prints a reference for each, for
 // whoever pushes straight into them; then "ready". When each has had EVENTS events it prints one line of JSON
 // and starts anew, until it is ended.
@@ -7,10 +7,13 @@
 #include <orbsvcs/CosNotifyCommS.h>
 #include <tao/PortableServer/PortableServer.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -68,6 +71,17 @@ class Consumer : public POA_CosNotifyComm::StructuredPushConsumer {
     Tally& m_tally;
 };
 
+class HungConsumer : public POA_CosNotifyComm::StructuredPushConsumer {
+  public:
+    void push_structured_event(const CosNotification::StructuredEvent&) override {
+        for (;;) {
+            pause();
+        }
+    }
+    void disconnect_structured_push_consumer() override {}
+    void offer_change(const CosNotification::EventTypeSeq&, const CosNotification::EventTypeSeq&) override {}
+};
+
 void Connect(CosNotifyChannelAdmin::ConsumerAdmin_ptr admin,
              CosNotifyComm::StructuredPushConsumer_ptr consumer) {
     CORBA::Long id = 0;
@@ -78,7 +92,7 @@ void Connect(CosNotifyChannelAdmin::ConsumerAdmin_ptr admin,
     structured->connect_structured_push_consumer(consumer);
 }
 
-int Run(std::size_t count, std::size_t events, const std::string& reference) {
+int Run(std::size_t count, std::size_t events, const std::string& reference, bool hung) {
     int argc = 0;
     char* argv[] = {nullptr};
     const CORBA::ORB_var orb = CORBA::ORB_init(argc, argv);
@@ -105,6 +119,11 @@ int Run(std::size_t count, std::size_t events, const std::string& reference) {
             Connect(admin.in(), self.in());
         }
     }
+    if (hung) {
+        auto* const consumer = new HungConsumer;
+        const CosNotifyComm::StructuredPushConsumer_var self = consumer->_this();
+        Connect(admin.in(), self.in());
+    }
     std::printf("ready\n");
     std::fflush(stdout);
     for (;;) {
@@ -115,12 +134,13 @@ int Run(std::size_t count, std::size_t events, const std::string& reference) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: bench_consumers COUNT EVENTS REFERENCE\n");
+    const bool hung = argc == 5 && std::strcmp(argv[4], "hung") == 0;
+    if (argc != 4 && !hung) {
+        std::fprintf(stderr, "usage: bench_consumers COUNT EVENTS REFERENCE [hung]\n");
         return 2;
     }
     try {
-        return Run(std::strtoul(argv[1], nullptr, 10), std::strtoul(argv[2], nullptr, 10), argv[3]);
+        return Run(std::strtoul(argv[1], nullptr, 10), std::strtoul(argv[2], nullptr, 10), argv[3], hung);
     } catch (const CORBA::Exception& exception) {
         std::fprintf(stderr, "bench_consumers: %s\n", exception._name());
         return 1;

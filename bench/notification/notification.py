@@ -7,11 +7,14 @@ The event has 12 filterable properties of mixed types and a time-out. Each round
 after the other:
   rate     pushes as fast as it goes; deliveries per second from the first push to the last receipt
   latency  pushes 200 events a second; how long a push takes its supplier, and an event until it is received
-once straight and once through a service that was started for it. Ratios are taken within a round; the table shows
-medians and the spread between the rounds. All consumers live in one process, the supplier in another.
+once straight and once through a service that was started for it. Then, also once a round: 15 consumers with and without
+a 16th that never answers; the library's PushEvent beside a push straight into the channel; and the library's buffer of
+100,000 events, from the moment at which the channel is there until it is empty. Ratios are taken within a round; the
+table shows medians and the spread between the rounds. All consumers live in one process, the supplier in another.
 """
 import argparse
 import json
+import os
 import pathlib
 import socket
 import statistics
@@ -21,6 +24,18 @@ import tempfile
 
 PACE = 200
 PACED_EVENTS = 400
+
+
+# Of the agent that pushes; the service's reference stands in the file.
+AGENT = """
+[agent]
+CORBAAgent_Host = "127.0.0.1"
+CORBAAgent_Port = {port}
+CORBAAgent_Option = "-nt {reference}"
+EventQueueLength = 200000
+bLogNotify = 0
+"""
+BUFFERED = 100000
 
 
 class Failure(Exception):
@@ -34,9 +49,10 @@ def free_port():
 
 
 class Process:
-    def __init__(self, command, log):
+    def __init__(self, command, log, environment=None):
         self.log = open(log, "a")
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=self.log, text=True)
+        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=self.log, text=True,
+                                        env={**os.environ, **(environment or {})})
 
     def line(self):
         text = self.process.stdout.readline()
@@ -71,8 +87,8 @@ class Bench:
         self.bin = pathlib.Path(build).resolve() / "bin"
         self.folder = folder
 
-    def start(self, name, *arguments):
-        return Process([self.bin / name, *map(str, arguments)], self.folder / f"{name}.log")
+    def start(self, name, *arguments, environment=None):
+        return Process([self.bin / name, *map(str, arguments)], self.folder / f"{name}.log", environment)
 
     def push(self, events, rate, targets):
         with self.start("bench_supplier", "push", events, rate, *targets) as supplier:
@@ -92,19 +108,33 @@ class Bench:
         with self.start("bench_consumers", count, events, "-") as consumers:
             return self.run(count, events, rate, consumers.lines_until("ready"), consumers)
 
-    def through_service(self, count, events, rate):
+    def service(self, port, data, *options):
+        return self.start("Notify_Service", "-ORBEndpoint", f"iiop://127.0.0.1:{port}", "-u", data, *options)
+
+    def through_service(self, count, events, rate, *hung):
         port = free_port()
-        with tempfile.TemporaryDirectory() as data, \
-             self.start("Notify_Service", "-ORBEndpoint", f"iiop://127.0.0.1:{port}", "-u", data) as service:
+        with tempfile.TemporaryDirectory() as data, self.service(port, data) as service:
             service.line()
             factory = f"corbaloc:iiop:127.0.0.1:{port}/NotifyEventChannelFactory"
             with self.start("bench_supplier", "make", factory) as maker:
                 channel = maker.line()
-            with self.start("bench_consumers", count, events, channel) as consumers:
+            with self.start("bench_consumers", count, events, channel, *hung) as consumers:
                 consumers.lines_until("ready")
                 result = self.run(count, events, rate, [channel], consumers)
             result["service_mib"] = service.memory_mib()
             return result
+
+    def through_library(self, what, events):
+        port = free_port()
+        with tempfile.TemporaryDirectory() as data:
+            reference = f"{data}/nt.ior"
+            config = pathlib.Path(data, "agent.toml")
+            config.write_text(AGENT.format(port=free_port(), reference=reference))
+            settings = {"QV_AGENT_CONFIG": str(config), "QV_LOG_DIR": data, "QV_ENV_ROOT": data, "QV_CFG_DIR": data}
+            with self.service(port, data, "-IORoutput", reference) as service:
+                service.line()
+                with self.start("bench_push_event", what, events, environment=settings) as agent:
+                    return json.loads(agent.line())
 
 
 def median_and_spread(values):
@@ -124,6 +154,25 @@ def measure(bench, counts, events, rounds):
                 "paced": bench.through_service(count, PACED_EVENTS, PACE),
             })
     return results
+
+
+def measure_others(bench, events, rounds):
+    return [{
+        "with_hung": bench.through_service(15, max(500, events // 15), 0, "hung"),
+        "without_hung": bench.through_service(15, max(500, events // 15), 0),
+        "push_event": bench.through_library("push", 4000),
+        "drain": bench.through_library("drain", BUFFERED),
+    } for _ in range(rounds)]
+
+
+def print_others(rounds):
+    hung = median_and_spread([r["with_hung"]["deliveries_per_second"] / r["without_hung"]["deliveries_per_second"]
+                              for r in rounds])
+    push = median_and_spread([r["push_event"]["push_event_us"] / r["push_event"]["raw_us"] for r in rounds])
+    drain = median_and_spread([r["drain"]["events"] / r["drain"]["seconds"] for r in rounds])
+    print(f"15 consumers beside one that hangs, of their rate without it: {hung[0]:.2f} ({hung[1]:.2f}-{hung[2]:.2f})")
+    print(f"PushEvent, of a push straight into the channel: {push[0]:.2f} ({push[1]:.2f}-{push[2]:.2f})")
+    print(f"emptying a buffer of {BUFFERED} events: {drain[0]:.0f} events/s ({drain[1]:.0f}-{drain[2]:.0f})")
 
 
 def print_table(results):
@@ -151,10 +200,13 @@ def main():
     options = parser.parse_args()
     counts = [int(count) for count in options.consumers.split(",")]
     with tempfile.TemporaryDirectory() as folder:
-        results = measure(Bench(options.build, pathlib.Path(folder)), counts, options.events, options.rounds)
-    print_table(results)
+        bench = Bench(options.build, pathlib.Path(folder))
+        results = measure(bench, counts, options.events, options.rounds)
+        print_table(results)
+        others = measure_others(bench, options.events, options.rounds)
+        print_others(others)
     if options.json:
-        pathlib.Path(options.json).write_text(json.dumps(results, indent=1))
+        pathlib.Path(options.json).write_text(json.dumps({"consumers": results, "others": others}, indent=1))
 
 
 if __name__ == "__main__":
