@@ -113,6 +113,17 @@ TEST_F(StoreTest, KeepsAnEventUntilAllHaveIt) {
     EXPECT_THAT(Kept(), ElementsAre("third:"));
 }
 
+TEST_F(StoreTest, AnOrderlyEndIsKnownOnce) {
+    EXPECT_FALSE(store().TakeOrderlyEnd());
+    store().NoteOrderlyEnd();
+    store().NoteOrderlyEnd();
+    Reopen();
+    EXPECT_TRUE(store().TakeOrderlyEnd());
+    EXPECT_FALSE(store().TakeOrderlyEnd());
+    Reopen();
+    EXPECT_FALSE(store().TakeOrderlyEnd());
+}
+
 TEST_F(StoreTest, KeepsAllOfAnEvent) {
     const std::string odd("\0\xff\x80 'x\"\0", 8);
     const std::string large(5'000'000, 'l');
