@@ -2,7 +2,7 @@
 # what stands in orb/*.h needs an implementation.
 find_package(TAO REQUIRED)
 add_library(qv_orb SHARED ${CMAKE_CURRENT_LIST_DIR}/event_octets.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/object_access.cpp ${CMAKE_CURRENT_LIST_DIR}/portability.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/event_argument.cpp ${CMAKE_CURRENT_LIST_DIR}/object_access.cpp ${CMAKE_CURRENT_LIST_DIR}/portability.cpp
   ${CMAKE_CURRENT_LIST_DIR}/request_hold.cpp ${CMAKE_CURRENT_LIST_DIR}/request_values.cpp ${CMAKE_CURRENT_LIST_DIR}/value_access.cpp)
 set_target_properties(qv_orb PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
 target_include_directories(qv_orb

@@ -2,6 +2,8 @@
 
 #include "orb_internals.h"
 
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "call_values.h"
@@ -11,6 +13,13 @@ namespace qv_orb {
 namespace {
 
 constexpr int kTooManyToCopy = 64 << 10;
+// What the servant gets is marshalled for the request's record and again for the reply's, unless it is small
+// enough to be kept meanwhile.
+constexpr std::size_t kTooManyToKeep = 16 << 10;
+
+CdrBytes BytesOf(const ValueStream& stream) {
+    return {static_cast<const char*>(stream.bufPtr()), stream.bufSize(), nullptr, 0};
+}
 
 // Leaves large arrays of bytes where they are.
 class DetourStream final : public ValueStream {
@@ -35,8 +44,7 @@ class DetourStream final : public ValueStream {
 
 class UpcallValues final : public RequestValues {
   public:
-    UpcallValues(omniCallDescriptor& call, const OperationEntry& operation, bool returned)
-        : call_(call), operation_(operation), returned_(returned) {}
+    explicit UpcallValues(UpcallInfo& upcall) : upcall_(upcall), operation_(upcall.values_table()) {}
 
     std::size_t parameters() const override { return operation_.parameter_count; }
     CORBA::ParameterMode mode(std::size_t parameter) const override {
@@ -46,23 +54,29 @@ class UpcallValues final : public RequestValues {
         return operation_.parameters[parameter].type();
     }
     CORBA::TypeCode_ptr result_type() const override { return operation_.result(); }
-    bool returned() const override { return returned_; }
+    bool returned() const override { return upcall_.returned(); }
 
     CdrBytes sent() override {
+        if (upcall_.given() != nullptr) {
+            return BytesOf(*upcall_.given());
+        }
         sent_ = std::make_unique<DetourStream>();
-        MarshalArguments(call_, *sent_);
-        return sent_->Bytes();
+        MarshalArguments(upcall_.call(), *sent_);
+        const CdrBytes bytes = sent_->Bytes();
+        if (!returned() && bytes.detour_count == 0 && bytes.size <= kTooManyToKeep) {
+            upcall_.given(std::move(sent_));
+        }
+        return bytes;
     }
     CdrBytes given_back() override {
         given_back_ = std::make_unique<DetourStream>();
-        MarshalReturned(call_, *given_back_);
+        MarshalReturned(upcall_.call(), *given_back_);
         return given_back_->Bytes();
     }
 
   private:
-    omniCallDescriptor& call_;
+    UpcallInfo& upcall_;
     const OperationEntry& operation_;
-    const bool returned_;
     std::unique_ptr<DetourStream> sent_;
     std::unique_ptr<DetourStream> given_back_;
 };
@@ -74,7 +88,7 @@ std::unique_ptr<RequestValues> RequestValues::Of(PortableInterceptor::ServerRequ
     if (upcall == nullptr) {
         return nullptr;
     }
-    return std::make_unique<UpcallValues>(upcall->call(), upcall->values_table(), upcall->returned());
+    return std::make_unique<UpcallValues>(*upcall);
 }
 
 }  // namespace qv_orb

@@ -12,6 +12,7 @@ namespace qv_orb {
 struct ThreadState {
     omni::GIOP_S* request = nullptr;         // the remote request that was received last and not answered yet
     bool in_servant = false;                 // counted by the servant limit
+    bool in_remote_upcall = false;           // the servant that runs was called by another process
     IOP::ServiceContextList reply_contexts;  // for the reply that is about to be sent
 };
 

@@ -35,6 +35,21 @@ class InServant {
     const bool counted_;
 };
 
+// Collocated calls may be made within a remote one.
+class InUpcall {
+  public:
+    InUpcall(ThreadState& thread, bool remote) : thread_(thread), before_(thread.in_remote_upcall) {
+        thread_.in_remote_upcall = remote;
+    }
+    ~InUpcall() { thread_.in_remote_upcall = before_; }
+    InUpcall(const InUpcall&) = delete;
+    InUpcall& operator=(const InUpcall&) = delete;
+
+  private:
+    ThreadState& thread_;
+    const bool before_;
+};
+
 void Serve(omniCallDescriptor& call, omniServant* servant, cdrStream* reply) {
     try {
         call.interceptedCall(servant);
@@ -139,6 +154,7 @@ void InterceptUpcall(omniCallDescriptor* call, omniServant* servant) {
     const bool remote = thread.request != nullptr && thread.request->calldescriptor() == call;
     omni::GIOP_S* const request = remote ? thread.request : nullptr;
     const InServant counted(thread, remote);
+    const InUpcall within(thread, remote);
 
     if (orb_state().server_interceptors.empty()) {
         Serve(*call, servant, request);

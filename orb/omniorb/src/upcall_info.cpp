@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include "call_values.h"
 #include "minor_codes.h"
@@ -90,16 +91,22 @@ void UpcallInfo::NotAtFirstPoint() const {
 }
 
 const OperationEntry& UpcallInfo::table() const {
-    const OperationEntry* entry = FindOperation(servant_._mostDerivedRepoId(), call_.op());
-    if (entry == nullptr) {
+    if (entry_ == nullptr) {
+        entry_ = FindOperation(servant_._mostDerivedRepoId(), call_.op());
+    }
+    if (entry_ == nullptr) {
         NotSupplied();
     }
-    return *entry;
+    return *entry_;
 }
 
 const OperationEntry& UpcallInfo::values_table() const {
     ValidAt({Point::kReceiveRequest, Point::kSendReply});
     return table();
+}
+
+void UpcallInfo::given(std::unique_ptr<ValueStream> values) {
+    given_ = std::move(values);
 }
 
 CORBA::ULong UpcallInfo::request_id() {

@@ -1,6 +1,8 @@
 // The ServerRequestInfo of one upcall.
 #pragma once
 
+#include <memory>
+
 #include "qv_orb/request_info.h"
 #include "slots.h"
 
@@ -12,6 +14,7 @@ class GIOP_S;
 
 namespace qv_orb {
 
+class ValueStream;
 struct OperationEntry;
 
 enum class Point { kReceiveContexts, kReceiveRequest, kSendReply, kSendException, kSendOther };
@@ -38,6 +41,9 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
     bool returned() const { return point_ == Point::kSendReply; }
     /// As arguments(): raises BAD_INV_ORDER or NO_RESOURCES when there is nothing to tell.
     const OperationEntry& values_table() const;
+    /// The values that the servant was given, marshalled; null unless they were left here.
+    const ValueStream* given() const { return given_.get(); }
+    void given(std::unique_ptr<ValueStream> values);
 
     // RequestInfo
     CORBA::ULong request_id() override;
@@ -81,6 +87,8 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
     PortableInterceptor::ReplyStatus status_ = PortableInterceptor::UNKNOWN;
     const CORBA::Exception* exception_ = nullptr;
     CORBA::Object_var forward_;
+    mutable const OperationEntry* entry_ = nullptr;  // once it was found
+    std::unique_ptr<ValueStream> given_;
     SlotTable slots_;
     IOP::ServiceContextList reply_contexts_;
 };

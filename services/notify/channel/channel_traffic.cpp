@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "orb/event_argument.h"
 #include "orb/event_octets.h"
 #include "services/notify/properties/event_timing.h"
 
@@ -48,14 +49,14 @@ void ChannelTraffic::Accept(const CosNotification::StructuredEvent& event, const
         MakeRoom(*properties);
     }
     auto made = std::make_unique<Event>();
-    made->body = event;
-    made->bytes = MemoryOf(event);
+    qv_orb::TakeEvent(event, made->body);
+    made->bytes = MemoryOf(made->body);
     made->arrived = std::chrono::system_clock::now();
-    const EventTiming timing = ReadEventTiming(event, qos, made->arrived);
+    const EventTiming timing = ReadEventTiming(made->body, qos, made->arrived);
     made->priority = timing.priority;
     made->expires = timing.expires;
     made->kept = properties->persistent && timing.persistent_wanted;
-    made->sequence = made->kept ? Keep(event, supplier, made->arrived) : NumberOfUnkept();
+    made->sequence = made->kept ? Keep(made->body, supplier, made->arrived) : NumberOfUnkept();
     m_intake->Add(HeldEvents::Hold(m_held, std::move(made)));
 }
 

@@ -59,14 +59,15 @@ PropertyValues ReadHeader(const CosNotification::OptionalHeaderFields& fields) {
 EventTiming ReadEventTiming(const CosNotification::StructuredEvent& event, const PropertyValues& inherited,
                             Time now) {
     const PropertyValues header = ReadHeader(event.header.variable_header);
-    const PropertyValues holding = Inherit(inherited, header);
+    const auto holding = [&](const char* name, auto otherwise) {
+        return ValueOf(header, name, ValueOf(inherited, name, otherwise));
+    };
     EventTiming timing;
-    timing.priority =
-        ValueOf(holding, CosNotification::Priority, std::int16_t{CosNotification::DefaultPriority});
+    timing.priority = holding(CosNotification::Priority, std::int16_t{CosNotification::DefaultPriority});
     timing.persistent_wanted =
-        ValueOf(holding, CosNotification::EventReliability, std::int16_t{CosNotification::BestEffort}) ==
+        holding(CosNotification::EventReliability, std::int16_t{CosNotification::BestEffort}) ==
         CosNotification::Persistent;
-    timing.expires = After(now, ValueOf(holding, CosNotification::Timeout, std::uint64_t{0}));
+    timing.expires = After(now, holding(CosNotification::Timeout, std::uint64_t{0}));
     const auto stop = header.find(CosNotification::StopTime);
     if (stop != header.end() && ValueOf(inherited, CosNotification::StopTimeSupported, true)) {
         const std::optional<Time> stops = At(std::get<std::uint64_t>(stop->second));

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace qv_notify {
@@ -10,11 +12,11 @@ namespace qv_notify {
 /// The value of a property: a boolean, a short, a long, or a TimeT (units of 100 ns).
 using PropertyValue = std::variant<bool, std::int16_t, std::int32_t, std::uint64_t>;
 /// Properties by their names, as CosNotification spells them.
-using PropertyValues = std::map<std::string, PropertyValue>;
+using PropertyValues = std::map<std::string, PropertyValue, std::less<>>;
 
 /// The value of a property, or `otherwise` when it isn't there or of another type.
 template <class T>
-T ValueOf(const PropertyValues& values, const std::string& name, T otherwise) {
+T ValueOf(const PropertyValues& values, std::string_view name, T otherwise) {
     const auto found = values.find(name);
     const T* value = found == values.end() ? nullptr : std::get_if<T>(&found->second);
     return value == nullptr ? otherwise : *value;
