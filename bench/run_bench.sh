@@ -20,3 +20,6 @@ echo
 echo "Call chain: what the span of a request costs"
 "$build/bin/bench_call_chain" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
   --benchmark_out="$build/bench-results/call_chain.json" --benchmark_out_format=json
+echo
+echo "Events: the notification service beside pushing straight into the consumers, and the library beside both"
+python3 "$here/notification/notification.py" "$build" --rounds 3 --json "$build/bench-results/notification.json"
