@@ -44,9 +44,9 @@ std::vector<std::int32_t> Consumer::Arrivals() const {
     return m_book->arrivals;
 }
 
-std::size_t Consumer::Count() const {
+bool Consumer::HasOneOfEach() const {
     const std::lock_guard<std::mutex> guard(m_book->mutex);
-    return m_book->arrivals.size();
+    return std::all_of(m_book->last.begin(), m_book->last.end(), [](std::int32_t own) { return own >= 0; });
 }
 
 void Consumer::Hang() {

@@ -27,7 +27,8 @@ class Consumer {
     int Proxy() const { return m_servant->Id(); }
     qv_test::RecordingConsumer& Servant() { return *m_servant.in(); }
     std::vector<std::int32_t> Arrivals() const;
-    std::size_t Count() const;
+    /// Whether it has an event of each supplier thread.
+    bool HasOneOfEach() const;
     bool Left() const { return m_left; }
 
     /// Its calls don't return from now on, until LetGo.
