@@ -21,7 +21,7 @@ die() {
 
 need_programs() {
   local program
-  for program in Naming_Service qv_demo_agent qv_demo_oss qv_user; do
+  for program in Naming_Service Notify_Service qv_demo_agent qv_demo_oss qv_user; do
     [[ -x "$BIN/$program" ]] || die "$BIN/$program is missing; build it first (./run.sh does)"
   done
 }
@@ -50,10 +50,11 @@ for s in held:
 PY
 }
 
-# write_config NAMING_PORT AGENT_PORT
-write_config() {
-  sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" "$DATA/agent.toml.in" >"$DIR/agent.toml"
-}
+# fill_in NAMING_PORT AGENT_PORT NOTIFY_PORT TEMPLATE: the configuration with these ports
+fill_in() { sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" -e "s/@NOTIFY_PORT@/$3/" "$DATA/$4"; }
+
+# write_config NAMING_PORT AGENT_PORT [NOTIFY_PORT]; without the last one no events can be sent
+write_config() { fill_in "$1" "$2" "${3:-12002}" agent.toml.in >"$DIR/agent.toml"; }
 
 # own_address: an IPv4 address of this host that isn't the loopback's; nothing when there is none
 own_address() {
@@ -63,10 +64,10 @@ own_address() {
 # write_guarded_config NAMING_PORT AGENT_PORT ADDRESS: an agent that is reached at ADDRESS, but whose list of OSSs names
 # another one. It stops at once for want of a thread pool.
 write_guarded_config() {
-  sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" -e "s/^CORBAAgent_Host = .*/CORBAAgent_Host = \"$3\"/" \
+  fill_in "$1" "$2" 12002 agent.toml.in | sed -e "s/^CORBAAgent_Host = .*/CORBAAgent_Host = \"$3\"/" \
     -e 's/^EmsName = .*/EmsName = "Zorvex\/Guarded"\nORBThreadPoolEnable = false/' \
     -e 's/^log_dir = .*/log_dir = "log-guarded"\noss_addresses = ["192.0.2.250"]/' \
-    "$DATA/agent.toml.in" >"$DIR/guarded.toml"
+    >"$DIR/guarded.toml"
 }
 
 # make_user NAME: lets NAME log in with a password by chance, which lies in the file NAME-password; that file and the one
@@ -125,4 +126,11 @@ start_naming() {
   start naming "$BIN/Naming_Service" -ORBEndpoint "iiop://$HOST:$1" -o "$DIR/ns.ior" -u "$DIR/naming-data"
   NAMING_PID=$STARTED
   wait_for naming "$NAMING_PID" "$DIR/ns.ior" '^IOR:'
+}
+
+# start_notify NAMING_PORT NOTIFY_PORT
+start_notify() {
+  start notify "$BIN/Notify_Service" -ORBInitRef "NameService=corbaloc:iiop:$HOST:$1/NameService" \
+    -ORBEndpoint "iiop://$HOST:$2" -u "$DIR/notify-data"
+  wait_for notify "$STARTED" "$DIR/notify.out" 'serving'
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Leaves a naming service and the demo agent running until Ctrl-C. Usage: run_agent.sh BUILD_DIR WORK_DIR
-# The ports are those of the settings' defaults, 12001 and 12003, or what NAMING_PORT and AGENT_PORT say.
+# Leaves naming service, notification service and demo agent running until Ctrl-C. Usage: run_agent.sh BUILD_DIR WORK_DIR
+# The ports are those of the settings' defaults, 12001 to 12003, or what NAMING_PORT, NOTIFY_PORT and AGENT_PORT say.
 set -euo pipefail
 
 [[ $# == 2 ]] || {
@@ -15,6 +15,7 @@ DIR="$2/agent"
 source "$HERE/demo_lib.sh"
 
 NAMING_PORT="${NAMING_PORT:-12001}"
+NOTIFY_PORT="${NOTIFY_PORT:-12002}"
 AGENT_PORT="${AGENT_PORT:-12003}"
 
 trap stop_all EXIT
@@ -23,22 +24,26 @@ trap 'kill -INT "${AGENT_PID:-$$}" 2>/dev/null || exit 130' INT TERM
 
 need_programs
 mkdir -p "$DIR"
-for port in "$NAMING_PORT" "$AGENT_PORT"; do
-  port_is_free "$port" || die "port $port is in use; end what uses it, or choose others: NAMING_PORT=... AGENT_PORT=... $0"
+for port in "$NAMING_PORT" "$NOTIFY_PORT" "$AGENT_PORT"; do
+  port_is_free "$port" ||
+    die "port $port is in use; end what uses it, or choose others: NAMING_PORT=... NOTIFY_PORT=... AGENT_PORT=... $0"
 done
-write_config "$NAMING_PORT" "$AGENT_PORT"
+write_config "$NAMING_PORT" "$AGENT_PORT" "$NOTIFY_PORT"
 [[ -s "$DIR/users.toml" && -s "$DIR/oss-password" ]] || make_user "$USER_NAME"
 
 start_naming "$NAMING_PORT"
-setsid "$BIN/qv_demo_agent" --config "$DIR/agent.toml" --inventory "$DATA/inventory.json" \
+start_notify "$NAMING_PORT" "$NOTIFY_PORT"
+# The agent keeps the event channel's reference in the directory where it runs.
+setsid env -C "$DIR" "$BIN/qv_demo_agent" --config agent.toml --inventory "$DATA/inventory.json" --events \
   2>"$DIR/agent.err" </dev/null &
 AGENT_PID=$!
 PIDS+=("$AGENT_PID")
 
-echo "naming service  $HOST:$NAMING_PORT"
+echo "naming service  $HOST:$NAMING_PORT, notification service $HOST:$NOTIFY_PORT"
 echo "watch           tail -f $DIR/log/*.log"
 echo "call it         $BIN/qv_demo_oss --naming $HOST:$NAMING_PORT --user $USER_NAME \\"
 echo "                  --password-file $DIR/oss-password session"
+echo "                or events, and raise 20 in another terminal"
 echo "stop            Ctrl-C"
 code=0
 while kill -0 "$AGENT_PID" 2>/dev/null; do

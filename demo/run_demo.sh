@@ -57,7 +57,7 @@ trap 'exit 143' TERM
 need_programs
 rm -rf "$DIR"
 mkdir -p "$DIR"
-mapfile -t PORTS < <(free_ports 3)
+mapfile -t PORTS < <(free_ports 6)
 NAMING_PORT="${PORTS[0]}"
 write_config "${PORTS[@]:0:2}"
 make_user "$USER_NAME"
@@ -139,7 +139,10 @@ if [[ -x "$BIN/qv_spans" && -s "$DIR/log/callchain.jsonl" ]]; then
   "$BIN/qv_spans" --width 100 --last 0 "$DIR/session.jsonl"
 fi
 
-step "12. Everything stops"
+# shellcheck source=demo/events_steps.sh
+source "$HERE/events_steps.sh"
+
+step "16. Everything stops"
 note "The agent takes its name out of the naming service; then its threads get some seconds to end."
 stop "$AGENT_PID"
 tail -n 1 "$DIR/agent.out"

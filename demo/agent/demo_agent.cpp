@@ -6,6 +6,7 @@
 #include "agent/corbabaseagentconfig.h"
 #include "agent/persistent_poa.h"
 #include "demo/agent/console.h"
+#include "demo/agent/event_manager.h"
 #include "demo/agent/session_factory_servant.h"
 #include "demo/agent/startup_checks.h"
 #include "demo/agent/task_context.h"
@@ -55,6 +56,7 @@ void DemoAgent::Start() {
     Config().SetReqInterceptorImpl(&hooks_);
     SayWhereItIs();
     registration_.emplace(factory_.in(), std::chrono::seconds(Config().TimeInterval()));
+    StartEvents();
     ServeRequests();
     Say("ready");
 }
@@ -85,7 +87,11 @@ void DemoAgent::MakeServants() {
     iterators_.emplace(ConfiguredIteratorLimits(), SteadyClock());
     sessions_.emplace(top.in(), ConfiguredSessionLimits(), *iterators_, SteadyClock());
     accounts_.emplace(qv_standalone::UsersFile());
-    ems_.emplace(Ems{Config().EmsName(), *accounts_, *inventory_, *sessions_, *iterators_});
+    if (options_.events) {
+        events_.emplace(*inventory_, Config().EmsName(), *sessions_, NS_BUNDLEMGR1::GetNBILogPath());
+    }
+    ems_.emplace(Ems{Config().EmsName(), *accounts_, *inventory_, *sessions_, *iterators_,
+                     events_ ? &events_->source() : nullptr});
     PortableServer::ServantBase_var servant = new SessionFactoryServant(*ems_);
     factory_ = NS_CORBA::get_persistent_ref(top.in(), servant.in(), kFactoryId);
     if (CORBA::is_nil(factory_.in())) {
@@ -98,8 +104,17 @@ void DemoAgent::RegisterManagers() {
     managers_["ManagedElement"] = std::make_unique<ManagerFactory<ManagedElementManager>>(*ems_);
     managers_["Account"] = std::make_unique<ManagerFactory<AccountManager>>(*ems_);
     managers_["Attribute"] = std::make_unique<ManagerFactory<AttributeManager>>(*ems_);
+    if (events_) {
+        managers_["Event"] = std::make_unique<ManagerFactory<EventManager>>(*ems_);
+    }
     for (const auto& [name, factory] : managers_) {
         Config().RegisterMgr(name.c_str(), factory.get());
+    }
+}
+
+void DemoAgent::StartEvents() {
+    if (events_ && !events_->Start(std::chrono::seconds(Config().TimeInterval()))) {
+        throw StartError("the threads that send events can't be started; see corbadebug.log");
     }
 }
 
@@ -135,6 +150,9 @@ void DemoAgent::Stop() {
     if (registration_) {
         registration_->Stop();
         Config().UnRegistEMSFactoryName();
+    }
+    if (events_) {
+        events_->Stop();
     }
     if (orb_thread_.joinable()) {
         NS_CORBA::AgentServer::Discard();

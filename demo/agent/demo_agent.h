@@ -13,6 +13,7 @@
 #include "demo/agent/attribute_manager.h"
 #include "demo/agent/core/inventory.h"
 #include "demo/agent/ems.h"
+#include "demo/agent/event_sending.h"
 #include "demo/agent/housekeeper.h"
 #include "demo/agent/managers.h"
 #include "demo/agent/options.h"
@@ -41,6 +42,7 @@ class DemoAgent {
     void BringUpOrb();
     void MakeServants();
     void RegisterManagers();
+    void StartEvents();
     void ServeRequests();
     void SayWhereItIs() const;
 
@@ -49,6 +51,7 @@ class DemoAgent {
     std::optional<IteratorDirectory> iterators_;
     std::optional<SessionDirectory> sessions_;
     std::optional<Accounts> accounts_;
+    std::optional<EventSending> events_;
     std::optional<Ems> ems_;
     std::map<std::string, std::unique_ptr<NS_CORBA::MgrFactory>> managers_;  // by their names
     RequestHooks hooks_{SteadyClock()};

@@ -8,6 +8,8 @@
 
 namespace qv_demo {
 
+class EventSource;
+
 /// What the servants of the agent work on. Lives as long as the process; each member is safe for any thread.
 struct Ems {
     const std::string name;  ///< the EMS's name in the interface, as "Vendor/Name"
@@ -15,6 +17,7 @@ struct Ems {
     Inventory& inventory;
     SessionDirectory& sessions;
     IteratorDirectory& iterators;
+    EventSource* const events = nullptr;  ///< null: this EMS sends none
 };
 
 }  // namespace qv_demo

@@ -5,6 +5,7 @@
 #include "agent/corbabaseagentconfig.h"
 #include "agent/manager_registry.h"
 #include "demo/agent/failure.h"
+#include "notification/supplier.h"
 
 namespace qv_demo {
 
@@ -54,9 +55,17 @@ void EmsSessionServant::getManager(const char* name, common::Common_I_out manage
     manager = common::Common_I::_duplicate(known.in());
 }
 
-void EmsSessionServant::getEventChannel(CosNotifyChannelAdmin::EventChannel_out) {
+void EmsSessionServant::getEventChannel(CosNotifyChannelAdmin::EventChannel_out channel) {
     Touch();
-    Fail(globaldefs::EXCPT_NOT_IMPLEMENTED, "this EMS sends no events");
+    if (ems_.events == nullptr) {
+        Fail(globaldefs::EXCPT_NOT_IMPLEMENTED, "this EMS sends no events");
+    }
+    CosNotifyChannelAdmin::EventChannel_var current = NS_CORBA::SuppilerMgr::Instance()->getChannel();
+    if (CORBA::is_nil(current.in())) {
+        Fail(globaldefs::EXCPT_UNABLE_TO_COMPLY,
+             "there is no event channel yet, as the notification service can't be reached; try again later");
+    }
+    channel = current._retn();
 }
 
 }  // namespace qv_demo

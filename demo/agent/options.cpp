@@ -19,6 +19,10 @@ ParsedOptions ParseOptions(int argc, char** argv) {
         ->check(CLI::ExistingFile);
     app.add_option("--log-dir", options.log_dir, "Directory of the logs (default: as configured)");
     app.add_option("--inventory", options.inventory, "JSON file with the network elements")->required();
+    app.add_flag(
+        "--events", options.events,
+        "Send events through the notification service that the configuration names; each is noted in "
+        "events.csv beside the logs");
     try {
         app.parse(argc, argv);
         parsed.proceed = true;

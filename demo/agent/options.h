@@ -9,6 +9,7 @@ struct Options {
     std::string config;     ///< empty: as the environment says
     std::string log_dir;    ///< empty: as the configuration says
     std::string inventory;  ///< data file
+    bool events = false;    ///< send events through the notification service
 };
 
 /// What a parsed command line means: go on with the options, or end the process with an exit code after CLI's

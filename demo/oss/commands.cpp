@@ -109,6 +109,10 @@ void Commands::Run() {
             return SetInfo();
         case Command::kCount:
             return Count();
+        case Command::kEvents:
+            return Events();
+        case Command::kRaise:
+            return Raise();
     }
 }
 

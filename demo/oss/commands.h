@@ -27,6 +27,8 @@ class Commands {
     void Annotate();
     void SetInfo();
     void Count();
+    void Events();
+    void Raise();
 
     OssSession LogIn(NamingClient& naming);
     static std::string EmsOf(const OssSession& session, const NamingClient& naming);

@@ -127,6 +127,12 @@ NameValues ExtensionClient::Attributes(const globaldefs::NamingAttributes_T& ele
     });
 }
 
+void ExtensionClient::RaiseEvents(unsigned count, unsigned per_second) const {
+    const common::Common_I_var manager = session_.Manager("Event");
+    caller_.Run(Peer::kSession, kTheEms,
+                [&] { Narrow<eventManager::EventMgr_I>(manager.in())->raiseEvents(count, per_second); });
+}
+
 unsigned ExtensionClient::CountElements(managedElement::CommunicationState_T state) const {
     const auto manager = AttributeManager();
     return caller_.Run(Peer::kSession, kTheEms, [&] { return manager->countElements(state); });

@@ -7,6 +7,7 @@
 #include "accountManagerC.h"
 #include "attributeManagerC.h"
 #include "demo/oss/oss_session.h"
+#include "eventManagerC.h"
 
 namespace qv_oss {
 
@@ -31,6 +32,9 @@ class ExtensionClient {
 
     /// How many elements are in that state.
     unsigned CountElements(managedElement::CommunicationState_T state) const;
+
+    /// Lets the EMS raise so many events, `per_second` in a second; doesn't wait for them.
+    void RaiseEvents(unsigned count, unsigned per_second) const;
 
   private:
     attributeManager::AttributeMgr_I_var AttributeManager() const;

@@ -7,6 +7,7 @@
 #include "demo/oss/oss_orb.h"
 #include "demo/oss/problem.h"
 #include "demo/oss/settings.h"
+#include "demo/oss/stop_request.h"
 
 namespace {
 
@@ -31,6 +32,9 @@ int main(int argc, char** argv) {
     const qv_oss::ParsedSettings parsed = qv_oss::ParseSettings(argc, argv);
     if (!parsed.proceed) {
         return parsed.exit_code;
+    }
+    if (parsed.settings.command == qv_oss::Command::kEvents) {
+        qv_oss::HoldStopSignals();
     }
     return Work(parsed.settings, argv[0]);
 }

@@ -23,11 +23,24 @@ void NmsSessionServant::endSession() {
     Complain("the EMS says that it ends the session");
 }
 
-void NmsSessionServant::eventLossOccurred(const char* start_time, const char*) {
+void NmsSessionServant::TellLossesTo(LossListener* listener) {
+    const std::lock_guard<std::mutex> guard(listener_mutex_);
+    listener_ = listener;
+}
+
+void NmsSessionServant::eventLossOccurred(const char* start_time, const char* notification_id) {
+    const std::lock_guard<std::mutex> guard(listener_mutex_);
+    if (listener_ != nullptr) {
+        return listener_->LossOccurred(start_time, notification_id);
+    }
     Complain("the EMS has lost events since " + Printable(start_time));
 }
 
 void NmsSessionServant::eventLossCleared(const char* end_time) {
+    const std::lock_guard<std::mutex> guard(listener_mutex_);
+    if (listener_ != nullptr) {
+        return listener_->LossCleared(end_time);
+    }
     Complain("the EMS loses no more events since " + Printable(end_time));
 }
 

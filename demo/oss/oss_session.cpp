@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "demo/common/wiper.h"
+#include "demo/oss/text.h"
 
 namespace qv_oss {
 namespace {
@@ -93,6 +94,21 @@ common::Common_I_var OssSession::Manager(const char* name) const {
         common::Common_I_var manager;
         session_->getManager(name, manager.out());
         return manager;
+    });
+}
+
+CosNotifyChannelAdmin::EventChannel_var OssSession::EventChannel() const {
+    return caller_.Run(Peer::kSession, kTheEms, [&] {
+        CosNotifyChannelAdmin::EventChannel_var channel;
+        try {
+            session_->getEventChannel(channel.out());
+        } catch (const globaldefs::ProcessingFailureException& e) {
+            throw Problem(kNoEvents, "the EMS has no event channel: " + Printable(e.errorReason.in()));
+        }
+        if (CORBA::is_nil(channel.in())) {
+            throw Problem(kNoEvents, "the EMS gave no event channel");
+        }
+        return channel;
     });
 }
 

@@ -49,6 +49,12 @@ class OssSession {
     /// One of the EMS's managers, by its name.
     common::Common_I_var Manager(const char* name) const;
 
+    /// The channel through which the EMS sends its events.
+    CosNotifyChannelAdmin::EventChannel_var EventChannel() const;
+
+    /// Who hears what the EMS says of lost events, until the session or null takes its place; not owned.
+    void TellLossesTo(LossListener* listener) const { client_->TellLossesTo(listener); }
+
     void LogOut();
 
   private:

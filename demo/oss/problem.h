@@ -18,7 +18,8 @@ enum ExitCode {
     kNoPermission = 8,
     kTimeout = 9,
     kSessionEnded = 10,  ///< the EMS has ended the session
-    kNotFound = 11       ///< no such element
+    kNotFound = 11,      ///< no such element
+    kNoEvents = 12       ///< no event channel, or its notification service doesn't answer
 };
 
 /// What went wrong, in a sentence for the person at the terminal.

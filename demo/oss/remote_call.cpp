@@ -61,12 +61,25 @@ Problem FromNaming(const CORBA::SystemException& e) {
     return {kNamingUnreachable, std::string("what answers there is no naming service (") + e._name() + ")"};
 }
 
+Problem FromNotification(const CORBA::SystemException& e) {
+    if (IsContactLost(e)) {
+        return {kNoEvents, "the notification service that the EMS names can't be reached; is it running?"};
+    }
+    if (CORBA::OBJECT_NOT_EXIST::_downcast(&e) != nullptr) {
+        return {kNoEvents, "the notification service doesn't know the EMS's event channel any more"};
+    }
+    return {kNoEvents, std::string("the notification service failed (") + e._name() + ")"};
+}
+
 Problem FromOrb(Peer peer, const CORBA::SystemException& e, const std::string& what) {
     if (CORBA::TIMEOUT::_downcast(&e) != nullptr) {
         return {kTimeout, what + " did not answer in time"};
     }
     if (peer == Peer::kNamingService) {
         return FromNaming(e);
+    }
+    if (peer == Peer::kNotification) {
+        return FromNotification(e);
     }
     if (CORBA::NO_PERMISSION::_downcast(&e) != nullptr) {
         return {kNoPermission,

@@ -13,7 +13,7 @@
 namespace qv_oss {
 
 /// Whom a call goes to: decides what a failure of it means.
-enum class Peer { kNamingService, kFactory, kSession };
+enum class Peer { kNamingService, kFactory, kSession, kNotification };
 
 /// Turns what the ORB or the EMS raised into a Problem. To be called in a handler; passes on what it doesn't
 /// know.

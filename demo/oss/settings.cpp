@@ -20,7 +20,7 @@ constexpr const char* kFooter =
     "reachable,\n"
     "6 login not accepted, 7 session limit reached, 8 no permission, 9 time-out, 10 session ended by the "
     "EMS,\n"
-    "11 no such element, 1 anything else.";
+    "11 no such element, 12 no event channel, or its notification service not reachable, 1 anything else.";
 
 constexpr const char* kHostCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-";
 constexpr const char* kAddressCharacters = "0123456789abcdefABCDEF:.";
@@ -99,6 +99,36 @@ void AddElementCommands(CLI::App& app, Settings& settings, Commands& commands) {
         Command::kCount;
 }
 
+void AddEventCommands(CLI::App& app, Settings& settings, Commands& commands) {
+    CLI::App* const events =
+        app.add_subcommand("events", "Show the events of the EMS as they come, until Ctrl-C");
+    events->add_option("--filter", settings.filter,
+                       "Condition in the Extended Trader Constraint Language, as \"$perceivedSeverity == "
+                       "PS_CRITICAL\" or \"$eventNumber > 10 and 'fan' ~ $additionalText\"");
+    events
+        ->add_option("--types", settings.types,
+                     "Only events of these types, with commas between them, as NT_ALARM,NT_HEARTBEAT")
+        ->delimiter(',')
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    events->add_option("--count", settings.event_count, "End after so many events")
+        ->check(CLI::Range(std::size_t{1}, std::size_t{1000000000}));
+    events
+        ->add_option_function<double>(
+            "--seconds",
+            [&settings](const double& seconds) {
+                settings.listen_for = std::chrono::milliseconds(static_cast<long>(seconds * 1000));
+            },
+            "End after so many seconds")
+        ->check(CLI::Range(0.001, 31536000.0));
+    commands[events] = Command::kEvents;
+    CLI::App* const raise = app.add_subcommand("raise", "Let this demo's EMS raise events");
+    raise->add_option("count", settings.raise_count, "How many")->required()->check(CLI::Range(1U, 1000000U));
+    raise->add_option("--per-second", settings.raise_rate, "How many of them in a second")
+        ->capture_default_str()
+        ->check(CLI::Range(1U, 10000U));
+    commands[raise] = Command::kRaise;
+}
+
 Commands AddCommands(CLI::App& app, Settings& settings) {
     Commands commands;
     commands[app.add_subcommand("browse", "Show what is bound in the naming service")] = Command::kBrowse;
@@ -120,6 +150,7 @@ Commands AddCommands(CLI::App& app, Settings& settings) {
                        "QV_OSS_NEW_PASSWORD, else a question at the terminal)");
     commands[change] = Command::kChangePassword;
     AddElementCommands(app, settings, commands);
+    AddEventCommands(app, settings, commands);
     for (CLI::App* const command : {list, session}) {
         command->add_option("--page", settings.page, "Elements per reply")
             ->capture_default_str()

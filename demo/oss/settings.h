@@ -16,7 +16,9 @@ enum class Command {
     kChangePassword,
     kAnnotate,
     kSetInfo,
-    kCount
+    kCount,
+    kEvents,
+    kRaise
 };
 
 /// What the command line asks for.
@@ -27,11 +29,17 @@ struct Settings {
     std::string ems;                         ///< empty: the only one that is bound
     std::string user;
     std::string password_file;
-    std::string new_password_file;         ///< for kChangePassword
-    std::string element;                   ///< for kShow, kAnnotate, kSetInfo
-    std::vector<std::string> assignments;  ///< for kAnnotate and kSetInfo, as "name=value"
-    unsigned page = 100;                   ///< elements per reply
-    unsigned hold_ms = 0;                  ///< for kLogin: keep the session so long
+    std::string new_password_file;            ///< for kChangePassword
+    std::string element;                      ///< for kShow, kAnnotate, kSetInfo
+    std::vector<std::string> assignments;     ///< for kAnnotate and kSetInfo, as "name=value"
+    unsigned page = 100;                      ///< elements per reply
+    unsigned hold_ms = 0;                     ///< for kLogin: keep the session so long
+    std::string filter;                       ///< for kEvents: a condition; empty: none
+    std::vector<std::string> types;           ///< for kEvents; empty: all
+    std::size_t event_count = 0;              ///< for kEvents: end after so many; 0: no limit
+    std::chrono::milliseconds listen_for{0};  ///< for kEvents; 0: no limit
+    unsigned raise_count = 0;                 ///< for kRaise
+    unsigned raise_rate = 10;                 ///< for kRaise, in a second
     std::chrono::milliseconds timeout{10000};
 };
 

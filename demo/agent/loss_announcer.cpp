@@ -1,0 +1,118 @@
+#include "demo/agent/loss_announcer.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+
+#include "agent/corbabaseagentconfig.h"
+#include "demo/agent/console.h"
+#include "logging/corbalogutil.h"
+
+namespace qv_demo {
+namespace {
+
+constexpr std::chrono::seconds kLongestWait{2};
+constexpr unsigned long kLongestCall = 50000000;  // 5 s in units of 100 ns
+
+void LimitCallsOfThisThread() {
+    CORBA::ORB_var orb = NS_CORBA::CorbaBaseAgentConfig::Instance()->GetOrb();
+    NS_CORBA::CorbaBaseAgentConfig::Instance()->SetCurrentThreadTimeOutPolicy(orb, kLongestCall);
+}
+
+}  // namespace
+
+struct LossAnnouncer::Notice {
+    bool begins = false;
+    std::string time;
+    std::string notification_id;
+};
+
+struct LossAnnouncer::State {
+    explicit State(SessionDirectory& sessions_in) : sessions(sessions_in) {}
+
+    SessionDirectory& sessions;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<Notice> notices;
+    bool losing = false;
+    bool stop = false;
+    bool ended = false;
+};
+
+LossAnnouncer::LossAnnouncer(SessionDirectory& sessions)
+    : state_(std::make_shared<State>(sessions)), thread_([state = state_] { Run(*state); }) {}
+
+LossAnnouncer::~LossAnnouncer() {
+    Stop();
+}
+
+void LossAnnouncer::Stop() {
+    if (!thread_.joinable()) {
+        return;
+    }
+    std::unique_lock<std::mutex> lock(state_->mutex);
+    state_->stop = true;
+    state_->changed.notify_all();
+    const bool ended = state_->changed.wait_for(lock, kLongestWait, [this] { return state_->ended; });
+    lock.unlock();
+    if (ended) {
+        thread_.join();
+    } else {
+        thread_.detach();
+    }
+}
+
+void LossAnnouncer::Occurred(const std::string& time, const std::string& notification_id) {
+    Post({true, time, notification_id});
+}
+
+void LossAnnouncer::Cleared(const std::string& time) {
+    Post({false, time, ""});
+}
+
+void LossAnnouncer::Post(const Notice& notice) {
+    const std::lock_guard<std::mutex> guard(state_->mutex);
+    if (state_->losing != notice.begins) {
+        state_->losing = notice.begins;
+        state_->notices.push_back(notice);
+        state_->changed.notify_all();
+    }
+}
+
+void LossAnnouncer::Run(State& state) {
+    LimitCallsOfThisThread();
+    std::unique_lock<std::mutex> lock(state.mutex);
+    for (;;) {
+        state.changed.wait(lock, [&] { return state.stop || !state.notices.empty(); });
+        if (state.stop) {
+            break;
+        }
+        const Notice notice = state.notices.front();
+        state.notices.pop_front();
+        lock.unlock();
+        Say(notice.begins ? "events  can't be sent since " + notice.time + ", first " + notice.notification_id
+                          : "events  are sent again since " + notice.time);
+        for (const auto& session : state.sessions.All()) {
+            Tell(*session, notice);
+        }
+        lock.lock();
+    }
+    state.ended = true;
+    state.changed.notify_all();
+}
+
+void LossAnnouncer::Tell(const Session& session, const Notice& notice) {
+    try {
+        if (notice.begins) {
+            session.client->eventLossOccurred(notice.time.c_str(), notice.notification_id.c_str());
+        } else {
+            session.client->eventLossCleared(notice.time.c_str());
+        }
+    } catch (CORBA::Exception& e) {
+        TA_POS;
+        NS_CORBA::TaException(e, "[LossAnnouncer::Tell] An OSS could not be told of lost events");
+    }
+}
+
+}  // namespace qv_demo
