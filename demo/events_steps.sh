@@ -69,7 +69,7 @@ note "The agent keeps 40 events meanwhile and drops what goes beyond; the OSSs a
 wait_for no-heartbeats "$ALL_PID" "$DIR/no-heartbeats.out" 'label-[34]'
 break_service
 wait_for events-agent "$EVENTS_AGENT_PID" "$DIR/events-agent.out" '^events  raised'
-for _ in {1..100}; do
+for _ in {1..50}; do
   account_events >/dev/null 2>&1 && break
   sleep 0.1
 done
@@ -78,7 +78,7 @@ stop "$URGENT_PID"
 stop "$ALL_PID"
 head -n 5 "$DIR/urgent.out" | fit
 echo ...
-grep -A 2 -e "the EMS" "$DIR/urgent.out" | fit
+grep --no-group-separator -A 2 -e "-- the EMS" "$DIR/urgent.out" | fit
 tail -n 1 "$DIR/urgent.out" | fit
 
 step "15. What became of each event"

@@ -120,7 +120,6 @@ std::string NotificationIdOf(const CosNotification::StructuredEvent& event) {
 
 void AppendAlarmText(std::stringstream& out, const CosNotification::StructuredEvent& event) {
     using NS_CORBA::SuppilerMgr;
-    SuppilerMgr::FormatLog(kId, NotificationIdOf(event), out);
     SuppilerMgr::FormatLog(kObjectName, ObjectOf(event), out);
     notifications::PerceivedSeverity_T severity{};
     if (const CORBA::Any* const value = Find(event, kSeverity); value != nullptr && (*value >>= severity)) {

@@ -17,7 +17,7 @@ CosNotification::StructuredEvent ToStructuredEvent(const PlannedEvent& event, co
 /// The notification id that the library gave the event; empty when it has none.
 std::string NotificationIdOf(const CosNotification::StructuredEvent& event);
 
-/// Appends what the notification log says of an alarm.
+/// Appends what the notification log says of an alarm beside its notification id.
 void AppendAlarmText(std::stringstream& out, const CosNotification::StructuredEvent& event);
 
 }  // namespace qv_demo

@@ -51,6 +51,7 @@ std::string UserText(const std::string& name, const std::string& password) {
 
 Deployment::Deployment()
     : naming_port_(ServerPort()),
+      notify_port_(ServerPort()),
       agent_port_(ServerPort()),
       inventory_(Data("inventory.json")),
       log_dir_(dir_.File("log")) {
@@ -95,6 +96,24 @@ void Deployment::StartNaming() {
     ASSERT_TRUE(ready && naming_->Running()) << naming_->Err();
 }
 
+void Deployment::SendEvents(bool persistent_channel) {
+    Set("NotifyService_Host", std::string("\"") + kHost + "\"");
+    Set("NotifyService_Port", std::to_string(notify_port_));
+    Set("PersistenceEventChannel", persistent_channel ? "true" : "false");
+    agent_arguments_ = {"--events"};
+    agent_options_.working_dir = dir_.str();  // where the reference of a persistent channel is kept
+}
+
+void Deployment::StartNotify() {
+    notify_ = std::make_unique<qv_test::ChildProcess>(std::vector<std::string>{
+        Program("Notify_Service"), "-ORBInitRef",
+        "NameService=corbaloc:iiop:" + std::string(kHost) + ":" + std::to_string(naming_port_) +
+            "/NameService",
+        "-ORBEndpoint", "iiop://" + std::string(kHost) + ":" + std::to_string(notify_port_), "-u",
+        dir_.File("notify-data")});
+    ASSERT_TRUE(notify_->WaitForOut("serving", kPatience)) << notify_->Err();
+}
+
 void Deployment::LoseNamingData() {
     fs::remove_all(dir_.File("naming-data"));
 }
@@ -116,10 +135,10 @@ std::string Deployment::ConfigText() const {
 
 qv_test::ChildProcess& Deployment::LaunchAgent() {
     const std::string config = dir_.Write("agent.toml", ConfigText());
-    agent_ = std::make_unique<qv_test::ChildProcess>(
-        std::vector<std::string>{Program("qv_demo_agent"), "--config", config, "--inventory", inventory_,
-                                 "--log-dir", log_dir_},
-        agent_options_);
+    std::vector<std::string> command{
+        Program("qv_demo_agent"), "--config", config, "--inventory", inventory_, "--log-dir", log_dir_};
+    command.insert(command.end(), agent_arguments_.begin(), agent_arguments_.end());
+    agent_ = std::make_unique<qv_test::ChildProcess>(command, agent_options_);
     return *agent_;
 }
 

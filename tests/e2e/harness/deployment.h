@@ -42,6 +42,14 @@ class Deployment {
     /// Takes away what the naming service has kept on disk.
     void LoseNamingData();
 
+    /// Lets the agent's next start send events through the notification service.
+    void SendEvents(bool persistent_channel);
+    /// Starts the notification service, with what its last run left on disk, and waits until it serves.
+    void StartNotify();
+    /// Ends it as kill -9 does.
+    void KillNotify() { notify_.reset(); }
+    qv_test::ChildProcess& notify() { return *notify_; }
+
     /// Starts the agent and waits until it is ready. A failure of the test when it doesn't become so.
     void StartAgent();
     /// Starts the agent and lets it do what it will.
@@ -60,6 +68,7 @@ class Deployment {
 
     const qv_test::TempDir& dir() const { return dir_; }
     int naming_port() const { return naming_port_; }
+    int notify_port() const { return notify_port_; }
     int agent_port() const { return agent_port_; }
     std::string log_dir() const { return log_dir_; }
     std::string Log(const std::string& name) const;
@@ -78,14 +87,17 @@ class Deployment {
 
     const qv_test::TempDir dir_;
     const int naming_port_;
+    const int notify_port_;
     const int agent_port_;
     std::map<std::string, std::string> settings_;
     std::map<std::string, std::string> platform_settings_;
     qv_test::ChildOptions agent_options_;
+    std::vector<std::string> agent_arguments_;
     std::string whole_config_;
     std::string inventory_;
     std::string log_dir_;
     std::unique_ptr<qv_test::ChildProcess> naming_;
+    std::unique_ptr<qv_test::ChildProcess> notify_;
     std::unique_ptr<qv_test::ChildProcess> agent_;
 };
 

@@ -47,6 +47,27 @@ TEST(OssSettings, EachCommandHasItsOwnOptions) {
     EXPECT_TRUE(Parse({"annotate", "NE-1", "--user", "oss"}).proceed) << "shows what there is";
 }
 
+TEST(OssSettings, EventsTakeAConditionTypesAndAnEnd) {
+    const auto events = Parse({"events", "--user", "oss", "--filter", "$a == 1", "--types", "NT_ALARM,NT_TCA",
+                               "--count", "7", "--seconds", "1.5"});
+    ASSERT_TRUE(events.proceed);
+    EXPECT_EQ(events.settings.command, Command::kEvents);
+    EXPECT_EQ(events.settings.filter, "$a == 1");
+    EXPECT_EQ(events.settings.types, (std::vector<std::string>{"NT_ALARM", "NT_TCA"}));
+    EXPECT_EQ(events.settings.event_count, 7U);
+    EXPECT_EQ(events.settings.listen_for, std::chrono::milliseconds(1500));
+    const auto plain = Parse({"events", "--user", "oss"});
+    ASSERT_TRUE(plain.proceed);
+    EXPECT_EQ(plain.settings.filter, "");
+    EXPECT_TRUE(plain.settings.types.empty());
+    EXPECT_EQ(plain.settings.event_count, 0U) << "no limit";
+    EXPECT_EQ(plain.settings.listen_for.count(), 0) << "no limit";
+    const auto raise = Parse({"raise", "20", "--per-second", "5", "--user", "oss"});
+    ASSERT_TRUE(raise.proceed);
+    EXPECT_EQ(raise.settings.raise_count, 20U);
+    EXPECT_EQ(raise.settings.raise_rate, 5U);
+}
+
 TEST(OssSettings, AWrongLineIsAUsageError) {
     const std::vector<std::vector<std::string>> wrong{
         {},
@@ -62,6 +83,13 @@ TEST(OssSettings, AWrongLineIsAUsageError) {
         {"change-password", "--user", "oss", "x"},
         {"annotate", "NE-1", "limit", "--user", "oss"},
         {"set-info", "NE-1", "=70", "--user", "oss"},
+        {"events"},  // no user
+        {"events", "--user", "oss", "--count", "0"},
+        {"events", "--user", "oss", "--seconds", "-1"},
+        {"events", "--user", "oss", "more"},
+        {"raise", "--user", "oss"},
+        {"raise", "0", "--user", "oss"},
+        {"raise", "5", "--per-second", "0", "--user", "oss"},
     };
     for (const auto& arguments : wrong) {
         const auto parsed = Parse(arguments);
