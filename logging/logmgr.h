@@ -24,6 +24,7 @@ namespace NS_CORBA {
 
 class CdrReader;
 class ParameterSource;
+class PreparedRecord;
 template <class Record>
 class LogWriter;
 struct TADebugRecord;
@@ -131,9 +132,13 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     std::map<std::string, std::vector<int>> m_IfNameToParamPos;
 
   private:
+    friend class PreparedRecord;
+
     bool OpenOptionalChannels();
     void WriteDebugRecord(int level, const char* text);
     bool HasOrb() const;
+    void WriteRequest(const TALogRecord& record, std::string& text, std::size_t body);
+    void WriteRecordText(int result, std::string& text);
     int TakeHead(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType, TALogRecord& record,
                  std::string& text);
     int AppendBody(PortableInterceptor::ServerRequestInfo* info, const TALogRecord& record,

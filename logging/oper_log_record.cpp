@@ -118,6 +118,19 @@ void CorbaLogMgr::WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, 
     if (result == 0) {
         result = AppendBody(info, record, text);
     }
+    WriteRecordText(result, text);
+}
+
+/// Writes the record of a request whose whole text is there, with the body from `body` on.
+void CorbaLogMgr::WriteRequest(const TALogRecord& record, std::string& text, std::size_t body) {
+    const int result = Guarded(text, [&] {
+        AuditRequest(record, text, body);
+        return 0;
+    });
+    WriteRecordText(result, text);
+}
+
+void CorbaLogMgr::WriteRecordText(int result, std::string& text) {
     if (result != 0) {
         text += "...this record is not full!";
     }

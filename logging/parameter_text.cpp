@@ -22,14 +22,11 @@ constexpr int kExceptionOtherLine = 1130;
 constexpr int kTraceLevel = 3;
 constexpr char kExceptionNotParsed[] = "}---ERROR: Exception occurred when parsing exception message!";
 
-bool IsVerboseLog() {
-    using NS_LOG_SERVICE1::LogSvcInterface;
-    return ServiceLookup<LogSvcInterface>("LogSvcInterface").Get().IsVerboseLog() != 0;
-}
+using LogServiceLookup = ServiceLookup<NS_LOG_SERVICE1::LogSvcInterface>;
 
-bool IsPrinted(CORBA::ParameterMode mode, unsigned char messageType) {
+bool IsPrinted(LogServiceLookup& logService, CORBA::ParameterMode mode, unsigned char messageType) {
     // Asked for each parameter, so that a change takes effect at once.
-    const bool verbose = IsVerboseLog();
+    const bool verbose = logService.Get().IsVerboseLog() != 0;
     return mode != CORBA::PARAM_OUT || (verbose && messageType != kRequestMessage);
 }
 
@@ -75,8 +72,9 @@ int CorbaLogMgr::AppendParameters(ParameterSource& source, std::string& text, un
     text += "ParaList = {\n";
     unsigned number = 0;
     int result = 0;
+    LogServiceLookup logService("LogSvcInterface");
     for (std::size_t i = 0; i < source.count() && result == 0; ++i) {
-        if (!IsPrinted(source.mode(i), messageType)) {
+        if (!IsPrinted(logService, source.mode(i), messageType)) {
             source.Skip(i);
             continue;
         }

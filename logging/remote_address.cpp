@@ -74,18 +74,29 @@ CORBA::StringSeq* AdapterName(PortableInterceptor::ServerRequestInfo* info) {
 
 }  // namespace
 
+bool CallerAddress(PortableInterceptor::ServerRequestInfo* info, std::string& address) {
+    const CORBA::StringSeq_var poas = AdapterName(info);
+    if (!poas.operator->()) {
+        return false;
+    }
+    address = AddressOfRequest(poas.in());
+    return true;
+}
+
 std::string RemoteAddress(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
                           int thread) {
+    if (messageType == kRequestMessage) {
+        std::string address;
+        if (CallerAddress(info, address)) {
+            g_ThreadAddressMap.Set(thread, address);
+        }
+        return address;
+    }
     const CORBA::StringSeq_var poas = AdapterName(info);
     if (!poas.operator->()) {
         return "";
     }
     switch (messageType) {
-        case kRequestMessage: {
-            const std::string address = AddressOfRequest(poas.in());
-            g_ThreadAddressMap.Set(thread, address);
-            return address;
-        }
         case kReplyMessage:
         case kExceptionMessage:
             return g_ThreadAddressMap.Take(thread);

@@ -6,6 +6,11 @@
 
 namespace NS_CORBA {
 
+/// The caller of a request as RemoteAddress tells it, kept for no other record. Leaves `address` alone when
+/// the ORB doesn't tell the POAs.
+/// @return whether it does
+bool CallerAddress(PortableInterceptor::ServerRequestInfo* info, std::string& address);
+
 /// The caller of a request (0), as
 /// "<USERNAME_TAG>user</USERNAME_TAG><IPANDPORT_TAG>host:port</IPANDPORT_TAG>": from the name of the client's
 /// POA, otherwise from the thread's context. Keeps it for the record that ends the request on this thread, a

@@ -8,6 +8,7 @@
 
 #include "agent/corbabaseagentconfig.h"
 #include "logging/corbalogutil.h"
+#include "logging/prepared_record.h"
 #include "platform/environment.h"
 #include "request/agent_request_interceptor.h"
 #include "request/interceptor_log.h"
@@ -19,7 +20,6 @@ namespace {
 
 using NS_CORBA::LogQuietly;
 
-constexpr unsigned char kRequestRecord = 0;
 constexpr char kFileName[] = "/CORBAAgentStatisticInfo.dat";
 
 constexpr int kLoadFailedLine = 77;
@@ -93,11 +93,12 @@ void Server_Request_Interceptor::ReadOperCounts() {
 
 void Server_Request_Interceptor::RecordOperCount(PortableInterceptor::ServerRequestInfo* info) {
     const CORBA::String_var operation = info->operation();
+    NS_CORBA::PreparedRecord record(info, operation.in());
     YieldWhileHeld(m_statisticsLock);
     StatisticsGuard guard(m_statisticsLock);
     try {
         NS_CORBA::SetPos(NS_CORBA::kInterceptorSource, kRequestLine);
-        NS_CORBA::TaWriteOperLog(info, kRequestRecord);
+        record.Write();
         if (StatisticsEnabled()) {
             ++m_operCounts[operation.in() ? operation.in() : ""];
             WriteOperCounts();
