@@ -1,5 +1,4 @@
 // The commands about events.
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -27,6 +26,20 @@ bool ColoursWanted() {
     return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0');
 }
 
+/// Lets the watch hear of losses for as long as this object lives.
+class LossNews {
+  public:
+    LossNews(const OssSession& session, EventWatch& watch) : session_(session) {
+        session_.TellLossesTo(&watch);
+    }
+    ~LossNews() { session_.TellLossesTo(nullptr); }
+    LossNews(const LossNews&) = delete;
+    LossNews& operator=(const LossNews&) = delete;
+
+  private:
+    const OssSession& session_;
+};
+
 /// Listens until enough has come, the time is up, or the process is asked to end.
 class Listener {
   public:
@@ -53,7 +66,15 @@ class Listener {
         }
     }
 
-    void End() { subscription_->End(); }
+    /// Why the subscription could not be ended; empty when it was.
+    std::string End() {
+        try {
+            subscription_->End();
+            return "";
+        } catch (const Problem& problem) {
+            return problem.what();
+        }
+    }
 
   private:
     bool Enough() const { return settings_.event_count != 0 && watch_.events() >= settings_.event_count; }
@@ -106,16 +127,16 @@ void Commands::Events() {
     NamingClient naming(orb_.orb(), settings_, caller_);
     EventWatch watch(ColoursWanted());
     OssSession session = LogIn(naming);
-    session.TellLossesTo(&watch);
+    const LossNews news(session, watch);
     Listener listener(orb_, caller_, session, settings_, watch);
-    listener.Listen();
-    std::string unfinished;
     try {
+        listener.Listen();
+    } catch (const Problem&) {
         listener.End();
-    } catch (const Problem& problem) {
-        unfinished = problem.what();
+        watch.Remark(watch.Summary());
+        throw;
     }
-    session.TellLossesTo(nullptr);
+    const std::string unfinished = listener.End();
     session.LogOut();
     watch.Remark(watch.Summary());
     if (!unfinished.empty()) {

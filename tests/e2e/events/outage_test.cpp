@@ -79,6 +79,21 @@ TEST(EventOutage, AnnouncesTheFirstEventThatCouldNotBeSent) {
     EXPECT_TRUE(oss->WaitForOut("-- the EMS sends events again since "));
 }
 
+TEST(EventOutage, AnAgentThatWasKilledTakesItsPersistentChannelOverAgain) {
+    EventRun run(true);
+    run.StartAll();
+    const auto oss = run.Listen({"--types", kAllButHeartbeats});
+    run.Raise(5, 100);
+    ASSERT_TRUE(run.WaitUntilRaised(5));
+    run.KillAgent();
+    run.StartAgent();
+    run.Raise(5, 100);
+    ASSERT_TRUE(run.WaitUntilRaised(5));
+    ASSERT_EQ(run.RaisedIds(IsNoHeartbeat).size(), 10U);
+    EXPECT_TRUE(WaitFor([&] { return ShownIds(*oss).size() >= 10; })) << oss->Out();
+    EXPECT_EQ(ShownIds(*oss), run.RaisedIds(IsNoHeartbeat));
+}
+
 TEST(EventOutage, DropsTheNewestEventsBeyondTheLimit) {
     EventRun run(true);
     run.Set("EventQueueLength", "10");
