@@ -41,7 +41,8 @@ break_service() {
   echo "kill -9 $pid"
   wait_for events-agent "$EVENTS_AGENT_PID" "$TRACES" 'one event was discarded'
   start notify env -C "$directory" "${command[@]}"
-  wait_for notify "$STARTED" "$DIR/notify.out" 'serving'
+  NOTIFY_PID=$STARTED
+  wait_for notify "$NOTIFY_PID" "$DIR/notify.out" 'serving'
   fold -s -w 100 "$DIR/notify.out"
 }
 
@@ -85,3 +86,4 @@ step "15. What became of each event"
 note "From the agent's ledger and traces, the service's messages and what the OSSs printed:"
 account_events || die "the accounts of the events don't balance"
 stop "$EVENTS_AGENT_PID"
+stop "$NOTIFY_PID"
