@@ -20,11 +20,13 @@ void ExpectAccounts(const EventRun& run, const qv_test::ChildProcess& oss, const
     std::set<std::string> again;
     EXPECT_EQ(FirstOnes(ShownIds(oss), again), run.RaisedIds(selection));
     const std::set<std::string> failed = run.FailedIds();
-    const bool told = service_says.find("twice") != std::string::npos;
-    for (const std::string& id : again) {
-        EXPECT_TRUE(told || failed.count(id) == 1) << id << " came again; the service says:\n"
-                                                   << service_says;
+    std::size_t told = 0;
+    for (std::size_t at = 0; (at = service_says.find(" twice", at)) != std::string::npos; ++at) {
+        ++told;
     }
+    const auto unexplained = std::count_if(again.begin(), again.end(),
+                                           [&](const std::string& id) { return failed.count(id) == 0; });
+    EXPECT_LE(static_cast<std::size_t>(unexplained), told) << service_says;
 }
 
 std::size_t HeldEvents(const EventRun& run) {
