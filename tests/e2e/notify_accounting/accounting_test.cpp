@@ -112,12 +112,12 @@ class Scene {
     // how much was lost in all.
     void Overflow() {
         Consumer& small = Join("small");
+        // What is lost from now on is lost between events that it gets.
+        ASSERT_TRUE(qv_test::WaitFor([&] { return small.HasOneOfEach(); })) << m_service.Said();
         const auto proxy = small.Servant().Proxy();
         Insist([&] {
             proxy->set_qos(qv_test::Properties({qv_test::PropertyOf("MaxEventsPerConsumer", kSmallQueue)}));
         });
-        // What is lost from now on is lost between events that it gets.
-        ASSERT_TRUE(qv_test::WaitFor([&] { return small.HasOneOfEach(); })) << m_service.Said();
         Insist([&] { proxy->suspend_connection(); });
         ASSERT_TRUE(m_suppliers->WaitForTaken(m_suppliers->Taken() + kOverflow)) << m_service.Said();
         Insist([&] { proxy->resume_connection(); });
