@@ -87,12 +87,12 @@ void ProxyNode::Restore(const ProxyState& state) {
     m_data.peer = state.peer;
     m_data.filters.Restore(state.filters, state.next_filter_id,
                            [&service](std::int32_t id) { return service.FilterOf(id); });
-    if (m_feed != nullptr && m_data.suspended) {
-        m_feed->Suspend();
-    }
     if (!m_data.peer.empty()) {
         const CORBA::Object_var peer = service.Orb()->string_to_object(m_data.peer.c_str());
         ConnectPeer(peer.in());
+    }
+    if (m_feed != nullptr && m_data.suspended) {
+        m_feed->Suspend();  // connected, so that the operator is told of whom
     }
     if (m_feed == nullptr) {
         if (Store* const store = service.StoreFor(Channel().Persistent())) {

@@ -117,8 +117,8 @@ class FilteringServant : public NodeServant<Skeleton, Node, kLevel> {
   public:
     using NodeServant<Skeleton, Node, kLevel>::NodeServant;
 
-    /// Only filters that a factory of this service made can be used; for others CORBA::NO_IMPLEMENT is
-    /// raised.
+    /// Only filters that a factory of this service made can be used, and by what is kept only those that are
+    /// kept as well; for others CORBA::NO_IMPLEMENT is raised.
     CosNotifyFilter::FilterID add_filter(CosNotifyFilter::Filter_ptr new_filter) override {
         if (CORBA::is_nil(new_filter)) {
             throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
@@ -127,6 +127,10 @@ class FilteringServant : public NodeServant<Skeleton, Node, kLevel> {
             this->Service().FilterAt(this->Service().PathOf(new_filter));
         if (filter == nullptr) {
             RaiseNotOffered(this->Service(), "add_filter with a filter of another service");
+        }
+        if (this->Persistent() && !filter->Kept()) {
+            // After a restart it would be gone, and everything would pass.
+            RaiseNotOffered(this->Service(), "add_filter with a filter of a channel that is not kept");
         }
         CosNotifyFilter::FilterID id = 0;
         Change([&](FilterLinks& links) { id = links.Add(std::move(filter)); });

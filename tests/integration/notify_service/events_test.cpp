@@ -2,30 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/notification/notify_client.h"
-#include "tests/support/notification/notify_service_run.h"
+#include "tests/integration/notify_service/channel_run.h"
 
 namespace {
 
-using qv_test::AddFilter;
-using qv_test::EventOf;
-using qv_test::FactoryAt;
-using qv_test::MakeChannel;
-using qv_test::NotifyServiceRun;
-using qv_test::RecordingConsumer;
-using qv_test::RecordingSupplier;
+using namespace qv_test;
 using testing::ElementsAre;
-
-struct Channel {
-    explicit Channel(const NotifyServiceRun& service, bool persistent = false)
-        : channel(MakeChannel(FactoryAt(service.Corbaloc()).in(), persistent)),
-          consumers(channel->default_consumer_admin()),
-          suppliers(channel->default_supplier_admin()) {}
-
-    const CosNotifyChannelAdmin::EventChannel_var channel;
-    const CosNotifyChannelAdmin::ConsumerAdmin_var consumers;
-    const CosNotifyChannelAdmin::SupplierAdmin_var suppliers;
-};
 
 TEST(NotifyServiceEvents, ReachEveryConsumerInOrder) {
     NotifyServiceRun service;
