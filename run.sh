@@ -26,7 +26,8 @@ usage() {
   cat <<'TEXT'
 usage: ./run.sh COMMAND [ARGUMENTS]
 
-  demo          build, then show OSSs that log in, read, change and are turned away, and what the agent recorded of it
+  demo          build, then show OSSs that log in, read, change, are turned away and receive events, also through an
+                outage of the notification service, and what the agent recorded of it
   agent         build, then leave the demo agent running until Ctrl-C
   test          build everything and run all tests; arguments go to ctest, as in ./run.sh test -R naming
   bench         build optimised and run the benchmarks; arguments go to them
