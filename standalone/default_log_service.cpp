@@ -36,6 +36,9 @@ class EndOfProcess {
 NS_LOG_SERVICE1::LogSvcInterface& DefaultLogService() {
     static auto* const service = new FileLogService(OptionsFromConfiguration());
     static const EndOfProcess end(*service);
+    // A process whose threads can't be ended leaves by quick_exit, which destroys nothing.
+    static const int registered = std::at_quick_exit([] { service->StopWaiting(); });
+    static_cast<void>(registered);
     return *service;
 }
 

@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
         // Threads of the ORB may still run on what would be destroyed at a return.
         std::cout.flush();
         std::fflush(nullptr);
-        std::_Exit(exit_code);
+        std::quick_exit(exit_code);
     } catch (const std::exception& e) {
         return Complain(e.what());
     }
