@@ -178,6 +178,20 @@ class FilteringServant : public NodeServant<Skeleton, Node, kLevel> {
     }
 };
 
+/// What the proxies of both sides have beyond that.
+template <class Skeleton>
+class ProxyServant : public FilteringServant<Skeleton, ProxyNode, QosLevel::kProxy> {
+  public:
+    using FilteringServant<Skeleton, ProxyNode, QosLevel::kProxy>::FilteringServant;
+
+    void validate_event_qos(const CosNotification::QoSProperties& required_qos,
+                            CosNotification::NamedPropertyRangeSeq_out available_qos) override {
+        const auto lock = this->Lock();
+        available_qos = ValidateQos(QosLevel::kEvent, required_qos, this->m_node->Channel().Abilities(),
+                                    this->m_node->Holding());
+    }
+};
+
 /// The caller releases the reference.
 CosNotifyFilter::Filter_ptr ReferToFilter(ServiceContext& service, const FilterBody& filter);
 

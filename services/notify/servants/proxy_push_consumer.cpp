@@ -18,13 +18,6 @@ CosNotification::EventTypeSeq* ProxyPushConsumer::obtain_subscription_types(
     return SequenceOf(TypesWanted(mode) ? m_node->Channel().Subscribed() : std::vector<EventTypeName>());
 }
 
-void ProxyPushConsumer::validate_event_qos(const CosNotification::QoSProperties& required_qos,
-                                           CosNotification::NamedPropertyRangeSeq_out available_qos) {
-    const auto lock = Lock();
-    available_qos =
-        ValidateQos(QosLevel::kEvent, required_qos, m_node->Channel().Abilities(), m_node->Holding());
-}
-
 void ProxyPushConsumer::connect_structured_push_supplier(
     CosNotifyComm::StructuredPushSupplier_ptr push_supplier) {
     const CORBA::String_var peer = Service().Orb()->object_to_string(push_supplier);

@@ -8,18 +8,14 @@
 namespace qv_notify {
 
 /// Any thread may call.
-class ProxyPushConsumer final
-    : public FilteringServant<POA_CosNotifyChannelAdmin::StructuredProxyPushConsumer, ProxyNode,
-                              QosLevel::kProxy> {
+class ProxyPushConsumer final : public ProxyServant<POA_CosNotifyChannelAdmin::StructuredProxyPushConsumer> {
   public:
-    using FilteringServant::FilteringServant;
+    using ProxyServant::ProxyServant;
 
     CosNotifyChannelAdmin::ProxyType MyType() override { return CosNotifyChannelAdmin::PUSH_STRUCTURED; }
     CosNotifyChannelAdmin::SupplierAdmin_ptr MyAdmin() override;
     CosNotification::EventTypeSeq* obtain_subscription_types(
         CosNotifyChannelAdmin::ObtainInfoMode mode) override;
-    void validate_event_qos(const CosNotification::QoSProperties& required_qos,
-                            CosNotification::NamedPropertyRangeSeq_out available_qos) override;
 
     /// A supplier without a reference, nil, is not told anything.
     void connect_structured_push_supplier(CosNotifyComm::StructuredPushSupplier_ptr push_supplier) override;

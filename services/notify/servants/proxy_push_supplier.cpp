@@ -34,13 +34,6 @@ CosNotification::EventTypeSeq* ProxyPushSupplier::obtain_offered_types(
     return SequenceOf(TypesWanted(mode) ? m_node->Channel().Offered() : std::vector<EventTypeName>());
 }
 
-void ProxyPushSupplier::validate_event_qos(const CosNotification::QoSProperties& required_qos,
-                                           CosNotification::NamedPropertyRangeSeq_out available_qos) {
-    const auto lock = Lock();
-    available_qos =
-        ValidateQos(QosLevel::kEvent, required_qos, m_node->Channel().Abilities(), m_node->Holding());
-}
-
 void ProxyPushSupplier::connect_structured_push_consumer(
     CosNotifyComm::StructuredPushConsumer_ptr push_consumer) {
     if (CORBA::is_nil(push_consumer)) {

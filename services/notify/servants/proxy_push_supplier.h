@@ -8,11 +8,9 @@
 namespace qv_notify {
 
 /// Any thread may call.
-class ProxyPushSupplier final
-    : public FilteringServant<POA_CosNotifyChannelAdmin::StructuredProxyPushSupplier, ProxyNode,
-                              QosLevel::kProxy> {
+class ProxyPushSupplier final : public ProxyServant<POA_CosNotifyChannelAdmin::StructuredProxyPushSupplier> {
   public:
-    using FilteringServant::FilteringServant;
+    using ProxyServant::ProxyServant;
 
     CosNotifyChannelAdmin::ProxyType MyType() override { return CosNotifyChannelAdmin::PUSH_STRUCTURED; }
     CosNotifyChannelAdmin::ConsumerAdmin_ptr MyAdmin() override;
@@ -22,8 +20,6 @@ class ProxyPushSupplier final
     CosNotifyFilter::MappingFilter_ptr lifetime_filter() override;
     void lifetime_filter(CosNotifyFilter::MappingFilter_ptr filter) override;
     CosNotification::EventTypeSeq* obtain_offered_types(CosNotifyChannelAdmin::ObtainInfoMode mode) override;
-    void validate_event_qos(const CosNotification::QoSProperties& required_qos,
-                            CosNotification::NamedPropertyRangeSeq_out available_qos) override;
 
     void connect_structured_push_consumer(CosNotifyComm::StructuredPushConsumer_ptr push_consumer) override;
     void suspend_connection() override;
