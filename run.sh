@@ -11,6 +11,7 @@ readonly PACKAGES=(
   g++ cmake ninja-build ccache pkg-config python3
   libace-dev libomniorb4-dev libcos4-dev omniidl omniorb omniorb-idl omniorb-nameserver
   libtomlplusplus-dev libspdlog-dev libcli11-dev libsodium-dev libsqlite3-dev libjsoncpp-dev libcurl4-openssl-dev
+  libssl-dev openssl
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 
