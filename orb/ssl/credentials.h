@@ -14,7 +14,8 @@ namespace qv_ssl {
 /// What a process shows to its peers. Not changed once it is loaded, so threads may share it.
 struct Credentials {
     CertificatePtr certificate;
-    std::vector<CertificatePtr> chain;  ///< those between the certificate and an authority, in the file's order
+    std::vector<CertificatePtr>
+        chain;  ///< those between the certificate and an authority, in the file's order
     KeyPtr key;
 };
 

@@ -6,7 +6,8 @@
 
 namespace qv_ssl {
 
-/// Carries one sentence for the operator: which file or option, and what is wrong with it. Never a pass phrase.
+/// Carries one sentence for the operator: which file or option, and what is wrong with it. Never a pass
+/// phrase.
 class SslError : public std::runtime_error {
   public:
     explicit SslError(const std::string& sentence) : std::runtime_error(sentence) {}

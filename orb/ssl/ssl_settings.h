@@ -27,7 +27,8 @@ struct SslSettings {
     bool no_protection = false;  ///< requests in clear are served too
     std::string ciphers;         ///< for TLS 1.2; empty: OpenSSL's own list
     bool server_chooses_cipher = false;
-    bool protocol_named = false;  ///< a "-ORBProtocolFactory" names the factory, without which TAO does not use it
+    bool protocol_named =
+        false;  ///< a "-ORBProtocolFactory" names the factory, without which TAO does not use it
 };
 
 /// What stands in a service configuration file.
@@ -37,7 +38,9 @@ struct ServiceConfig {
 };
 
 /// Whether a peer's certificate is looked at in this mode.
-inline bool VerifiesPeers(Authenticate mode) { return mode != Authenticate::kNone; }
+inline bool VerifiesPeers(Authenticate mode) {
+    return mode != Authenticate::kNone;
+}
 /// Whether a client has to show a certificate in this mode.
 inline bool RequiresClientCertificate(Authenticate mode) {
     return mode == Authenticate::kClient || mode == Authenticate::kServerAndClient;
