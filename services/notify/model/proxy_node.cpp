@@ -11,9 +11,6 @@ namespace qv_notify {
 
 namespace {
 
-// A supplier that repeats events after a restart does so at once; one thread of it may come late.
-constexpr int kPushesToCompare = 256;
-
 std::chrono::nanoseconds PacingOf(const PropertyValues& holding) {
     constexpr std::uint64_t kLongest = std::uint64_t{3600} * 10000000;  // in units of 100 ns
     const auto units =
@@ -96,10 +93,7 @@ void ProxyNode::Restore(const ProxyState& state) {
     }
     if (m_feed == nullptr) {
         if (Store* const store = service.StoreFor(Channel().Persistent())) {
-            for (EventDigest& digest : store->LastEventsOf(m_path, Store::kRemembered)) {
-                m_repetitions.push_back(std::move(digest.digest));
-            }
-            m_pushes_to_compare = kPushesToCompare;
+            m_repetitions.Restore(store->LastEventsOf(m_path, Store::kRemembered));
         }
         Channel().RestoreOffer(m_path, m_data.types.Types());
     } else if (!m_data.peer.empty()) {
@@ -166,21 +160,8 @@ std::shared_ptr<const SupplierGate> ProxyNode::Gate() const {
 }
 
 bool ProxyNode::TakeRepetition(const CosNotification::StructuredEvent& event) {
-    {
-        const std::lock_guard<std::mutex> guard(m_gate_mutex);
-        if (m_pushes_to_compare == 0 || m_repetitions.empty()) {
-            return false;
-        }
-        --m_pushes_to_compare;
-    }
-    const std::string digest = DigestOf(qv_orb::EventToOctets(event));
-    const std::lock_guard<std::mutex> guard(m_gate_mutex);
-    const auto found = std::find(m_repetitions.begin(), m_repetitions.end(), digest);
-    if (found == m_repetitions.end()) {
-        return false;
-    }
-    m_repetitions.erase(found);
-    return true;
+    return m_repetitions.Compares(std::chrono::steady_clock::now()) &&
+           m_repetitions.Take(DigestOf(qv_orb::EventToOctets(event)));
 }
 
 void ProxyNode::End(bool tell) {

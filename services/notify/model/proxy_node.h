@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "services/notify/model/admin_node.h"
+#include "services/notify/model/repetition_memory.h"
 #include "services/notify/model/supplier_port.h"
 
 namespace qv_notify {
@@ -90,8 +91,7 @@ class ProxyNode : public std::enable_shared_from_this<ProxyNode> {
 
     mutable std::mutex m_gate_mutex;
     std::shared_ptr<const SupplierGate> m_gate = std::make_shared<SupplierGate>();
-    std::vector<std::string> m_repetitions;  // digests
-    int m_pushes_to_compare = 0;
+    RepetitionMemory m_repetitions;  // has a lock of its own
 };
 
 }  // namespace qv_notify

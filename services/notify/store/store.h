@@ -21,8 +21,8 @@ namespace qv_notify {
 class Store {
   public:
     /// So many of a supplier's last events are remembered: several threads may push by one proxy, and while
-    /// one of them waits for its answer, the others get further.
-    static constexpr std::size_t kRemembered = 64;
+    /// one of them waits for its answer, the others get further; on a busy machine by some hundreds.
+    static constexpr std::size_t kRemembered = 1024;
 
     /// Opens the file, or makes it (mode 0600) in its directory, which has to be there. Throws StoreError
     /// when it can't be written, is damaged, isn't such a file, was written by a newer version, or is in use.

@@ -213,8 +213,9 @@ TEST_F(StoreTest, SequencesAscendAcrossRestartsEvenWhenNothingIsLeft) {
 TEST_F(StoreTest, RemembersTheLastEventsOfASupplier) {
     store().Put("c1/sa1/p9", "");
     std::vector<std::int64_t> added;
-    for (int i = 0; i < 150; ++i) {
-        if (i == 80) {
+    constexpr int kEvents = Store::kRemembered + 86;  // the last ones take the places of the first
+    for (int i = 0; i < kEvents; ++i) {
+        if (i == 80 || i == kEvents - 10) {
             Reopen();
         }
         added.push_back(Add("event " + std::to_string(i)));
@@ -222,10 +223,10 @@ TEST_F(StoreTest, RemembersTheLastEventsOfASupplier) {
     }
     store().AddEvent("c1", "c1/sa1/p9", "another's", kArrived);
     for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(LastOf("c1/sa1/p1", 1000),
+        EXPECT_EQ(LastOf("c1/sa1/p1", 10000),
                   std::vector<std::int64_t>(added.end() - Store::kRemembered, added.end()));
-        EXPECT_THAT(LastOf("c1/sa1/p1", 2), ElementsAre(added[148], added[149]));
-        EXPECT_EQ(store().LastEventsOf("c1/sa1/p1", 1).front().digest, qv_notify::DigestOf("event 149"));
+        EXPECT_THAT(LastOf("c1/sa1/p1", 2), ElementsAre(added[kEvents - 2], added[kEvents - 1]));
+        EXPECT_EQ(store().LastEventsOf("c1/sa1/p1", 1).front().digest, qv_notify::DigestOf("event " + std::to_string(kEvents - 1)));
         EXPECT_THAT(LastOf("c1/none", 16), IsEmpty());
         Reopen();
     }
