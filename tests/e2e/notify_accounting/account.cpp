@@ -16,7 +16,10 @@ class OneThread {
 
     void Take(std::int32_t own) {
         if (!m_seen.insert(own).second) {
-            m_account.repeated += m_repeated.insert(own).second ? 1 : 0;
+            if (m_repeated.insert(own).second) {
+                ++m_account.repeated;
+                Note("came twice", own);
+            }
             return;
         }
         if (own < m_last) {

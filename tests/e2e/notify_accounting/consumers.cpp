@@ -44,6 +44,11 @@ std::vector<std::int32_t> Consumer::Arrivals() const {
     return m_book->arrivals;
 }
 
+bool Consumer::HasAny() const {
+    const std::lock_guard<std::mutex> guard(m_book->mutex);
+    return !m_book->arrivals.empty();
+}
+
 bool Consumer::HasOneOfEach() const {
     const std::lock_guard<std::mutex> guard(m_book->mutex);
     return std::all_of(m_book->last.begin(), m_book->last.end(), [](std::int32_t own) { return own >= 0; });

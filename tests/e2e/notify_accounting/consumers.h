@@ -27,6 +27,7 @@ class Consumer {
     int Proxy() const { return m_servant->Id(); }
     qv_test::RecordingConsumer& Servant() { return *m_servant.in(); }
     std::vector<std::int32_t> Arrivals() const;
+    bool HasAny() const;
     /// Whether it has an event of each supplier thread.
     bool HasOneOfEach() const;
     bool Left() const { return m_left; }

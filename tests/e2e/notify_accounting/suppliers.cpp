@@ -1,5 +1,7 @@
 #include "tests/e2e/notify_accounting/suppliers.h"
 
+#include <algorithm>
+
 #include "orb/portability.h"
 #include "tests/e2e/notify_accounting/account.h"
 #include "tests/support/wait_for.h"
@@ -38,6 +40,12 @@ bool Suppliers::WaitForTaken(std::int64_t count) {
     return true;
 }
 
+void Suppliers::Allow(std::int64_t count) {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_allowed = std::max(m_allowed, count);
+    m_changed.notify_all();
+}
+
 void Suppliers::Pause() {
     std::unique_lock<std::mutex> lock(m_mutex);
     m_paused = true;
@@ -71,9 +79,13 @@ void Suppliers::Work(std::size_t index, std::int32_t events) {
 
 bool Suppliers::BeginPush() {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait(lock, [this] { return !m_paused; });
-    m_pushing += m_stopped ? 0 : 1;
-    return !m_stopped;
+    m_changed.wait(lock, [this] { return m_stopped || (!m_paused && m_begun < m_allowed); });
+    if (m_stopped) {
+        return false;
+    }
+    ++m_begun;
+    ++m_pushing;
+    return true;
 }
 
 void Suppliers::EndPush() {

@@ -15,16 +15,18 @@
 namespace qv_accounting {
 
 /// Each thread pushes its events in order, all by the same proxy, and pushes one again whose answer it did
-/// not get. One thread uses it.
+/// not get, as far as they are allowed to. One thread uses it.
 class Suppliers {
   public:
-    /// `events` for all threads together. Starts at once.
+    /// `events` for all threads together. Nothing is allowed yet.
     Suppliers(CosNotifyChannelAdmin::SupplierAdmin_ptr admin, std::size_t threads, std::int32_t events);
     /// Stops what is left.
     ~Suppliers();
     Suppliers(const Suppliers&) = delete;
     Suppliers& operator=(const Suppliers&) = delete;
 
+    /// Lets that many be pushed, of all threads together; never takes back what was allowed.
+    void Allow(std::int64_t count);
     /// Waits until that many have been taken by the service, of all threads together; false when they make no
     /// progress for too long or have failed.
     bool WaitForTaken(std::int64_t count);
@@ -63,6 +65,8 @@ class Suppliers {
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_paused = false;
+    std::int64_t m_allowed = 0;
+    std::int64_t m_begun = 0;
     std::size_t m_pushing = 0;
     std::string m_failure;
 };
