@@ -200,6 +200,9 @@ bool NamesFactory(const ServiceDirective& directive) {
 
 ServiceConfig ParseServiceConfig(const std::string& text, const std::string& path) {
     ServiceConfig config;
+    if (text.find(kFactory) == std::string::npos) {
+        return config;  // whatever else it says is for others
+    }
     bool named = false;
     for (const ServiceDirective& directive : SplitDirectives(text, path)) {
         if (directive.service == kFactory) {

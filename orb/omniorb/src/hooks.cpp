@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include "orb_internals.h"
+#include "plain_requests.h"
 #include "request_gate.h"
 #include "thread_state.h"
 #include "upcall.h"
@@ -15,6 +16,7 @@ CORBA::Boolean RequestReceived(omni::omniInterceptors::serverReceiveRequest_T::i
     ThreadState& thread = thread_state();
     thread.request = &info.giop_s;
     thread.reply_contexts.length(0);  // a oneway or a forward takes none along
+    AdmitRequest(info.giop_s);
     return true;
 }
 

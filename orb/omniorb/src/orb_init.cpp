@@ -12,6 +12,7 @@
 #include "orb_state.h"
 #include "policy_managers.h"
 #include "slots.h"
+#include "ssl_options.h"
 #include "underlying_orb.h"
 
 namespace qv_orb {
@@ -117,7 +118,9 @@ CORBA::ORB_ptr PrepareAndMakeUnderlyingOrb(const OrbOptions& options, const Init
         for (const auto& initializer : initializers) {
             initializer->pre_init(info);
         }
-        return MakeUnderlyingOrb(options);
+        OrbOptions with_ssl = options;
+        ApplySslOptions(with_ssl);
+        return MakeUnderlyingOrb(with_ssl);
     } catch (...) {
         ForgetInterceptors();
         throw;
