@@ -91,6 +91,7 @@ bool CorbaBaseAgentConfig::GetOption() {
     GetNamingServiceCmd();
     GetNotifyServiceCmd();
     GetCorbaAgentCmd();
+    GetNBISSLCertificateInfo();
     return true;
 }
 

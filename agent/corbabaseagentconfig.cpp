@@ -73,6 +73,11 @@ bool CorbaBaseAgentConfig::Init(const std::string& bundleName) {
         TaTrace("CorbaBaseAgentConfig::CorbaBaseAgentReConfig] failed !\n");
         return false;
     }
+    if (!CheckNBISSLCRL()) {
+        m_NBISSLCRLCheckStatus = false;
+        TA_POS;
+        TaTrace("[CorbaBaseAgentConfig::Init]: CORBA SSL certificate was revoked\n");
+    }
     if (!AutoStartService()) {
         AutoExitService();
         return false;

@@ -19,6 +19,9 @@
 #include "platform/name_value.h"
 #include "request/aclmgr.h"
 
+struct X509_crl_st;
+struct x509_st;
+
 namespace NS_CORBA {
 
 class CorbaI;
@@ -194,6 +197,35 @@ class QV_API CorbaBaseAgentConfig {
     /// The longest timeout that a bundle is to ask for, one day, in units of 100 nanoseconds.
     unsigned long GetMaxNanoSecondForTimeOut();
 
+    // -- SSL certificates and revocation: ssl_certificates.cpp; on the thread of Init -----------------------
+
+    /// Learns from the service configuration file "SSL_Profile" which files the ORB's SSL layer uses. A file
+    /// that can't be opened is logged and changes nothing. A line of 512 characters or more is never got
+    /// past.
+    void GetNBISSLCertificateInfo();
+    std::string GetNBISSLPrivateKey() { return m_NBISSLPrivateKey; }
+    std::string GetNBISSLCertificate() { return m_NBISSLCertificate; }
+    std::string GetNBISSLCAfile() { return m_NBISSLCAfile; }
+    std::string GetNBISSLPrivateKeyPasswd() { return m_NBISSLPrivateKeyPasswd; }  ///< not to be logged
+    std::string GetNBISSLCRL() { return m_NBISSLCRL; }  ///< directory of the revocation lists, with a slash
+    /// False when the agent's certificate was found revoked at the start.
+    bool GetNBISSLCRLCheckStatus() { return m_NBISSLCRLCheckStatus; }
+
+    /// True for a name that holds ".crl" or ".CRL", at its end or elsewhere.
+    bool IsCRLFile(const std::string& name);
+    /// Appends the bare names of the revocation lists in `directory`, in the directory's order.
+    void GetCRLFileList(std::vector<std::string>& files, const std::string& directory);
+    /// Holds the agent's certificate against every list of GetNBISSLCRL. False only when one revokes it: with
+    /// no SSL, or no usable file, nothing counts as revoked.
+    bool CheckNBISSLCRL();
+    /// Holds a certificate against one list. False only when that revokes it; whatever else is wrong is
+    /// logged.
+    bool verifyNBICertCRL(const std::string& caFile, const std::string& certFile, const std::string& crlFile);
+    /// Read the first certificate, or the revocation list, of a PEM file; the caller frees it. Without a file
+    /// name it becomes null, and so it does when the file holds none; one that can't be opened leaves it.
+    void GetX509Ptr(x509_st*& certificate, const std::string& file);
+    void GetX509CRLPtr(X509_crl_st*& crl, const std::string& file);
+
     // -- Registries: registry.cpp; none owns what it points to ----------------------------------------------
 
     /// Managers by name; a null name throws std::logic_error. One thread at a time.
@@ -237,6 +269,7 @@ class QV_API CorbaBaseAgentConfig {
     void ReadBehaviourOptions(const NameValueList& items);
     void AdjustCorbaAgentOption(unsigned int sslMode);
     void ReplaceLocalHosts();
+    void TakeSSLOption(const std::string& line);
     bool StartCompanion(const Companion& companion, const std::string& bin, const std::string& command);
 
     static CorbaBaseAgentConfig* m_pInstance;

@@ -1,5 +1,6 @@
 # libqv_corba_pub: one shared object whose sources come from the folders time, logging, agent, request and notification.
 find_library(QV_ACE_LIBRARY NAMES ACE REQUIRED)
+find_package(OpenSSL REQUIRED)
 
 add_library(qv_corba_pub SHARED ${CMAKE_CURRENT_SOURCE_DIR}/platform/export.h)
 set_target_properties(qv_corba_pub PROPERTIES
@@ -13,6 +14,6 @@ target_include_directories(qv_corba_pub PUBLIC
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qv_corba_pub>)
 target_link_libraries(qv_corba_pub
   PUBLIC qv_orb qv_platform ${QV_ACE_LIBRARY}
-  PRIVATE qv_bundlemgr qv_selfgovernedutil qv_callchain qv_warnings)
+  PRIVATE qv_bundlemgr qv_selfgovernedutil qv_callchain OpenSSL::SSL OpenSSL::Crypto qv_warnings)
 target_precompile_headers(qv_corba_pub PRIVATE
   <map> <string> <vector> <ace/Task.h> <tao/ORB.h> <tao/PortableServer/PortableServer.h> <tao/PI_Server/PI_Server.h>)

@@ -1,21 +1,26 @@
-// Functions of the system and of ACE that fail too rarely to wait for it: this executable's own definitions
-// take their place for the libraries it loads, and pass on to them unless told to fail.
+// Functions of the system, of OpenSSL and of ACE that fail too rarely to wait for it: this executable's own
+// definitions take their place for the libraries it loads, and pass on to them unless told to fail.
 #include "tests/unit/agent/interposed.h"
 
 #include <ace/OS_NS_unistd.h>
 #include <dlfcn.h>
+#include <openssl/pem.h>
+#include <openssl/x509_vfy.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <utility>
+#include <vector>
 
 namespace {
 
 std::atomic<int> g_forksUntilFailure{0};  // 0: never
 std::atomic<bool> g_failSplit{false};
 std::atomic<bool> g_failNodeName{false};
+std::atomic<qv_test::FailingVerification::Step> g_failVerification{qv_test::FailingVerification::kNone};
 qv_test::ReplacedOrbInit::Function g_orbInit;  // empty: the ORB's own
 
 template <typename Function>
@@ -45,6 +50,35 @@ extern "C" __attribute__((visibility("default"))) int uname(utsname* name) noexc
         return -1;
     }
     return next(name);
+}
+
+/// The library reads each revocation list once and never frees it, which is how the agent behaves. Pointed at
+/// from here they are no leaks to the leak checker, which can't tell them from others by their stacks.
+extern "C" __attribute__((visibility("default"))) X509_CRL* PEM_read_X509_CRL(std::FILE* file,
+                                                                              X509_CRL** list,
+                                                                              pem_password_cb* callback,
+                                                                              void* data) {
+    using Function = X509_CRL* (*)(std::FILE*, X509_CRL**, pem_password_cb*, void*);
+    static const auto next = Next<Function>("PEM_read_X509_CRL");
+    static std::vector<X509_CRL*>* const read = new std::vector<X509_CRL*>;
+    read->push_back(next(file, list, callback, data));
+    return read->back();
+}
+
+extern "C" __attribute__((visibility("default"))) X509_STORE_CTX* X509_STORE_CTX_new() {
+    static const auto next = Next<X509_STORE_CTX* (*)()>("X509_STORE_CTX_new");
+    return g_failVerification == qv_test::FailingVerification::kNoContext ? nullptr : next();
+}
+
+extern "C" __attribute__((visibility("default"))) int X509_STORE_CTX_init(X509_STORE_CTX* context,
+                                                                          X509_STORE* store,
+                                                                          X509* certificate,
+                                                                          STACK_OF(X509) * untrusted) {
+    using Function = int (*)(X509_STORE_CTX*, X509_STORE*, X509*, STACK_OF(X509)*);
+    static const auto next = Next<Function>("X509_STORE_CTX_init");
+    return g_failVerification == qv_test::FailingVerification::kNoStart
+               ? 0
+               : next(context, store, certificate, untrusted);
 }
 
 namespace CORBA {
@@ -89,6 +123,13 @@ FailingNodeName::FailingNodeName() {
 }
 FailingNodeName::~FailingNodeName() {
     g_failNodeName = false;
+}
+
+FailingVerification::FailingVerification(Step step) {
+    g_failVerification = step;
+}
+FailingVerification::~FailingVerification() {
+    g_failVerification = kNone;
 }
 
 ReplacedOrbInit::ReplacedOrbInit(Function init) {

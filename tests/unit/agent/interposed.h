@@ -33,6 +33,17 @@ class FailingNodeName {
     FailingNodeName& operator=(const FailingNodeName&) = delete;
 };
 
+/// While it lives OpenSSL makes no context for a verification, or makes it and refuses to set it up.
+class FailingVerification {
+  public:
+    enum Step { kNone, kNoContext, kNoStart };
+
+    explicit FailingVerification(Step step);
+    ~FailingVerification();
+    FailingVerification(const FailingVerification&) = delete;
+    FailingVerification& operator=(const FailingVerification&) = delete;
+};
+
 /// While it lives CORBA::ORB_init is `init`.
 class ReplacedOrbInit {
   public:
