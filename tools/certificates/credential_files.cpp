@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -23,22 +24,16 @@ std::string ContentsOf(BIO* memory) {
     return std::string(text, static_cast<std::size_t>(size));
 }
 
-void AddOption(std::string& lines, const std::string& option, const std::string& prefix,
-               const std::string& value) {
-    if (value.empty()) {
-        return;
+/// The option with its value; nothing for one without.
+std::string OptionText(const std::string& option, const std::string& prefix, const std::string& value) {
+    const bool fits = std::none_of(value.begin(), value.end(), [](unsigned char c) {
+        return c <= ' ' || c == 0x7f || c == '"' || c == '\'' || c == '\\' || c == '#' || c == '$';
+    });
+    if (!fits) {
+        throw std::invalid_argument("the value of " + option +
+                                    " holds a character that can't stand in a service configuration file");
     }
-    for (const char c : value) {
-        if (static_cast<unsigned char>(c) <= ' ' || c == '"' || c == '\'' || c == '\\' || c == 0x7f) {
-            throw std::invalid_argument("the value of " + option +
-                                        " holds a blank, a quote, a backslash or a control character");
-        }
-    }
-    const std::string line = "     " + option + " " + prefix + value;
-    if (line.size() > kLongestLine) {
-        throw std::invalid_argument("the value of " + option + " is too long");
-    }
-    lines += line + "\n";
+    return value.empty() ? "" : option + " " + prefix + value;
 }
 
 [[noreturn]] void FailToWrite(const std::string& path) {
@@ -110,18 +105,28 @@ std::string KeyText(const Identity& identity, const std::string& passPhrase) {
 }
 
 std::string ProfileText(const ProfileOptions& options) {
-    std::string lines;
-    AddOption(lines, "-SSLAuthenticate", "", options.authenticate);
-    AddOption(lines, "-SSLPrivateKeyPasswd", "", options.pass_phrase);
-    AddOption(lines, "-SSLPrivateKey", "PEM:", options.key);
-    AddOption(lines, "-SSLCertificate", "PEM:", options.certificate);
-    AddOption(lines, "-SSLCAfile", "PEM:", options.authorities);
-    if (options.no_protection) {
-        lines += "     -SSLNoProtection\n";
+    std::string directive =
+        "dynamic SSLIOP_Factory Service_Object * TAO_SSLIOP:_make_TAO_SSLIOP_Protocol_Factory() \"";
+    std::string comments;
+    for (const std::string& option : {OptionText("-SSLPrivateKeyPasswd", "", options.pass_phrase),
+                                      OptionText("-SSLPrivateKey", "PEM:", options.key),
+                                      OptionText("-SSLCertificate", "PEM:", options.certificate),
+                                      OptionText("-SSLCAfile", "PEM:", options.authorities)}) {
+        if (!option.empty()) {
+            directive += option + " ";
+            comments += "# " + option + "\n";
+        }
     }
-    return "dynamic SSLIOP_Factory Service_Object * TAO_SSLIOP:_make_TAO_SSLIOP_Protocol_Factory()\n    "
-           "\"\n" +
-           lines + "    \"\nstatic Resource_Factory \"-ORBProtocolFactory SSLIOP_Factory\"\n";
+    directive += OptionText("-SSLAuthenticate", "", options.authenticate);
+    directive += options.no_protection ? " -SSLNoProtection\"" : "\"";
+    if (directive.size() > kLongestLine) {
+        throw std::invalid_argument("the options are too long for a line of " + std::to_string(kLongestLine) +
+                                    " characters: use shorter paths");
+    }
+    return directive +
+           "\nstatic Resource_Factory \"-ORBProtocolFactory SSLIOP_Factory\"\n"
+           "# The agent takes the options from the lines below. Keep them the same as above.\n" +
+           comments;
 }
 
 void WriteFile(const std::string& path, const std::string& text, unsigned mode) {

@@ -24,9 +24,11 @@ struct ProfileOptions {
     bool no_protection = false;  ///< requests on the plain port are let in
 };
 
-/// The text of a service configuration file, with each option on a line of its own, as the agent reads it.
-/// Throws std::invalid_argument when a value can't stand in such a file: one with a quote, a blank or a
-/// control character, or one too long for a line.
+/// The text of a service configuration file. The directive stands on one line, as the ORB's reader wants it.
+/// The agent's own reader takes a line for a single option, whose value goes to the line's end, and looks at
+/// comments as well: for it the options follow one by one in comments. Throws std::invalid_argument when a
+/// value can't stand in such a file: one with a quote, a blank or a control character, or all together too
+/// long for a line.
 std::string ProfileText(const ProfileOptions& options);
 
 /// Puts the text into the file, with those access rights. The file changes at once or not at all. Throws

@@ -101,21 +101,38 @@ TEST_F(CertificateMaker, ARevocationListRevokesWhatItNames) {
     EXPECT_THAT(check(good).err, HasSubstr("CRL has expired"));
 }
 
-TEST_F(CertificateMaker, AProfileHasOneOptionALine) {
-    const IssuedFiles files = m_authority.Issue("agent", "pass-phrase");
-    const std::string profile = ReadFile(WriteProfile(m_dir, "agent.conf", files));
-    for (const std::string& line :
-         {std::string("-SSLAuthenticate SERVER_AND_CLIENT"), std::string("-SSLPrivateKeyPasswd pass-phrase"),
-          "-SSLPrivateKey PEM:" + files.key, "-SSLCertificate PEM:" + files.certificate,
-          "-SSLCAfile PEM:" + m_authority.File()}) {
-        EXPECT_THAT(profile, HasSubstr(" " + line + "\n"));
-    }
-    EXPECT_THAT(profile, ::testing::Not(HasSubstr("-SSLNoProtection")));
+TEST_F(CertificateMaker, AProfileHasItsOptionsOnALineAndAgainOneByOne) {
+    ProfileOptions options;
+    options.authenticate = "SERVER";
+    options.pass_phrase = "secret";
+    options.key = "/k.pem";
+    options.certificate = "/c.pem";
+    options.authorities = "/a.pem";
+    options.no_protection = true;
+    EXPECT_EQ(
+        "dynamic SSLIOP_Factory Service_Object * TAO_SSLIOP:_make_TAO_SSLIOP_Protocol_Factory() "
+        "\"-SSLPrivateKeyPasswd secret -SSLPrivateKey PEM:/k.pem -SSLCertificate PEM:/c.pem "
+        "-SSLCAfile PEM:/a.pem -SSLAuthenticate SERVER -SSLNoProtection\"\n"
+        "static Resource_Factory \"-ORBProtocolFactory SSLIOP_Factory\"\n"
+        "# The agent takes the options from the lines below. Keep them the same as above.\n"
+        "# -SSLPrivateKeyPasswd secret\n# -SSLPrivateKey PEM:/k.pem\n# -SSLCertificate PEM:/c.pem\n"
+        "# -SSLCAfile PEM:/a.pem\n",
+        ProfileText(options));
+}
+
+TEST_F(CertificateMaker, AProfileLeavesOutWhatIsEmpty) {
+    ProfileOptions options;
+    options.authorities = "/a.pem";
+    const std::string text = ProfileText(options);
+    EXPECT_THAT(text, HasSubstr("\"-SSLCAfile PEM:/a.pem \"\n"));
+    EXPECT_THAT(text, ::testing::Not(HasSubstr("-SSLPrivateKey")));
+    EXPECT_THAT(text, ::testing::Not(HasSubstr("-SSLNoProtection")));
 }
 
 TEST_F(CertificateMaker, AProfileRefusesWhatItCantHold) {
-    for (const std::string& value : {std::string("two words"), std::string("a\"quote"),
-                                     std::string("line\nend"), std::string(500, 'x')}) {
+    for (const std::string& value :
+         {std::string("two words"), std::string("a\"quote"), std::string("line\nend"), std::string("a#b"),
+          std::string("$HOME"), std::string(500, 'x')}) {
         ProfileOptions options;
         options.pass_phrase = value;
         EXPECT_THROW(ProfileText(options), std::invalid_argument) << value;
