@@ -217,9 +217,9 @@ ServiceConfig ParseServiceConfig(const std::string& text, const std::string& pat
 }
 
 ServiceConfig ReadServiceConfigFile(const std::string& path) {
-    std::ifstream file(path);
     std::ostringstream text;
     errno = 0;
+    std::ifstream file(path);
     if (!file || !(text << file.rdbuf())) {
         const int reason = errno;
         throw SslError("the service configuration file " + path +

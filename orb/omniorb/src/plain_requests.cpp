@@ -10,39 +10,29 @@
 // clang-format on
 
 #include <atomic>
-#include <chrono>
 #include <cstring>
-#include <mutex>
 #include <string>
 
-#include "diagnostics.h"
-#include "rate_limit.h"
+#include "limited_report.h"
 
 namespace qv_orb {
 namespace {
 
 std::atomic<bool> g_refuse{false};
+LimitedReport g_requests("requests in clear");
 
 void ReportRefusal(const char* peer) {
-    static std::mutex mutex;
-    static RateLimit limit;
-    const std::lock_guard<std::mutex> guard(mutex);
-    const auto dropped = limit.Admit(std::chrono::steady_clock::now());
-    if (!dropped) {
-        return;
-    }
-    if (*dropped != 0) {
-        Report("SSL: " + std::to_string(*dropped) + " messages about requests in clear were left out here");
-    }
     constexpr std::size_t kScheme = sizeof "giop:tcp:" - 1;
-    Report(std::string("SSL: the peer ") + (std::strlen(peer) > kScheme ? peer + kScheme : peer) +
-           " sent a request in clear to the plain port, which was refused; let it use SSL (ssliop), or "
-           "write -SSLNoProtection into the service configuration file to serve such requests");
+    g_requests.Tell(
+        std::string("SSL: the peer ") + (std::strlen(peer) > kScheme ? peer + kScheme : peer) +
+        " sent a request in clear to the plain port, which was refused; let it use SSL (ssliop), or "
+        "write -SSLNoProtection into the service configuration file to serve such requests");
 }
 
 }  // namespace
 
 void RefusePlainRequests(bool refuse) {
+    g_requests.Restart();
     g_refuse = refuse;
 }
 

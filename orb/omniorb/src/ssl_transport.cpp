@@ -6,15 +6,14 @@
 #include <chrono>
 #include <ctime>
 #include <memory>
-#include <mutex>
 
 #include "diagnostics.h"
+#include "limited_report.h"
 #include "orb/ssl/credential_source.h"
 #include "orb/ssl/handshake_report.h"
 #include "orb/ssl/ssl_error.h"
 #include "orb/ssl/tls_setup.h"
 #include "plain_requests.h"
-#include "rate_limit.h"
 
 namespace qv_orb {
 
@@ -56,19 +55,10 @@ class SslContext final : public sslContext {
     const SourcePtr credentials_;
 };
 
-// Anybody who reaches the port can provoke these.
+LimitedReport g_handshakes("SSL handshakes");
+
 void ReportHandshake(const std::string& sentence) {
-    static std::mutex mutex;
-    static RateLimit limit;
-    const std::lock_guard<std::mutex> guard(mutex);
-    const auto dropped = limit.Admit(std::chrono::steady_clock::now());
-    if (!dropped) {
-        return;
-    }
-    if (*dropped != 0) {
-        Report("SSL: " + std::to_string(*dropped) + " messages about handshakes were left out here");
-    }
-    Report(sentence);
+    g_handshakes.Tell(sentence);
 }
 
 SourcePtr LoadSource(const qv_ssl::SslSettings& settings) {
@@ -107,6 +97,7 @@ void PrepareSsl(const qv_ssl::SslSettings& settings, bool serves) {
     qv_ssl::RequireComplete(settings, serves);
     const SourcePtr source = LoadSource(settings);
     TryContext(settings, source);
+    g_handshakes.Restart();
     qv_ssl::SetHandshakeSink(&ReportHandshake);
     sslContext::info_callback = &qv_ssl::WatchHandshake;
     sslContext::singleton = new SslContext(settings, source);

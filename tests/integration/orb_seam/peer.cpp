@@ -6,6 +6,7 @@
 //   orb_seam_peer serve                                  prints the reference of a target of its own, serves
 //   it orb_seam_peer nest IOR DEPTH                         calls "nest" with a target of its own as the peer
 
+#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <mutex>
@@ -72,6 +73,15 @@ int Nest(CORBA::ORB_ptr orb, const std::vector<std::string>& args) {
     return 0;
 }
 
+// By SSL where ORB_SEAM_PEER_PROFILE names a service configuration file.
+std::vector<std::string> OrbOptions() {
+    const char* const profile = std::getenv("ORB_SEAM_PEER_PROFILE");
+    if (profile == nullptr) {
+        return {"-ORBEndpoint", "iiop://127.0.0.1:0"};
+    }
+    return {"-ORBSvcConf", profile, "-ORBEndpoint", "iiop://127.0.0.1:0/ssl_port=0"};
+}
+
 int Main(CORBA::ORB_ptr orb, const std::vector<std::string>& args) {
     const std::string mode = args.empty() ? "" : args[0];
     if (mode == "call") {
@@ -97,10 +107,14 @@ int Main(CORBA::ORB_ptr orb, const std::vector<std::string>& args) {
 int main(int argc, char** argv) {
     const std::vector<std::string> args(argv + 1, argv + argc);
     try {
-        char* options[] = {argv[0], const_cast<char*>("-ORBEndpoint"),
-                           const_cast<char*>("iiop://127.0.0.1:0"), nullptr};
-        int count = 3;
-        const CORBA::ORB_var orb = CORBA::ORB_init(count, options);
+        std::vector<std::string> options = OrbOptions();
+        std::vector<char*> pointers = {argv[0]};
+        for (std::string& option : options) {
+            pointers.push_back(option.data());
+        }
+        pointers.push_back(nullptr);
+        int count = static_cast<int>(options.size()) + 1;
+        const CORBA::ORB_var orb = CORBA::ORB_init(count, pointers.data());
         const int code = Main(orb.in(), args);
         orb->destroy();
         return code;

@@ -104,6 +104,9 @@ SeamServer::SeamServer(const Options& options) : m_port(options.port != 0 ? opti
     };
     qv_orb::SetServantThreads(options.servant_threads);
     Strings args = {"-ORBEndpoint", "iiop://127.0.0.1:" + std::to_string(m_port)};
+    if (options.ssl_port != 0) {
+        args.back() += "/ssl_port=" + std::to_string(options.ssl_port);
+    }
     args.insert(args.end(), options.args.begin(), options.args.end());
     m_orb = InitOrb(args);
     initializer_script() = {};

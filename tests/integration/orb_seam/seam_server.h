@@ -86,7 +86,8 @@ class SeamServer {
   public:
     struct Options {
         Strings args;
-        int port = 0;  ///< 0: a free one
+        int port = 0;      ///< 0: a free one
+        int ssl_port = 0;  ///< 0: none is asked for
         bool intercept = true;
         unsigned slots = 0;  ///< so many slots are allocated
         unsigned servant_threads = 0;

@@ -1,0 +1,28 @@
+// Reports that anybody who reaches a port can provoke.
+#pragma once
+
+#include <mutex>
+#include <string>
+
+#include "rate_limit.h"
+
+namespace qv_orb {
+
+/// Reports no more sentences about a subject than RateLimit lets through, and how many were left out.
+/// Thread-safe.
+class LimitedReport {
+  public:
+    /// `subject` is what the sentences are about, as "requests in clear"; the text must live as long as this.
+    explicit LimitedReport(const char* subject) : subject_(subject) {}
+
+    void Tell(const std::string& sentence);
+    /// Forgets what was said.
+    void Restart();
+
+  private:
+    const char* const subject_;
+    std::mutex mutex_;
+    RateLimit limit_;  // guarded by mutex_
+};
+
+}  // namespace qv_orb
