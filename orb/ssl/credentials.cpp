@@ -106,11 +106,8 @@ KeyPtr LoadPrivateKey(const std::string& file, const std::optional<std::string>&
              pass_phrase ? "the pass phrase of -SSLPrivateKeyPasswd does not open it"
                          : "it is encrypted and no -SSLPrivateKeyPasswd is given");
     }
-    if (AtEnd()) {
-        ERR_clear_error();
-        Fail(kWhat, file, "it holds no private key in PEM form");
-    }
-    Fail(kWhat, file, "the key is damaged (" + LastReason() + ")");
+    ERR_clear_error();
+    Fail(kWhat, file, "it holds no readable private key in PEM form");
 }
 
 void RequireKeyFits(X509* certificate, const std::string& certificate_file, EVP_PKEY* key,

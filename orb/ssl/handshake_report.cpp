@@ -66,6 +66,8 @@ void Forget(void* parent, void* state, CRYPTO_EX_DATA* /*data*/, int /*index*/, 
         Tell(*handshake, "did not answer the handshake in time; check that it serves SSL on this port");
     }
     delete handshake;
+    // What is left of a failure would be taken for that of the next connection that this thread serves.
+    ERR_clear_error();
 }
 
 int HandshakeIndex() {

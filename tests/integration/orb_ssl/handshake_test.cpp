@@ -5,6 +5,8 @@
 
 #include <random>
 
+#include <openssl/err.h>
+
 #include "orb/portability.h"
 #include "ssl_server.h"
 #include "tls_client.h"
@@ -109,6 +111,14 @@ TEST_F(HandshakeTest, AServerOfAnotherAuthorityIsNotCalledFromHere) {
     const std::string outcome =
         RunPeer(WriteProfile(dir, "foreign.conf", options), {"nest", server->ior(), "1"});
     EXPECT_TRUE(Reported("shows a certificate of an authority that is not known here")) << outcome;
+}
+
+TEST_F(HandshakeTest, AFailedCallLeavesNoErrorBehindOnItsThread) {
+    Serve();
+    const std::string nobody = "corbaloc:ssliop:127.0.0.1:" + std::to_string(server->port()) + "/Nobody";
+    const CORBA::Object_var object = server->orb()->string_to_object(nobody.c_str());
+    EXPECT_THROW(object->_non_existent(), CORBA::SystemException) << "nobody speaks TLS at the plain port";
+    EXPECT_EQ(ERR_peek_error(), 0u);
 }
 
 TEST_F(HandshakeTest, WithServerOnlyAClientNeedsNoCertificate) {
