@@ -1,6 +1,7 @@
 // OpenSSL's side of a process that speaks TLS.
 #pragma once
 
+#include <chrono>
 #include <memory>
 
 #include "orb/ssl/credential_source.h"
@@ -8,6 +9,10 @@
 #include "orb/ssl/ssl_settings.h"
 
 namespace qv_ssl {
+
+/// How long a server waits for a peer's handshake, which has a thread meanwhile. A peer across the world
+/// needs less than a second.
+constexpr std::chrono::milliseconds kHandshakePatience{5000};
 
 /// The verification mode, as SSL_CTX_set_verify takes it, that the settings ask for.
 int VerifyMode(const SslSettings& settings);

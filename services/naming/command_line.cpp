@@ -46,7 +46,6 @@ constexpr std::array kUnusedOptions{
     UnusedOption{"-ORBRcvSock", true, kOrbInternal},
     UnusedOption{"-ORBServerId", true, kOrbInternal},
     UnusedOption{"-ORBSndSock", true, kOrbInternal},
-    UnusedOption{"-ORBSvcConf", true, "without ssl_port the service configuration has nothing to say"},
     UnusedOption{"-ORBSvcConfDirective", true, kOrbInternal},
     UnusedOption{"-ORBUseSharedProfile", true, kOrbInternal},
     UnusedOption{"-ORBVerboseLogging", true, kOrbInternal},
@@ -74,9 +73,8 @@ std::uint16_t ParsePort(const std::string& text, const std::string& endpoint) {
 void ParseEndpointOption(const std::string& option, const std::string& endpoint, Settings& settings) {
     const std::string name = option.substr(0, option.find('='));
     if (name == "ssl_port") {
-        Refuse("The endpoint \"" + endpoint +
-               "\" asks for an SSL port, which this naming service does not offer: it would be reachable in "
-               "clear text only. Set the SSL mode to 0, or run a naming service that speaks SSLIOP.");
+        settings.ssl_port = ParsePort(option.substr(std::min(option.size(), name.size() + 1)), endpoint);
+        return;
     }
     if (name != "hostname_in_ior" && name != "portspan" && name != "reuse_addr" && name != "priority") {
         Refuse("The endpoint \"" + endpoint + "\" has the unknown option \"" + name + "\".");
@@ -133,6 +131,11 @@ class Arguments {
         return Next();
     }
 
+    // A composed command line leaves the value out where nothing is configured.
+    std::string OptionalValue() {
+        return More() && (list_[next_].empty() || list_[next_][0] != '-') ? Next() : "";
+    }
+
   private:
     const std::vector<std::string>& list_;
     std::size_t next_ = 0;
@@ -149,6 +152,8 @@ void NoteUnused(const UnusedOption& unused, std::vector<std::string>& ignored) {
 void ParseOption(const std::string& option, Arguments& arguments, Settings& settings) {
     if (SameOption(option, "-ORBEndpoint") || SameOption(option, "-ORBListenEndpoints")) {
         ParseEndpoint(arguments.ValueOf(option), settings);
+    } else if (SameOption(option, "-ORBSvcConf")) {
+        settings.ssl_profile = arguments.OptionalValue();
     } else if (option == "-o") {
         settings.ior_file = arguments.ValueOf(option);
     } else if (option == "-p") {
@@ -182,15 +187,35 @@ Settings ParseCommandLine(const std::vector<std::string>& list) {
     if (!settings.help && settings.port == 0) {
         Refuse("The option \"-ORBEndpoint iiop://HOST:PORT\" is missing.");
     }
+    if (settings.ssl_port != 0 && settings.ssl_profile.empty()) {
+        Refuse("The endpoint asks for an SSL port, but no \"-ORBSvcConf FILE\" names the SSL options.");
+    }
+    if (settings.ssl_port != 0 && settings.ssl_port == settings.port) {
+        Refuse("The endpoint has the same number for both ports.");
+    }
+    if (settings.ssl_port == 0 && !settings.ssl_profile.empty()) {
+        settings.ignored.push_back(
+            "The option \"-ORBSvcConf\" is not used: without ssl_port the service configuration has nothing "
+            "to "
+            "say.");
+    }
     return settings;
 }
 
 std::string UsageText() {
-    return "usage: Naming_Service -ORBEndpoint iiop://HOST:PORT [-o FILE] [-u DIR] [-p FILE]\n"
+    return "usage: Naming_Service -ORBEndpoint iiop://HOST:PORT[/ssl_port=PORT -ORBSvcConf FILE]\n"
+           "                      [-o FILE] [-u DIR] [-p FILE]\n"
            "\n"
-           "Serves corbaloc:iiop:HOST:PORT/NameService until it is sent SIGTERM, SIGINT or SIGHUP.\n"
+           "Serves corbaloc:iiop:HOST:PORT/NameService until it is sent SIGTERM, SIGINT or SIGHUP; with an "
+           "SSL "
+           "port,\n"
+           "corbaloc:ssliop:HOST:SSLPORT/NameService.\n"
            "\n"
            "  -ORBEndpoint E  where to listen and what references carry\n"
+           "  -ORBSvcConf F   the service configuration file with the options of the SSLIOP factory; "
+           "requests at "
+           "the plain\n"
+           "                  port are refused unless -SSLNoProtection stands there\n"
            "  -o FILE         write the reference of the root context to FILE once the service answers\n"
            "  -u DIR          keep the bindings in DIR; otherwise in naming-PORT below $QV_NAMING_DATA,\n"
            "                  below the directory of -o, or below $XDG_STATE_HOME/qv_naming, the first that "

@@ -13,6 +13,8 @@ namespace qv_naming {
 struct Settings {
     std::string host;                  // empty: every interface
     std::uint16_t port = 0;            // IIOP port, 1 to 65535
+    std::uint16_t ssl_port = 0;        // 0: no SSL
+    std::string ssl_profile;           // "-ORBSvcConf", empty when absent
     std::string ior_file;              // "-o", empty when absent
     std::string pid_file;              // "-p", empty when absent
     std::string data_directory;        // "-u", empty when absent

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -43,14 +44,19 @@ bool IsProgram(const std::string& path) {
 
 // The front alone decides how the server is set up: no configuration file and no variable of the ORB gets
 // through.
-std::vector<std::string> ServerEnvironment() {
+std::vector<std::string> ServerEnvironment(const std::vector<std::string>& variables) {
     std::vector<std::string> result;
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string text = *entry;
-        if (text.rfind("ORB", 0) != 0 && text.rfind("OMNI", 0) != 0) {
+        const std::string name = text.substr(0, text.find('=') + 1);
+        const bool replaced =
+            std::any_of(variables.begin(), variables.end(),
+                        [&](const std::string& variable) { return variable.rfind(name, 0) == 0; });
+        if (text.rfind("ORB", 0) != 0 && text.rfind("OMNI", 0) != 0 && !replaced) {
             result.push_back(text);
         }
     }
+    result.insert(result.end(), variables.begin(), variables.end());
     result.emplace_back("OMNIORB_CONFIG=/dev/null");
     return result;
 }
@@ -99,9 +105,10 @@ std::string FindNameServer() {
         "the package omniorb-nameserver, or name the program in QV_OMNINAMES.");
 }
 
-NameServerProcess::NameServerProcess(const std::vector<std::string>& command) {
+NameServerProcess::NameServerProcess(const std::vector<std::string>& command,
+                                     const std::vector<std::string>& variables) {
     std::vector<std::string> arguments = command;
-    std::vector<std::string> environment = ServerEnvironment();
+    std::vector<std::string> environment = ServerEnvironment(variables);
     const std::vector<char*> argv = Pointers(arguments);
     const std::vector<char*> envp = Pointers(environment);
     int ends[2];

@@ -23,8 +23,10 @@ std::string FindNameServer();
 /// never left behind; the constructor must therefore be called on the main thread. Not thread safe.
 class NameServerProcess {
   public:
-    /// Starts it with standard output and error in one pipe. Throws StartError.
-    explicit NameServerProcess(const std::vector<std::string>& command);
+    /// Starts it with standard output and error in one pipe, and with these variables ("NAME=VALUE") in its
+    /// environment besides this process's. Throws StartError.
+    explicit NameServerProcess(const std::vector<std::string>& command,
+                               const std::vector<std::string>& variables = {});
     NameServerProcess(const NameServerProcess&) = delete;
     NameServerProcess& operator=(const NameServerProcess&) = delete;
     /// Kills the child if it still runs.

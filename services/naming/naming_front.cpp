@@ -7,12 +7,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
-#include "services/naming/locate_probe.h"
+#include "orb/ssl/tls_setup.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
+#include "services/naming/locate_probe.h"
+#include "services/naming/ssl_library.h"
 
 namespace qv_naming {
 namespace {
@@ -82,11 +85,15 @@ int NamingFront::Run() {
         Tell(sentence);
     }
     const std::string program = FindNameServer();
+    LoadSsl();
     if (!settings_.ior_file.empty()) {
         RequireWritable(settings_.ior_file, kReferencePurpose);
     }
     DataDirectory data(ChooseDataDirectory(settings_), kLockPatience);
     const AddressList addresses = ListenAddresses(settings_.host, settings_.port);
+    if (ssl_) {
+        ListenAddresses(settings_.host, settings_.ssl_port);
+    }
     if (!settings_.pid_file.empty()) {
         ReplaceTextFile(settings_.pid_file, std::to_string(getpid()) + "\n", kPidPurpose);
     }
@@ -97,15 +104,13 @@ int NamingFront::Run() {
     command.insert(command.begin(), program);
 
     StartGuard guard(data);
-    NameServerProcess server(command);
+    NameServerProcess server(command, ServerVariables());
     if (!WaitUntilServing(server, data, addresses.front())) {
         return Stop(server);
     }
     Publish();
     guard.Succeeded();
-    std::printf("Naming_Service: serving corbaloc:iiop:%s:%u/NameService, bindings in %s\n",
-                settings_.host.empty() ? "*" : settings_.host.c_str(), unsigned{settings_.port},
-                data.Path().c_str());
+    std::printf("Naming_Service: serving %s, bindings in %s\n", Corbaloc().c_str(), data.Path().c_str());
     std::fflush(stdout);
     return Serve(server);
 }
@@ -127,18 +132,70 @@ void NamingFront::TakeSignals() {
     }
 }
 
+void NamingFront::LoadSsl() {
+    if (settings_.ssl_port == 0) {
+        return;
+    }
+    ssl_library_ = FindSslLibrary();
+    ssl_ = qv_service::LoadSslProfile(settings_.ssl_profile);
+    for (const std::string& remark : ssl_->remarks) {
+        Tell(remark);
+    }
+}
+
+std::string NamingFront::Corbaloc() const {
+    const std::string host = settings_.host.empty() ? "*" : settings_.host;
+    const auto of = [&](const char* protocol, unsigned port) {
+        return std::string("corbaloc:") + protocol + ":" + host + ":" + std::to_string(port) + "/NameService";
+    };
+    if (!ssl_) {
+        return of("iiop", settings_.port);
+    }
+    return of("ssliop", settings_.ssl_port) +
+           (ssl_->settings.no_protection ? " and " + of("iiop", settings_.port) : "");
+}
+
 std::vector<std::string> NamingFront::ServerCommand(const DataDirectory& data,
                                                     const AddressList& addresses) const {
     const std::string port = std::to_string(settings_.port);
+    const std::string ssl_port = std::to_string(settings_.ssl_port);
     std::vector<std::string> command{
         "-start", port, "-always", "-datadir", data.Path().string(), "-nohostname", "-ORBtraceLevel", "1"};
+    const auto add = [&command](const char* option, const std::string& value) {
+        command.insert(command.end(), {option, value});
+    };
     for (const std::string& address : addresses) {
-        command.insert(command.end(), {"-ORBendPoint", "giop:tcp:" + address + ":" + port});
+        add("-ORBendPoint", "giop:tcp:" + address + ":" + port);
+    }
+    std::string published = "giop:tcp:" + settings_.host + ":" + port;
+    if (ssl_) {
+        for (const std::string& address : addresses) {
+            add("-ORBendPoint", "giop:ssl:" + address + ":" + ssl_port);
+        }
+        published += ",giop:ssl:" + settings_.host + ":" + ssl_port;
+        add("-ORBclientTransportRule", ssl_->settings.no_protection ? "* unix,ssl,tcp" : "* unix,ssl");
+        add("-ORBsslAcceptTimeOut", std::to_string(qv_ssl::kHandshakePatience.count()));
     }
     if (!addresses.front().empty()) {
-        command.insert(command.end(), {"-ORBendPointPublish", "giop:tcp:" + settings_.host + ":" + port});
+        add("-ORBendPointPublish", published);
     }
     return command;
+}
+
+// The pass phrase is in the file alone: others may read the command line and, with the same user, the
+// environment.
+std::vector<std::string> NamingFront::ServerVariables() const {
+    if (!ssl_) {
+        return {};
+    }
+    const char* const others = std::getenv("LD_PRELOAD");
+    return {"QV_NAMING_SSL_PROFILE=" + settings_.ssl_profile,
+            "LD_PRELOAD=" + ssl_library_ + (others != nullptr ? std::string(":") + others : "")};
+}
+
+bool NamingFront::Answers(const std::string& address, milliseconds limit) const {
+    return ssl_ ? RootContextAnswers(address, settings_.ssl_port, limit, ssl_->client.get())
+                : RootContextAnswers(address, settings_.port, limit);
 }
 
 bool NamingFront::WaitUntilServing(NameServerProcess& server, const DataDirectory& data,
@@ -146,8 +203,7 @@ bool NamingFront::WaitUntilServing(NameServerProcess& server, const DataDirector
     const auto deadline = Clock::now() + kStartLimit;
     while (Clock::now() < deadline) {
         const bool printed = !relay_.RootReference().empty();
-        if (printed &&
-            RootContextAnswers(address, settings_.port, std::min(kProbeLimit, LeftUntil(deadline)))) {
+        if (printed && Answers(address, std::min(kProbeLimit, LeftUntil(deadline)))) {
             RequireAlive(server, data);
             return true;
         }

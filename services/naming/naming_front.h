@@ -2,12 +2,14 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 
+#include "services/common/listen_addresses.h"
+#include "services/common/ssl_profile.h"
 #include "services/naming/command_line.h"
 #include "services/naming/data_directory.h"
 #include "services/naming/line_relay.h"
-#include "services/common/listen_addresses.h"
 #include "services/naming/name_server_process.h"
 
 namespace qv_naming {
@@ -28,7 +30,11 @@ class NamingFront {
     enum class Wake { kStop, kServerOutput, kTimeout };
 
     void TakeSignals();
+    void LoadSsl();
     std::vector<std::string> ServerCommand(const DataDirectory& data, const AddressList& addresses) const;
+    std::vector<std::string> ServerVariables() const;
+    bool Answers(const std::string& address, std::chrono::milliseconds limit) const;
+    std::string Corbaloc() const;
     /// False when the process was told to end meanwhile.
     bool WaitUntilServing(NameServerProcess& server, const DataDirectory& data, const std::string& address);
     void RequireAlive(NameServerProcess& server, const DataDirectory& data);
@@ -40,6 +46,8 @@ class NamingFront {
     void Relay(const NameServerProcess& server);
 
     Settings settings_;
+    std::optional<qv_service::SslProfile> ssl_;
+    std::string ssl_library_;
     LineRelay relay_;
     int signals_ = -1;
 };

@@ -13,7 +13,7 @@ namespace qv_orb {
 class LimitedReport {
   public:
     /// `subject` is what the sentences are about, as "requests in clear"; the text must live as long as this.
-    explicit LimitedReport(const char* subject) : subject_(subject) {}
+    constexpr explicit LimitedReport(const char* subject) : subject_(subject) {}
 
     void Tell(const std::string& sentence);
     /// Forgets what was said.

@@ -8,6 +8,7 @@
 #include "diagnostics.h"
 #include "orb/ssl/service_config_file.h"
 #include "orb/ssl/ssl_error.h"
+#include "orb/ssl/tls_setup.h"
 #include "ssl_transport.h"
 
 namespace qv_orb {
@@ -65,7 +66,7 @@ void Apply(OrbOptions& options) {
         AddSslEndpoints(options);
     }
     options.underlying.emplace_back("clientTransportRule", OutgoingTransports(*settings));
-    options.underlying.emplace_back("sslAcceptTimeOut", kHandshakePatience);
+    options.underlying.emplace_back("sslAcceptTimeOut", std::to_string(qv_ssl::kHandshakePatience.count()));
 }
 
 }  // namespace

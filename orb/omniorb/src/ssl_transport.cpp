@@ -17,9 +17,6 @@
 
 namespace qv_orb {
 
-// A thread waits as long; a peer across the world needs less than a second.
-const char kHandshakePatience[] = "5000";
-
 namespace {
 
 using SourcePtr = std::shared_ptr<qv_ssl::CredentialSource>;

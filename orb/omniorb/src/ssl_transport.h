@@ -19,7 +19,4 @@ void PrepareWithoutSsl();
 /// the settings say that protection is not needed.
 const char* OutgoingTransports(const qv_ssl::SslSettings& settings);
 
-/// How long a peer may take for its handshake, in the form of omniORB's sslAcceptTimeOut (milliseconds).
-extern const char kHandshakePatience[];
-
 }  // namespace qv_orb
