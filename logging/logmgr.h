@@ -162,7 +162,7 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     int PrintWhole(const CORBA::Any& value, std::string& text);
     int AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::string& text, bool& printedNul);
     const std::vector<int>& SecretsOf(const std::string& operation, std::size_t parameters) const;
-    void MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin);
+    bool MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin);
 };
 
 }  // namespace NS_CORBA

@@ -6,6 +6,7 @@
 #include "logging/corbalogutil.h"
 #include "logging/logmgr.h"
 #include "logging/message_type.h"
+#include "logging/printed_parameters.h"
 #include "logging/record_stamp.h"
 #include "logging/remote_address.h"
 #include "logging/request_value_source.h"
@@ -19,7 +20,8 @@ namespace NS_CORBA {
 
 namespace {
 
-constexpr std::size_t kUsualRecord = 1024;  // most are made without moving them
+constexpr std::size_t kUsualRecord = 1024;        // most are made without moving them
+constexpr std::size_t kTooMuchToKeep = 16 << 10;  // while the servant works
 
 }  // namespace
 
@@ -54,16 +56,23 @@ bool PreparedRecord::Prepare(CorbaLogMgr& manager, const char* operation) {
 }
 
 bool PreparedRecord::AppendValues(CorbaLogMgr& manager, qv_orb::RequestValues& values) {
-    const auto print = [&manager](CORBA::TypeCode_ptr type, CdrReader& reader, std::string& out,
-                                  bool& printedNul) {
+    bool cut = false;  // a NUL ends the text
+    const auto print = [&manager, &cut](CORBA::TypeCode_ptr type, CdrReader& reader, std::string& out,
+                                        bool& printedNul) {
         ValuePrinter printer(out, [&manager] { return manager.HasOrb(); });
         printer.Print(*PlanOf(type), reader);
         printedNul = printedNul || printer.printedNul();
+        cut = printedNul;
         return 0;
     };
+    m_printed = std::make_shared<PrintedParameters>();
     RequestValueSource source(values, print, manager.SecretsOf(m_record.operationName, values.parameters()));
+    source.NotePieces(*m_printed);
     const bool printed = manager.AppendParameters(source, m_text, kRequestMessage) == 0;
-    manager.MaskPrintedSecrets(m_record.operationName, m_text, m_body);
+    const bool masked = manager.MaskPrintedSecrets(m_record.operationName, m_text, m_body);
+    if (printed && !cut && !masked && m_text.size() <= kTooMuchToKeep) {
+        PrintedParameters::Leave(values, m_printed);
+    }
     return printed;
 }
 
@@ -81,6 +90,7 @@ void PreparedRecord::Write() {
         g_ThreadAddressMap.Set(m_record.threadId, m_record.remoteAddress);
     }
     manager->WriteRequest(m_record, m_text, m_body);
+    m_printed->text = std::move(m_text);
 }
 
 }  // namespace NS_CORBA

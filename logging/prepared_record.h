@@ -3,6 +3,7 @@
 #include <tao/PI_Server/PI_Server.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 #include "logging/log_records.h"
@@ -14,6 +15,7 @@ class RequestValues;
 namespace NS_CORBA {
 
 class CorbaLogMgr;
+struct PrintedParameters;
 
 /// The record of one request with its text made ahead, for who writes it while others wait: printing the
 /// values takes longer than all the rest.
@@ -41,6 +43,7 @@ class PreparedRecord {
     TALogRecord m_record;
     std::string m_text;
     std::size_t m_body = 0;  ///< where the body begins in m_text
+    std::shared_ptr<PrintedParameters> m_printed;
 };
 
 }  // namespace NS_CORBA

@@ -14,7 +14,8 @@ RequestValueSource::RequestValueSource(qv_orb::RequestValues& values, Printer pr
     : m_values(values),
       m_print(std::move(print)),
       m_secrets(secrets),
-      m_sent(values.sent()),
+      m_printed(values.returned() ? PrintedParameters::Of(values) : nullptr),
+      m_sent(m_printed ? qv_orb::CdrBytes() : values.sent()),
       m_givenBack(nullptr, 0),
       m_result(nullptr, 0) {
     if (!GivesBack()) {
@@ -53,13 +54,32 @@ CdrReader& RequestValueSource::ReaderOf(std::size_t parameter) {
     if (mode(parameter) == CORBA::PARAM_IN || !m_values.returned()) {
         return m_sent;
     }
-    if (mode(parameter) == CORBA::PARAM_INOUT) {
+    if (mode(parameter) == CORBA::PARAM_INOUT && !m_printed) {
         SkipIn(m_sent, m_values.type(parameter));  // what it was
     }
     return m_givenBack;
 }
 
+void RequestValueSource::NotePieces(PrintedParameters& printed) {
+    printed.pieces.resize(count());
+    m_noted = &printed;
+}
+
 int RequestValueSource::Append(std::size_t parameter, std::string& text, bool& printedNul) {
+    if (m_printed && mode(parameter) == CORBA::PARAM_IN) {
+        const PrintedParameters::Piece& piece = m_printed->pieces[parameter];
+        text.append(m_printed->text, piece.begin, piece.end - piece.begin);
+        return 0;
+    }
+    const std::size_t begin = text.size();
+    const int result = AppendValue(parameter, text, printedNul);
+    if (m_noted) {
+        m_noted->pieces[parameter] = {begin, text.size()};
+    }
+    return result;
+}
+
+int RequestValueSource::AppendValue(std::size_t parameter, std::string& text, bool& printedNul) {
     CdrReader& reader = ReaderOf(parameter);
     if (std::find(m_secrets.begin(), m_secrets.end(), static_cast<int>(parameter)) != m_secrets.end()) {
         SkipIn(reader, m_values.type(parameter));
@@ -70,8 +90,9 @@ int RequestValueSource::Append(std::size_t parameter, std::string& text, bool& p
 }
 
 void RequestValueSource::Skip(std::size_t parameter) {
-    if (mode(parameter) == CORBA::PARAM_OUT && !m_values.returned()) {
-        return;  // it has no value yet
+    const bool in = mode(parameter) == CORBA::PARAM_IN;
+    if (in ? m_printed != nullptr : mode(parameter) == CORBA::PARAM_OUT && !m_values.returned()) {
+        return;  // it stands elsewhere, or has no value yet
     }
     SkipIn(ReaderOf(parameter), m_values.type(parameter));
 }

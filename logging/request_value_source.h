@@ -5,6 +5,7 @@
 
 #include "logging/cdr_reader.h"
 #include "logging/parameter_source.h"
+#include "logging/printed_parameters.h"
 #include "orb/request_values.h"
 
 namespace NS_CORBA {
@@ -20,6 +21,9 @@ class RequestValueSource final : public ParameterSource {
     /// @param secrets positions of the parameters whose texts are masked
     RequestValueSource(qv_orb::RequestValues& values, Printer print, const std::vector<int>& secrets);
 
+    /// Notes in `printed` where the texts of the parameters begin and end. It outlives this object.
+    void NotePieces(PrintedParameters& printed);
+
     std::size_t count() const override { return m_values.parameters(); }
     CORBA::ParameterMode mode(std::size_t parameter) const override { return m_values.mode(parameter); }
     int Append(std::size_t parameter, std::string& text, bool& printedNul) override;
@@ -30,6 +34,7 @@ class RequestValueSource final : public ParameterSource {
     int AppendResult(std::string& text, bool& printedNul);
 
   private:
+    int AppendValue(std::size_t parameter, std::string& text, bool& printedNul);
     bool GivesBack() const;
     CdrReader& ReaderOf(std::size_t parameter);
     void SkipIn(CdrReader& reader, CORBA::TypeCode_ptr type);
@@ -37,6 +42,8 @@ class RequestValueSource final : public ParameterSource {
     qv_orb::RequestValues& m_values;
     const Printer m_print;
     const std::vector<int>& m_secrets;
+    const PrintedParameters* const m_printed;  // by the request's record; null: by none
+    PrintedParameters* m_noted = nullptr;
     CdrReader m_sent;
     CdrReader m_givenBack;
     CdrReader m_result;

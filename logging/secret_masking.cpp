@@ -58,13 +58,15 @@ void CorbaLogMgr::LogOutSessionParamterAnonyms(std::string& out, const std::stri
     out += rest;
 }
 
-void CorbaLogMgr::MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin) {
+/// @return whether the operation's texts are masked
+bool CorbaLogMgr::MaskPrintedSecrets(const std::string& operation, std::string& text, std::size_t begin) {
     if (operation != kLogOutSession) {  // spares every other record a copy of its text
-        return;
+        return false;
     }
     std::string masked;
     LogOutSessionParamterAnonyms(masked, text.substr(begin), operation);
     text.replace(begin, std::string::npos, masked);
+    return true;
 }
 
 }  // namespace NS_CORBA

@@ -205,6 +205,7 @@ class PlanBuilder {
         for (std::uint32_t i = 0; i < count; ++i) {
             ValuePlan::Member member;
             member.name = Name(reader);
+            member.lead = (i == 0 ? "{" : " ") + member.name + ' ';
             member.type = ReadPart(reader, depth);
             At(index).members.push_back(std::move(member));
         }

@@ -21,6 +21,7 @@ class ValuePlan {
 
     struct Member {
         std::string name;
+        std::string lead;  ///< what is printed ahead of its value, in all kinds but unions
         Index type = 0;
     };
     struct Label {

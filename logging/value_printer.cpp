@@ -121,15 +121,11 @@ void ValuePrinter::PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrR
 
 void ValuePrinter::PrintMembers(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader) {
     const DepthGuard guard(m_depth);
-    Put('{');
-    bool first = true;
+    if (type.members.empty()) {
+        Put('{');
+    }
     for (const ValuePlan::Member& member : type.members) {
-        if (!first) {
-            Put(' ');
-        }
-        first = false;
-        Put(member.name);
-        Put(' ');
+        Put(member.lead);
         PrintType(plan, member.type, reader);
     }
     Put('}');

@@ -51,6 +51,10 @@ class QV_ORB_API RequestValues {
     virtual CdrBytes sent() = 0;
     /// The result, if there is one, then the values of the inout and out parameters.
     virtual CdrBytes given_back() = 0;
+
+    /// A place for one thing that the user of these values keeps until the request has ended; null at first,
+    /// the same at all interception points of the request.
+    virtual std::shared_ptr<void>& attachment() = 0;
 };
 
 }  // namespace qv_orb

@@ -27,13 +27,21 @@ class LogBatch {
     std::size_t bytes() const { return m_text.size(); }
     std::size_t records() const { return m_ends.size(); }
 
-    /// Calls `use` with the text of each record, in their order.
+    /// Calls `use` with the texts of the records in their order, of as many at once as have at most `size`
+    /// bytes together; of one, where that has more.
     template <class Use>
-    void ForEach(Use use) const {
+    void ForEachPart(std::size_t size, Use use) const {
         std::size_t begin = 0;
-        for (const std::size_t end : m_ends) {
+        std::size_t end = 0;
+        for (const std::size_t next : m_ends) {
+            if (next - begin > size && end > begin) {
+                use(std::string_view(m_text).substr(begin, end - begin));
+                begin = end;
+            }
+            end = next;
+        }
+        if (end > begin) {
             use(std::string_view(m_text).substr(begin, end - begin));
-            begin = end;
         }
     }
 

@@ -2,6 +2,7 @@
 
 #include <spdlog/details/os.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 
@@ -17,18 +18,19 @@ constexpr std::size_t kRoomForHead = 64;
 
 LogLine::LogLine(const std::string& file, int line, int level, const std::string& text) {
     m_text.reserve(text.size() + text.size() / 8 + file.size() + kRoomForHead);
+    char number[16];
+    const auto put = [this, &number](auto value, const char* behind) {
+        const auto end = std::to_chars(number, number + sizeof number, value);
+        m_text.append(number, static_cast<std::size_t>(end.ptr - number)).append(behind);
+    };
     m_text += " [";
-    m_text += std::to_string(spdlog::details::os::thread_id());
-    m_text += "] ";
+    put(static_cast<unsigned>(spdlog::details::os::thread_id()), "] ");
     m_body = m_text.size();
-    m_text += std::to_string(level);
-    m_text += ' ';
-    m_text += LevelName(level);
-    m_text += ' ';
+    put(level, " ");
+    m_text.append(LevelName(level)).append(" ");
     AppendOneLine(m_text, file);
     m_text += ':';
-    m_text += std::to_string(line);
-    m_text += ' ';
+    put(line, " ");
     AppendRecordText(m_text, text);
     m_text += '\n';
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -30,6 +31,7 @@ class RotatingFile {
     void Write(const LogBatch& records);
 
   private:
+    const std::size_t m_part;  // so many bytes of records at once
     const std::unique_ptr<spdlog::sinks::sink> m_sink;
 };
 

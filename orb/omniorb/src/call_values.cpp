@@ -78,7 +78,8 @@ void ReadSoleParameter(Dynamic::ParameterList& list, omniCallDescriptor& call,
 
 }  // namespace
 
-ValueStream::ValueStream() {
+// Most requests fit without the buffer being moved.
+ValueStream::ValueStream() : cdrMemoryStream(kUsualSize) {
     TCS_W(WideCodeSet());
 }
 

@@ -12,6 +12,9 @@ namespace qv_orb {
 class ValueStream : public cdrMemoryStream {
   public:
     ValueStream();
+
+  private:
+    static constexpr CORBA::ULong kUsualSize = 1024;
 };
 
 void MarshalArguments(omniCallDescriptor& call, cdrStream& stream);

@@ -73,6 +73,7 @@ class UpcallValues final : public RequestValues {
         MarshalReturned(upcall_.call(), *given_back_);
         return given_back_->Bytes();
     }
+    std::shared_ptr<void>& attachment() override { return upcall_.attachment(); }
 
   private:
     UpcallInfo& upcall_;

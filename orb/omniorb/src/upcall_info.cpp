@@ -212,16 +212,19 @@ char* UpcallInfo::orb_id() {
 
 CORBA::StringSeq* UpcallInfo::adapter_name() {
     NotAtFirstPoint();
+    constexpr std::size_t kUsualDepth = 8;
     std::vector<CORBA::String_var> names;  // innermost first
+    names.reserve(kUsualDepth);
     PortableServer::POA_var poa = PortableServer::POA::_duplicate(call_.poa());
     while (!CORBA::is_nil(poa)) {
         names.emplace_back(poa->the_name());
         poa = poa->the_parent();
     }
-    CORBA::StringSeq_var path = new CORBA::StringSeq;
-    path->length(static_cast<CORBA::ULong>(names.size()));
-    for (CORBA::ULong i = 0; i < path->length(); ++i) {
-        path[i] = names[names.size() - 1 - i]._retn();
+    const auto depth = static_cast<CORBA::ULong>(names.size());
+    CORBA::StringSeq_var path = new CORBA::StringSeq(depth);
+    path->length(depth);
+    for (CORBA::ULong i = 0; i < depth; ++i) {
+        path[i] = names[depth - 1 - i]._retn();
     }
     return path._retn();
 }

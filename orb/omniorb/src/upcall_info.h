@@ -44,6 +44,7 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
     /// The values that the servant was given, marshalled; null unless they were left here.
     const ValueStream* given() const { return given_.get(); }
     void given(std::unique_ptr<ValueStream> values);
+    std::shared_ptr<void>& attachment() { return attachment_; }
 
     // RequestInfo
     CORBA::ULong request_id() override;
@@ -89,6 +90,7 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
     CORBA::Object_var forward_;
     mutable const OperationEntry* entry_ = nullptr;  // once it was found
     std::unique_ptr<ValueStream> given_;
+    std::shared_ptr<void> attachment_;
     SlotTable slots_;
     IOP::ServiceContextList reply_contexts_;
 };

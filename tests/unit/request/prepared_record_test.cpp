@@ -65,6 +65,12 @@ class TargetServant : public POA_PreparedTest::Target {
         return 7;
     }
     void modifyPassword(const char*, const char*, const char*) override {}
+    void logOutSession(const char*) override {}
+    char* take(const PreparedTest::Octets&, char*& more, const char* last) override {
+        CORBA::string_free(more);
+        more = CORBA::string_dup("given back");
+        return CORBA::string_dup(last);
+    }
 };
 
 void RegisterOrb() {
@@ -143,6 +149,40 @@ class PreparedRecordTest : public qv_test::InterceptorFixture {
                                  direct[i].text);
         }
         return gate;
+    }
+
+    /// The record of the reply, without its request id; of a request that the interceptor recorded, or else
+    /// the log manager itself, which leaves nothing to the reply.
+    std::string ReplyOf(bool prepared, const std::function<void()>& call) {
+        std::string text;
+        Points::request = [&](Info request) {
+            if (prepared) {
+                Gate().RecordOperCount(request);
+            } else {
+                NS_CORBA::TaWriteOperLog(request, kRequest);
+            }
+        };
+        Points::reply = [&](Info reply) {
+            capture->Clear();
+            NS_CORBA::TaWriteOperLog(reply, kReply);
+            text = Records().at(0);
+        };
+        call();
+        return text.substr(text.find(", Operation Name"));
+    }
+
+    std::string ExpectSameReply(const std::function<void()>& call) {
+        const std::string reply = ReplyOf(true, call);
+        EXPECT_EQ(reply, ReplyOf(false, call));
+        return reply;
+    }
+
+    void TakeOctets(const std::string& octets, const char* last) {
+        PreparedTest::Octets sequence;
+        sequence.length(static_cast<CORBA::ULong>(octets.size()));
+        std::copy(octets.begin(), octets.end(), sequence.get_buffer());
+        CORBA::String_var more = CORBA::string_dup("more");
+        const CORBA::String_var result = target->take(sequence, more.inout(), last);
     }
 
     /// A value that no record can show: a union without an active member.
@@ -278,6 +318,38 @@ TEST_F(PreparedRecordTest, TheReplyShowsWhatTheRequestBroughtAndWhatTheServantGa
                               "--- Parameter No.3 = a note of the servant's that is longer than the "
                               "client's\n--- Parameter No.4 = stored\n } store @return: 7\n"),
               std::string::npos);
+}
+
+TEST_F(PreparedRecordTest, TheReplyDoesNotDependOnWhatTheRequestLeft) {
+    for (const int verbose : {0, 1}) {
+        capture->SetVerbose(verbose);
+        EXPECT_NE(ExpectSameReply([this] { Store("first"); }).find("No.1 = first\n"), std::string::npos);
+        ExpectSameReply([this] { TakeOctets("abc", "last"); });
+        ExpectSameReply([this] { target->ping(); });
+        ExpectSameReply([this] { TakeOctets(std::string(200000, 'x'), "last"); });  // too much to be kept
+    }
+}
+
+TEST_F(PreparedRecordTest, AReplyBehindAZeroOctetIsCutThere) {
+    capture->SetVerbose(1);
+    const std::string reply = ExpectSameReply([this] { TakeOctets(std::string("a\0b", 3), "last"); });
+    EXPECT_EQ(reply, ", Operation Name = take\nParaList = {\n--- Parameter No.1 = {a take @return: last\n");
+}
+
+TEST_F(PreparedRecordTest, TheReplyKeepsSecretsMasked) {
+    const std::string changed =
+        ExpectSameReply([this] { target->modifyPassword("oss1", "old secret", "new secret"); });
+    EXPECT_NE(changed.find("No.1 = oss1\n--- Parameter No.2 = ******\n--- Parameter No.3 = ******\n"),
+              std::string::npos);
+    const std::string ended =
+        ExpectSameReply([this] { target->logOutSession("{{name USERPWD value my secret}}"); });
+    EXPECT_NE(ended.find("{{name USERPWD value ******}}"), std::string::npos);
+    EXPECT_EQ((changed + ended).find("secret"), std::string::npos);
+}
+
+TEST_F(PreparedRecordTest, AReplyWhoseRequestIsNotWhollyPrintedTellsWhatItCan) {
+    const CORBA::Any unprintable = Unprintable();
+    ExpectSameReply([&] { Store("first", unprintable); });
 }
 
 TEST_F(PreparedRecordTest, RecordsOfManyThreadsComeInTheOrderOfTheCounts) {

@@ -11,7 +11,7 @@ namespace {
 
 std::vector<std::string> RecordsOf(const LogBatch& batch) {
     std::vector<std::string> records;
-    batch.ForEach([&records](std::string_view text) { records.emplace_back(text); });
+    batch.ForEachPart(1, [&records](std::string_view text) { records.emplace_back(text); });
     return records;
 }
 
@@ -23,10 +23,22 @@ TEST(LogBatch, GivesTheRecordsInTheirOrder) {
     batch.Append("1", " one\n    more\n");
     batch.Append("", "");
     batch.Append("2", " two\n");
-    EXPECT_EQ(RecordsOf(batch), (std::vector<std::string>{"1 one\n    more\n", "", "2 two\n"}));
+    EXPECT_EQ(RecordsOf(batch), (std::vector<std::string>{"1 one\n    more\n", "2 two\n"}));
     EXPECT_EQ(batch.records(), 3U);
     EXPECT_EQ(batch.bytes(), 21U);
     EXPECT_FALSE(batch.empty());
+}
+
+TEST(LogBatch, GivesAsManyRecordsAtOnceAsFit) {
+    LogBatch batch;
+    for (const char* const text : {"aa", "bb", "c", "ddddd", "", "ee", "f"}) {
+        batch.Append("", text);
+    }
+    std::vector<std::string> parts;
+    batch.ForEachPart(4, [&parts](std::string_view text) { parts.emplace_back(text); });
+    EXPECT_EQ(parts, (std::vector<std::string>{"aabb", "c", "ddddd", "eef"}));
+    batch.Clear();
+    batch.ForEachPart(4, [](std::string_view) { FAIL() << "there is nothing"; });
 }
 
 TEST(LogBatch, IsEmptyOnceCleared) {

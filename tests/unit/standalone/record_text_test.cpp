@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <string>
+
 using qv_standalone::LevelName;
 using qv_standalone::OneLine;
 using qv_standalone::RecordText;
@@ -30,15 +33,20 @@ TEST(RecordText, ShowsControlCharacters) {
 
 TEST(RecordText, FindsAControlCharacterAnywhereInALongText) {
     for (const char plain : {'x', ' ', '~', '\t', '\xc3', '\xff'}) {
-        for (std::size_t at = 0; at < 20; ++at) {
-            for (const char control : {'\x01', '\x1f', '\x7f', '\0'}) {
-                std::string text(20, plain);
-                text[at] = control;
-                const std::string escaped = OneLine(std::string(1, control));
-                EXPECT_EQ(RecordText(text), std::string(at, plain) + escaped + std::string(19 - at, plain));
+        for (const std::size_t length : {1, 15, 16, 17, 31, 32, 33, 50}) {
+            for (std::size_t at = 0; at < length; ++at) {
+                for (const auto& [control, shown] : std::map<char, std::string>{
+                         {'\x01', "\\x01"}, {'\x1f', "\\x1f"}, {'\x7f', "\\x7f"}, {'\0', "\\x00"}}) {
+                    std::string text(length, plain);
+                    text[at] = control;
+                    const std::string expected =
+                        std::string(at, plain) + shown + std::string(length - 1 - at, plain);
+                    EXPECT_EQ(RecordText(text), expected);
+                    EXPECT_EQ(OneLine(text), expected);
+                }
             }
+            EXPECT_EQ(RecordText(std::string(length, plain)), std::string(length, plain));
         }
-        EXPECT_EQ(RecordText(std::string(20, plain)), std::string(20, plain));
     }
 }
 
