@@ -206,5 +206,55 @@ TEST_F(SslStart, ThePassPhraseIsInNoRecord) {
     }
 }
 
+/// A start in which the ORB speaks SSL, too.
+class SslOrbStart : public SslStart {
+  protected:
+    SslOrbStart() {
+        m_items.Set("SSLMode", "1");
+        m_items.Set("CORBAAgent_SSLPort", std::to_string(FreePort()));
+    }
+
+    void UseOptions(const qv_tools::ProfileOptions& options) { WriteProfile(m_dir, "agent.conf", options); }
+
+    void ExpectNoStart() {
+        EXPECT_FALSE(config().Init("bundle"));
+        ExpectLog(kSys, -1, "corbabaseagentconfig", "Exception received during orb initializing!\n");
+        for (const LogEntry& entry : m_log->Entries()) {
+            EXPECT_THAT(entry.text, ::testing::Not(HasSubstr(kPassPhrase)));
+        }
+    }
+};
+
+TEST_F(SslOrbStart, ARevokedCertificateDoesNotStopTheOrb) {
+    WriteList("a.crl", {m_agent});
+    ASSERT_TRUE(config().Init("bundle"));
+    EXPECT_FALSE(config().GetNBISSLCRLCheckStatus());
+    EXPECT_FALSE(CORBA::is_nil(PortableServer::POA_var(config().GetRootPoa()).in()));
+    for (const LogEntry& entry : m_log->Entries()) {
+        EXPECT_THAT(entry.text, ::testing::Not(HasSubstr(kPassPhrase)));
+    }
+}
+
+TEST_F(SslOrbStart, AWrongPassPhraseStopsTheOrb) {
+    qv_tools::ProfileOptions options = OptionsFor(m_agent);
+    options.pass_phrase = "wrong";
+    UseOptions(options);
+    ExpectNoStart();
+}
+
+TEST_F(SslOrbStart, AKeyOfAnotherCertificateStopsTheOrb) {
+    qv_tools::ProfileOptions options = OptionsFor(m_agent);
+    options.key = m_authority.Issue("third", kPassPhrase).key;
+    UseOptions(options);
+    ExpectNoStart();
+}
+
+TEST_F(SslOrbStart, AMissingCertificateStopsTheOrbAndRevokesNothing) {
+    WriteList("a.crl", {m_agent});
+    fs::remove(m_agent.certificate);
+    ExpectNoStart();
+    EXPECT_TRUE(config().GetNBISSLCRLCheckStatus());
+}
+
 }  // namespace
 }  // namespace qv_test
