@@ -30,6 +30,11 @@ foreach(program Naming_Service Notify_Service qv_config)
   endif()
 endforeach()
 
+# What Naming_Service loads into omniNames.
+if(TARGET qv_naming_ssl)
+  install(TARGETS qv_naming_ssl LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
+
 if(TARGET Notify_Service)
   install(FILES ${PROJECT_SOURCE_DIR}/services/notify/program/Notify_Service.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
 endif()

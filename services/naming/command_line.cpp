@@ -132,8 +132,9 @@ class Arguments {
     }
 
     // A composed command line leaves the value out where nothing is configured.
-    std::string OptionalValue() {
-        return More() && (list_[next_].empty() || list_[next_][0] != '-') ? Next() : "";
+    std::string OptionalValueOf(const std::string& option) {
+        const bool left_out = More() && !list_[next_].empty() && list_[next_][0] == '-';
+        return left_out ? "" : ValueOf(option);
     }
 
   private:
@@ -153,7 +154,7 @@ void ParseOption(const std::string& option, Arguments& arguments, Settings& sett
     if (SameOption(option, "-ORBEndpoint") || SameOption(option, "-ORBListenEndpoints")) {
         ParseEndpoint(arguments.ValueOf(option), settings);
     } else if (SameOption(option, "-ORBSvcConf")) {
-        settings.ssl_profile = arguments.OptionalValue();
+        settings.ssl_profile = arguments.OptionalValueOf(option);
     } else if (option == "-o") {
         settings.ior_file = arguments.ValueOf(option);
     } else if (option == "-p") {

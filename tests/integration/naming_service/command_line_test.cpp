@@ -56,8 +56,30 @@ TEST(NamingCommandLine, RefusesEndpointsOfOtherForms) {
     EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:1,b:2"}), HasSubstr("several addresses"));
     EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:1", "-ORBEndpoint", "iiop://b:2"}),
                 HasSubstr("second endpoint"));
-    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:1/ssl_port=2"}), HasSubstr("SSL port"));
     EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:1/colour=2"}), HasSubstr("\"colour\""));
+}
+
+TEST(NamingCommandLine, ReadsTheComposedCommandWithSsl) {
+    const Settings settings = ParseCommandLine({"-ORBEndpoint", "iiop://n1:12001/ssl_port=22001",
+                                                "-ORBSvcConf", "/etc/ssl.conf", "-o", "../ns.ior"});
+    EXPECT_EQ(settings.port, 12001);
+    EXPECT_EQ(settings.ssl_port, 22001);
+    EXPECT_EQ(settings.ssl_profile, "/etc/ssl.conf");
+    EXPECT_EQ(settings.ior_file, "../ns.ior");
+    EXPECT_TRUE(settings.ignored.empty());
+}
+
+TEST(NamingCommandLine, RefusesAnSslPortThatCantBeServed) {
+    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:1/ssl_port=2"}), HasSubstr("no \"-ORBSvcConf FILE\""));
+    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:1/ssl_port=2", "-ORBSvcConf", "-o", "f"}),
+                HasSubstr("no \"-ORBSvcConf FILE\""));
+    for (const char* port : {"", "=", "=0", "=70000", "=x"}) {
+        EXPECT_THAT(
+            Refusal({"-ORBEndpoint", std::string("iiop://a:1/ssl_port") + port, "-ORBSvcConf", "ssl.conf"}),
+            HasSubstr("no valid port"));
+    }
+    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://a:7/ssl_port=7", "-ORBSvcConf", "ssl.conf"}),
+                HasSubstr("same number"));
 }
 
 TEST(NamingCommandLine, NamesTheUnknownOption) {

@@ -112,16 +112,6 @@ TEST(NamingServiceFaults, NameServerThatEndsAtOnce) {
     EXPECT_FALSE(std::filesystem::exists(run.IorFile()));
 }
 
-TEST(NamingServiceFaults, SslPortIsRefusedRatherThanServedInClear) {
-    NamingRun run;
-    ChildProcess service({QV_NAMING_SERVICE, "-ORBEndpoint",
-                          "iiop://127.0.0.1:" + std::to_string(run.Port()) + "/ssl_port=22001", "-ORBSvcConf",
-                          "ssl.conf", "-o", "../ns.ior"},
-                         run.Options());
-    ExpectRefusal(service, 2, "asks for an SSL port, which this naming service does not offer");
-    EXPECT_TRUE(PortIsFree(run.Port()));
-}
-
 class DamagedBindings : public ::testing::Test {
   protected:
     // Three contexts bound, the service stopped.

@@ -20,9 +20,19 @@ NamingRun::NamingRun(std::string host) : m_host(std::move(host)), m_port(FreePor
     std::filesystem::create_directory(m_options.working_dir);
 }
 
+void NamingRun::UseSsl(const std::string& profile) {
+    m_ssl_port = m_ssl_port != 0 ? m_ssl_port : FreePort();
+    m_profile = profile;
+}
+
 ChildProcess& NamingRun::Start(const std::vector<std::string>& further) {
     std::vector<std::string> arguments{QV_NAMING_SERVICE, "-ORBEndpoint",
-                                       "iiop://" + m_host + ":" + std::to_string(m_port), "-o", "../ns.ior"};
+                                       "iiop://" + m_host + ":" + std::to_string(m_port)};
+    if (m_ssl_port != 0) {
+        arguments.back() += "/ssl_port=" + std::to_string(m_ssl_port);
+        arguments.insert(arguments.end(), {"-ORBSvcConf", m_profile});
+    }
+    arguments.insert(arguments.end(), {"-o", "../ns.ior"});
     arguments.insert(arguments.end(), further.begin(), further.end());
     m_service = std::make_unique<ChildProcess>(arguments, m_options);
     return *m_service;

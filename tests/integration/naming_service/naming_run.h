@@ -12,13 +12,16 @@
 
 namespace qv_test {
 
-constexpr const char* kReady = "serving corbaloc:iiop:";
+constexpr const char* kReady = "serving corbaloc:";
 
 /// One port, one temporary directory laid out as an installation has it (bin/ below it is the working
 /// directory), and the naming service that runs there. Ends its processes when it goes.
 class NamingRun {
   public:
     explicit NamingRun(std::string host = "127.0.0.1");
+
+    /// From the next start on by SSL as well, with this service configuration file.
+    void UseSsl(const std::string& profile);
 
     /// Starts the service with "-o ../ns.ior" and these further arguments, without waiting.
     ChildProcess& Start(const std::vector<std::string>& further = {});
@@ -30,6 +33,7 @@ class NamingRun {
     pid_t ServerPid() const;
 
     int Port() const { return m_port; }
+    int SslPort() const { return m_ssl_port; }
     const TempDir& Dir() const { return m_dir; }
     std::string IorFile() const { return m_dir.File("ns.ior"); }
     std::string DataDir() const { return m_dir.File("naming-" + std::to_string(m_port)); }
@@ -44,6 +48,8 @@ class NamingRun {
     TempDir m_dir;
     std::string m_host;
     int m_port;
+    int m_ssl_port = 0;
+    std::string m_profile;
     ChildOptions m_options;
     std::unique_ptr<ChildProcess> m_service;
 };
