@@ -12,6 +12,7 @@
 
 #include "agent/corbabaseagentconfig.h"
 #include "logging/corbalogutil.h"
+#include "orb/ssl/openssl_types.h"
 #include "platform/self_util_common.h"
 
 namespace NS_CORBA {
@@ -21,17 +22,8 @@ namespace {
 constexpr std::size_t kLineSize = 512;  // end mark included
 constexpr std::size_t kPathSize = 4096;
 
-template <auto Free>
-struct OpenSslFree {
-    template <class Object>
-    void operator()(Object* object) const {
-        Free(object);
-    }
-};
-
-using Certificate = std::unique_ptr<X509, OpenSslFree<&X509_free>>;
-using Store = std::unique_ptr<X509_STORE, OpenSslFree<&X509_STORE_free>>;
-using Verification = std::unique_ptr<X509_STORE_CTX, OpenSslFree<&X509_STORE_CTX_free>>;
+using Store = std::unique_ptr<X509_STORE, qv_ssl::FreeBy<X509_STORE_free>>;
+using Verification = std::unique_ptr<X509_STORE_CTX, qv_ssl::FreeBy<X509_STORE_CTX_free>>;
 
 /// The file that `name` leads to. Of a name that leads nowhere it is what the system got out of it, which
 /// then can't be opened.
@@ -150,13 +142,13 @@ bool CorbaBaseAgentConfig::verifyNBICertCRL(const std::string& caFile, const std
                                             const std::string& crlFile) {
     X509* read = nullptr;
     GetX509Ptr(read, caFile);
-    const Certificate authority(read);
+    const qv_ssl::CertificatePtr authority(read);
     if (authority == nullptr) {
         return true;
     }
     read = nullptr;
     GetX509Ptr(read, certFile);
-    const Certificate certificate(read);
+    const qv_ssl::CertificatePtr certificate(read);
     if (certificate == nullptr) {
         return true;
     }

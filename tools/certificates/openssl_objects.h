@@ -1,8 +1,6 @@
 #pragma once
 
-#include <openssl/bio.h>
 #include <openssl/bn.h>
-#include <openssl/evp.h>
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
 
@@ -10,26 +8,19 @@
 #include <stdexcept>
 #include <string>
 
+#include "orb/ssl/openssl_types.h"
+
 /// OpenSSL's objects with an owner, and its errors as exceptions.
 namespace qv_tools {
 
-template <auto Free>
-struct OpenSslFree {
-    template <class Object>
-    void operator()(Object* object) const {
-        Free(object);
-    }
-};
-
-using BioPtr = std::unique_ptr<BIO, OpenSslFree<&BIO_free_all>>;
-using BigNumberPtr = std::unique_ptr<BIGNUM, OpenSslFree<&BN_free>>;
-using CertificatePtr = std::unique_ptr<X509, OpenSslFree<&X509_free>>;
-using ExtensionPtr = std::unique_ptr<X509_EXTENSION, OpenSslFree<&X509_EXTENSION_free>>;
-using IntegerPtr = std::unique_ptr<ASN1_INTEGER, OpenSslFree<&ASN1_INTEGER_free>>;
-using KeyPtr = std::unique_ptr<EVP_PKEY, OpenSslFree<&EVP_PKEY_free>>;
-using RevocationListPtr = std::unique_ptr<X509_CRL, OpenSslFree<&X509_CRL_free>>;
-using RevokedPtr = std::unique_ptr<X509_REVOKED, OpenSslFree<&X509_REVOKED_free>>;
-using TimePtr = std::unique_ptr<ASN1_TIME, OpenSslFree<&ASN1_TIME_free>>;
+using qv_ssl::BioPtr;
+using qv_ssl::CertificatePtr;
+using qv_ssl::KeyPtr;
+using BigNumberPtr = std::unique_ptr<BIGNUM, qv_ssl::FreeBy<BN_free>>;
+using ExtensionPtr = std::unique_ptr<X509_EXTENSION, qv_ssl::FreeBy<X509_EXTENSION_free>>;
+using RevocationListPtr = std::unique_ptr<X509_CRL, qv_ssl::FreeBy<X509_CRL_free>>;
+using RevokedPtr = std::unique_ptr<X509_REVOKED, qv_ssl::FreeBy<X509_REVOKED_free>>;
+using TimePtr = std::unique_ptr<ASN1_TIME, qv_ssl::FreeBy<ASN1_TIME_free>>;
 
 /// "`what`: " and the reason that OpenSSL noted last on this thread, whose notes are cleared.
 std::runtime_error OpenSslError(const std::string& what);
