@@ -8,6 +8,7 @@
 
 #include "orb/portability.h"
 #include "services/common/listen_addresses.h"
+#include "services/common/ssl_profile.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
 #include "services/notify/program/call_limit.h"
@@ -42,6 +43,20 @@ std::string LookAtEndpoint(const Settings& settings) {
     }
     qv_service::ListenAddresses(settings.host, settings.port);
     return settings.host + ":" + std::to_string(settings.port) + " is free";
+}
+
+std::string LookAtSsl(const Settings& settings) {
+    const qv_service::SslProfile profile = qv_service::LoadSslProfile(settings.ssl_profile);
+    if (*settings.ssl_port == 0) {
+        throw qv_service::StartError(
+            "ssl_port names no port, so persistent channels can't be offered and clients lose their "
+            "references "
+            "with each start. Give a port.");
+    }
+    qv_service::ListenAddresses(settings.host, *settings.ssl_port);
+    return settings.host + ":" + std::to_string(*settings.ssl_port) + " is free, and " +
+           settings.ssl_profile + " can be used; requests in clear are " +
+           (profile.settings.no_protection ? "served too" : "refused");
 }
 
 std::string LookAtStore(const Settings& settings) {
@@ -81,7 +96,10 @@ std::string LookAtNaming(const Settings& settings) {
 int CheckSetup(const Settings& settings) {
     Findings findings;
     findings.Try("end point", [&] { return LookAtEndpoint(settings); });
-    if (settings.port != 0) {
+    if (settings.ssl_port) {
+        findings.Try("SSL", [&] { return LookAtSsl(settings); });
+    }
+    if (HasLastingAddress(settings)) {
         findings.Try("store", [&] { return LookAtStore(settings); });
     }
     if (!settings.ior_file.empty()) {

@@ -79,6 +79,29 @@ class Arguments {
     std::size_t m_next = 0;
 };
 
+std::uint16_t ReadPort(const std::string& digits, const std::string& endpoint) {
+    unsigned port = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+    if (error != std::errc() || end != digits.data() + digits.size() || port > 65535) {
+        Refuse("The port \"" + digits + "\" of \"" + endpoint + "\" is not a number from 0 to 65535.");
+    }
+    return static_cast<std::uint16_t>(port);
+}
+
+// "…/option&ssl_port=PORT": other options are the ORB's business.
+void ReadSslPort(const std::string& options, const std::string& endpoint, Settings& settings) {
+    constexpr const char* kName = "ssl_port=";
+    for (std::size_t begin = 0; begin < options.size();) {
+        const std::size_t end = std::min(options.find('&', begin), options.size());
+        const std::string option = options.substr(begin, end - begin);
+        if (option.rfind(kName, 0) == 0) {
+            const std::string digits = option.substr(std::string(kName).size());
+            settings.ssl_port = digits.empty() ? std::uint16_t{0} : ReadPort(digits, endpoint);
+        }
+        begin = end + 1;
+    }
+}
+
 // The first "iiop://[version@]host:port…" tells where the service is; the ORB reads the rest.
 void ReadEndpoint(const std::string& endpoint, Settings& settings) {
     constexpr const char* kScheme = "iiop://";
@@ -86,7 +109,11 @@ void ReadEndpoint(const std::string& endpoint, Settings& settings) {
         Refuse("The end point \"" + endpoint + "\" is not of the form iiop://HOST:PORT.");
     }
     std::string address = endpoint.substr(std::string(kScheme).size());
-    address = address.substr(0, address.find_first_of("/,;"));
+    address = address.substr(0, address.find_first_of(",;"));
+    if (const std::size_t slash = address.find('/'); slash != std::string::npos) {
+        ReadSslPort(address.substr(slash + 1), endpoint, settings);
+        address.resize(slash);
+    }
     if (const std::size_t version = address.find('@'); version != std::string::npos) {
         address = address.substr(version + 1);
     }
@@ -96,13 +123,7 @@ void ReadEndpoint(const std::string& endpoint, Settings& settings) {
         return;
     }
     settings.host = address.substr(0, colon);
-    const std::string digits = address.substr(colon + 1);
-    unsigned port = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-    if (error != std::errc() || end != digits.data() + digits.size() || port > 65535) {
-        Refuse("The port \"" + digits + "\" of \"" + endpoint + "\" is not a number from 0 to 65535.");
-    }
-    settings.port = static_cast<std::uint16_t>(port);
+    settings.port = ReadPort(address.substr(colon + 1), endpoint);
 }
 
 void ReadOrbOption(const std::string& option, Arguments& arguments, Settings& settings) {
@@ -114,6 +135,9 @@ void ReadOrbOption(const std::string& option, Arguments& arguments, Settings& se
     settings.orb_arguments.push_back(value);
     if (SameOption(option, "-ORBInitRef") && value.rfind("NameService=", 0) == 0) {
         settings.register_name = true;
+    }
+    if (SameOption(option, "-ORBSvcConf")) {
+        settings.ssl_profile = value;
     }
     const bool endpoint = SameOption(option, "-ORBEndpoint") || SameOption(option, "-ORBListenEndpoints");
     if (endpoint && settings.port == 0) {
@@ -194,6 +218,12 @@ Settings ParseCommandLine(const std::vector<std::string>& list) {
         ReadOption(option, arguments, settings);
     }
     settings.register_name = settings.register_name && !settings.never_register;
+    if (settings.ssl_port && settings.ssl_profile.empty()) {
+        Refuse("The end point asks for an SSL port, but no \"-ORBSvcConf FILE\" names the SSL options.");
+    }
+    if (settings.ssl_port && settings.port != 0 && *settings.ssl_port == settings.port) {
+        Refuse("The end point has the same number for both ports.");
+    }
     return settings;
 }
 
@@ -205,9 +235,12 @@ std::string UsageText() {
            "SIGTERM,\n"
            "SIGINT or SIGHUP.\n"
            "\n"
-           "  -ORBEndpoint E         where to listen; without a port nothing can outlive the process\n"
+           "  -ORBEndpoint E         where to listen; without a port nothing can outlive the process; with\n"
+           "                         /ssl_port=PORT behind it, by SSL as well\n"
            "  -ORBInitRef N=R        where the naming service is, in which the factory is registered\n"
-           "  -ORBSvcConf FILE       service configuration of the ORB, for SSL\n"
+           "  -ORBSvcConf FILE       service configuration file with the options of the SSLIOP factory; "
+           "requests at\n"
+           "                         the plain port are refused unless -SSLNoProtection stands there\n"
            "  -Factory NAME          name of the factory instead of NotifyEventChannelFactory\n"
            "  -IORoutput FILE        write the reference of the factory to FILE once the service is up\n"
            "  -NoNameSvc             register nothing\n"

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ struct Settings {
     std::vector<std::string> orb_arguments;  ///< the -ORB options, for the ORB
     std::string host;                        ///< of the first end point; empty: every interface
     std::uint16_t port = 0;                  ///< 0: chosen by the system, so nothing can outlive the process
+    std::optional<std::uint16_t> ssl_port;   ///< none: no SSL; 0: chosen by the system
+    std::string ssl_profile;                 ///< "-ORBSvcConf", empty when absent
     std::string factory_name = "NotifyEventChannelFactory";
     bool register_name = false;   ///< in the naming service, which -ORBInitRef names
     bool never_register = false;  ///< "-NoNameSvc", wherever it stands
@@ -27,6 +30,11 @@ struct Settings {
     bool help = false;
     std::vector<std::string> ignored;  ///< one sentence per option that has no counterpart here
 };
+
+/// Whether references stay the same over a restart, so that channels may outlive the process.
+inline bool HasLastingAddress(const Settings& settings) {
+    return settings.port != 0 && settings.ssl_port != std::optional<std::uint16_t>(std::uint16_t{0});
+}
 
 /// Reads the arguments that follow the program's name. Throws StartError (kExitUsage) that names the argument
 /// it can't accept.

@@ -11,6 +11,7 @@
 #include "orb/portability.h"
 #include "orb/request_hold.h"
 #include "services/common/listen_addresses.h"
+#include "services/common/ssl_profile.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
 #include "services/notify/program/call_limit.h"
@@ -100,6 +101,9 @@ int NotifyFront::Run() {
     if (!m_settings.pid_file.empty()) {
         qv_service::RequireWritable(m_settings.pid_file, "the process id of the notification service");
     }
+    if (m_settings.ssl_port) {
+        qv_service::LoadSslProfile(m_settings.ssl_profile);
+    }
     const std::unique_ptr<Store> store = OpenStore();
     OperatorLog log(Tell);
     // Who asks for a channel now is not to hear that it doesn't exist, and make another one.
@@ -159,13 +163,16 @@ FactoryServant::Restored NotifyFront::Restore(FactoryServant& factory, Store* st
 }
 
 std::unique_ptr<Store> NotifyFront::OpenStore() const {
-    if (m_settings.port == 0) {
+    if (!HasLastingAddress(m_settings)) {
         Tell(
             "without a port in -ORBEndpoint references change with each start, so persistent channels are "
             "not offered");
         return nullptr;
     }
     qv_service::ListenAddresses(m_settings.host, m_settings.port);
+    if (m_settings.ssl_port) {
+        qv_service::ListenAddresses(m_settings.host, *m_settings.ssl_port);
+    }
     const std::filesystem::path file = PrepareStoreFile(ChooseDataDirectory(m_settings));
     try {
         return std::make_unique<Store>(file.string());
@@ -191,6 +198,14 @@ CORBA::ORB_ptr NotifyFront::StartOrb() const {
     }
 }
 
+std::string NotifyFront::Corbaloc() const {
+    if (!m_settings.ssl_port) {
+        return "corbaloc:iiop:" + Address(m_settings);
+    }
+    return "corbaloc:ssliop:" + (m_settings.host.empty() ? "*" : m_settings.host) + ":" +
+           std::to_string(*m_settings.ssl_port);
+}
+
 void NotifyFront::Announce(const std::string& reference, const Store* store,
                            const FactoryServant::Restored& restored) const {
     if (!m_settings.ior_file.empty()) {
@@ -201,8 +216,7 @@ void NotifyFront::Announce(const std::string& reference, const Store* store,
         qv_service::ReplaceTextFile(m_settings.pid_file, std::to_string(getpid()) + "\n",
                                     "the process id of the notification service");
     }
-    std::printf("Notify_Service: serving corbaloc:iiop:%s/%s", Address(m_settings).c_str(),
-                m_settings.factory_name.c_str());
+    std::printf("Notify_Service: serving %s/%s", Corbaloc().c_str(), m_settings.factory_name.c_str());
     if (store != nullptr) {
         std::printf(", %zu channels, %zu consumers and %zu events kept in %s", restored.channels,
                     restored.consumers, restored.events, ChooseDataDirectory(m_settings).c_str());

@@ -22,6 +22,7 @@ class NotifyFront {
 
   private:
     std::unique_ptr<Store> OpenStore() const;
+    std::string Corbaloc() const;
     CORBA::ORB_ptr StartOrb() const;
     FactoryServant::Restored Restore(FactoryServant& factory, Store* store) const;
     void Announce(const std::string& reference, const Store* store,

@@ -10,9 +10,14 @@ namespace qv_test {
 namespace {
 
 CORBA::ORB_ptr StartOrb() {
-    int argc = 0;
-    char* argv[] = {nullptr};
-    CORBA::ORB_var orb = CORBA::ORB_init(argc, argv);
+    std::vector<std::string> options = ClientOrbOptions();
+    std::vector<char*> argv;
+    for (std::string& option : options) {
+        argv.push_back(option.data());
+    }
+    int argc = static_cast<int>(argv.size());
+    argv.push_back(nullptr);
+    CORBA::ORB_var orb = CORBA::ORB_init(argc, argv.data());
     const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
     const PortableServer::POA_var root = PortableServer::POA::_narrow(object.in());
     const PortableServer::POAManager_var manager = root->the_POAManager();
@@ -27,6 +32,11 @@ void Note(std::vector<std::string>& list, const CosNotification::EventTypeSeq& t
 }
 
 }  // namespace
+
+std::vector<std::string>& ClientOrbOptions() {
+    static std::vector<std::string> options;
+    return options;
+}
 
 CORBA::ORB_ptr ClientOrb() {
     static const CORBA::ORB_var orb = StartOrb();

@@ -16,6 +16,8 @@ namespace qv_test {
 
 /// The ORB of this process, whose POAs serve; the first call starts it.
 CORBA::ORB_ptr ClientOrb();
+/// Further options for that ORB, to be set ahead of the first call.
+std::vector<std::string>& ClientOrbOptions();
 
 /// The factory behind a corbaloc or IOR text.
 CosNotifyChannelAdmin::EventChannelFactory_var FactoryAt(const std::string& reference);

@@ -15,8 +15,8 @@ namespace qv_test {
 class NotifyServiceRun {
   public:
     /// Starts the service and waits until it is up. `options` follow those for the end point and the
-    /// directory.
-    explicit NotifyServiceRun(std::vector<std::string> options = {});
+    /// directory. With a service configuration file it serves by SSL as well.
+    explicit NotifyServiceRun(std::vector<std::string> options = {}, std::string ssl_profile = {});
 
     /// Starts it again, once it has ended.
     void Start();
@@ -27,6 +27,7 @@ class NotifyServiceRun {
 
     ChildProcess& Process() { return *m_process; }
     int Port() const { return m_port; }
+    int SslPort() const { return m_ssl_port; }
     std::string Corbaloc() const;
     std::string StoreFile() const { return m_dir.File("data/notify.db"); }
     /// What it said to the operator in all runs so far.
@@ -35,6 +36,8 @@ class NotifyServiceRun {
   private:
     const TempDir m_dir;
     const int m_port;
+    const std::string m_ssl_profile;
+    const int m_ssl_port;  // 0: no SSL
     const std::vector<std::string> m_options;
     std::string m_said;
     std::unique_ptr<ChildProcess> m_process;
