@@ -4,6 +4,7 @@
 #include <csignal>
 
 #include "tests/unit/agent/ssl_fixture.h"
+#include "tools/ssl/agent_view.h"
 
 namespace qv_test {
 namespace {
@@ -104,6 +105,28 @@ TEST_F(SslCertificates, ALineOfFiveHundredAndElevenIsTheLongest) {
     EXPECT_EQ("/behind", config().GetNBISSLCertificate());
     ReadProfile(line);
     EXPECT_EQ(path, config().GetNBISSLCAfile());
+}
+
+/// qv_ssl tells operators what the agent reads; it has to be right.
+TEST_F(SslCertificates, TheCheckCommandReadsAsTheAgentDoes) {
+    const std::string longest = "-SSLCAfile PEM:" + std::string(496, 'a');
+    for (const std::string& text :
+         {ProfileText(OptionsFor(m_agent)), std::string(), std::string("-SSLCAfile"),
+          std::string("\n\r\n-SSLCAfile PEM:/a\r\n-SSLCertificate PEM: /b \n"),
+          std::string(
+              "-SSLPrivateKeyPasswd  two words -SSLPrivateKey PEM:/k\n-SSLPrivateKey -SSLCAfile PEM:PEM:/k"),
+          std::string("# -SSLPrivateKeyPasswdx\n-SSLPrivateKeyPasswd\ty\n-SSLCertificates PEM:/c\n"),
+          std::string("-SSLCertificate PEM:/one\n-SSLCertificate\n"), longest, longest + "\n"}) {
+        NS_CORBA::CorbaBaseAgentConfig::Destroy();
+        ReadProfile(text);
+        const qv_tools::AgentView view = qv_tools::ViewOfAgent(text);
+        EXPECT_EQ(config().GetNBISSLPrivateKeyPasswd(), view.pass_phrase) << text;
+        EXPECT_EQ(config().GetNBISSLPrivateKey(), view.private_key_file) << text;
+        EXPECT_EQ(config().GetNBISSLCertificate(), view.certificate_file) << text;
+        EXPECT_EQ(config().GetNBISSLCAfile(), view.authority_file) << text;
+        EXPECT_EQ(0u, view.endless_line) << text;
+    }
+    EXPECT_EQ(1u, qv_tools::ViewOfAgent(longest + "a").endless_line);
 }
 
 /// Ends the process when it has used a second of processor time, and in any case after half a minute.
