@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 namespace qv_tools {
 namespace {
@@ -29,6 +30,20 @@ void CheckWriters(const std::string& file, const struct stat& status, Findings& 
         findings.Warn(kPermissions, file,
                       "it belongs to another user, with the id " + std::to_string(status.st_uid),
                       "Run this check as the user that the agent runs as, and give that user the file.");
+    }
+}
+
+/// Who may change the directory may put another file in this one's place.
+void CheckDirectory(const std::string& file, Findings& findings) {
+    const std::string parent = std::filesystem::path(file).parent_path().string();
+    const std::string directory = parent.empty() ? "." : parent;
+    struct stat status {};
+    if (stat(directory.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0 &&
+        (status.st_mode & S_ISVTX) == 0) {
+        findings.Error(kPermissions, file,
+                       "every user of this machine may replace it, for " + directory + " has " +
+                           ModeText(status.st_mode),
+                       "chmod o-w " + directory);
     }
 }
 
@@ -74,6 +89,7 @@ void CheckPermissions(const std::string& file, Secrecy secrecy, Findings& findin
         return;  // it was taken away since it was read
     }
     CheckWriters(file, status, findings);
+    CheckDirectory(file, findings);
     if (secrecy == Secrecy::kSecret) {
         CheckReaders(file, status, findings);
     }

@@ -23,6 +23,11 @@ constexpr const char* kRevocation = "revocation";
 
 using ListPtr = std::unique_ptr<X509_CRL, qv_ssl::FreeBy<X509_CRL_free>>;
 
+/// OpenSSL would ask on the terminal for the pass phrase of a list that says it is encrypted.
+int AskNobody(char* /*buffer*/, int /*size*/, int /*writing*/, void* /*data*/) {
+    return -1;
+}
+
 /// One revocation list against the agent's certificate.
 class ListCheck {
   public:
@@ -44,7 +49,7 @@ class ListCheck {
     bool Load() {
         const qv_ssl::BioPtr bio(BIO_new_file(m_file.c_str(), "r"));
         if (bio) {
-            m_list.reset(PEM_read_bio_X509_CRL(bio.get(), nullptr, nullptr, nullptr));
+            m_list.reset(PEM_read_bio_X509_CRL(bio.get(), nullptr, &AskNobody, nullptr));
         }
         if (!m_list) {
             m_findings.Error(
@@ -52,7 +57,7 @@ class ListCheck {
                 "If it is in DER form: openssl crl -inform DER -in FILE -out FILE. Otherwise take it away.");
             return false;
         }
-        const ListPtr second(PEM_read_bio_X509_CRL(bio.get(), nullptr, nullptr, nullptr));
+        const ListPtr second(PEM_read_bio_X509_CRL(bio.get(), nullptr, &AskNobody, nullptr));
         if (second) {
             m_findings.Warn(kRevocation, m_file, "the agent reads its first list only",
                             "Put each list into a file of its own.");

@@ -77,6 +77,18 @@ TEST_F(SslCertificateCheck, NobodyElseMayChangeACertificate) {
                 ElementsAre(Error("permissions", "mode 0666: others than its owner may change it")));
 }
 
+TEST_F(SslCertificateCheck, NobodyElseMayReplaceACertificate) {
+    const std::string open = m_dir.File("open");
+    fs::create_directory(open);
+    m_options.authorities = open + "/authority.pem";
+    fs::copy_file(m_agent.authorities, m_options.authorities);
+    SetMode(open, 0777);
+    EXPECT_THAT(Troubles(Check()),
+                ElementsAre(Error("permissions", "may replace it, for " + open + " has mode 0777")));
+    SetMode(open, 01777);
+    EXPECT_THAT(Troubles(Check()), IsEmpty());
+}
+
 TEST_F(SslCertificateCheck, ACertificateOfAnotherAuthorityIsNotTrusted) {
     const TestAuthority stranger(m_dir, "stranger");
     m_options = OptionsFor(stranger.Issue("foreign"));
