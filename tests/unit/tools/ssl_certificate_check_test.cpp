@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "tests/unit/tools/ssl_check_fixture.h"
 
 namespace qv_test {
@@ -75,6 +77,15 @@ TEST_F(SslCertificateCheck, NobodyElseMayChangeACertificate) {
     SetMode(m_agent.authorities, 0666);
     EXPECT_THAT(Troubles(Check()),
                 ElementsAre(Error("permissions", "mode 0666: others than its owner may change it")));
+}
+
+TEST_F(SslCertificateCheck, AFileOfAnotherUserIsWarnedOf) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root may give files away";
+    }
+    ASSERT_EQ(0, chown(m_agent.key.c_str(), 65534, getegid()));
+    EXPECT_THAT(Troubles(Check()),
+                ElementsAre(Warning("permissions", "it belongs to another user, with the id 65534")));
 }
 
 TEST_F(SslCertificateCheck, NobodyElseMayReplaceACertificate) {
