@@ -55,6 +55,29 @@ TEST(NotifyCommandLine, TakesTheUsualOne) {
     EXPECT_THAT(settings.ignored, IsEmpty());
 }
 
+TEST(NotifyCommandLine, TakesTheOneWithSsl) {
+    const Arguments arguments = {"-ORBInitRef",  "NameService=corbaloc:ssliop:n1:22001/NameService",
+                                 "-ORBEndpoint", "iiop://n1:12002/ssl_port=22002",
+                                 "-ORBSvcConf",  "/etc/ssl.conf"};
+    const Settings settings = ParseCommandLine(arguments);
+    EXPECT_EQ(settings.host, "n1");
+    EXPECT_EQ(settings.port, 12002);
+    EXPECT_EQ(settings.ssl_port, 22002);
+    EXPECT_EQ(settings.ssl_profile, "/etc/ssl.conf");
+    EXPECT_EQ(settings.orb_arguments, arguments);
+    EXPECT_TRUE(qv_notify::HasLastingAddress(settings));
+    EXPECT_FALSE(qv_notify::HasLastingAddress(
+        ParseCommandLine({"-ORBEndpoint", "iiop://n1:12002/ssl_port=0", "-ORBSvcConf", "/etc/ssl.conf"})));
+}
+
+TEST(NotifyCommandLine, RefusesAnSslPortThatCantBeServed) {
+    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://n1:1/ssl_port=2"}), HasSubstr("no \"-ORBSvcConf FILE\""));
+    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://n1:1/portspan=2&ssl_port=x", "-ORBSvcConf", "f"}),
+                HasSubstr("The port \"x\""));
+    EXPECT_THAT(Refusal({"-ORBEndpoint", "iiop://n1:7/ssl_port=7", "-ORBSvcConf", "f"}),
+                HasSubstr("same number for both ports"));
+}
+
 TEST(NotifyCommandLine, ReadsEndPoints) {
     const auto at = [](const std::string& endpoint) {
         const Settings settings = ParseCommandLine({"-ORBListenEndpoints", endpoint});
