@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -78,7 +80,7 @@ class OptionReader {
         SslSettings& ssl = *config_.ssl;
         // The pass phrase goes first: what follows it must never be taken for an option and be shown.
         if (Same(option, "-SSLPrivateKeyPasswd")) {
-            ssl.pass_phrase = Value(option);
+            ssl.pass_phrase = PassPhrase(option);
         } else if (Same(option, "-SSLPassword")) {
             ssl.pass_phrase = PlainPassPhrase(option);
         } else if (Same(option, "-SSLPrivateKey")) {
@@ -102,20 +104,35 @@ class OptionReader {
         }
     }
 
-    // All words up to the next option or the end of the line; the first one may look like an option.
+    bool ValueFollows() const { return next_ < words_.size() && words_[next_] != "\n"; }
+    bool WordOfValueFollows() const { return ValueFollows() && words_[next_].rfind('-', 0) != 0; }
+
+    // All words up to the next option or the end of the line.
     std::string Value(const std::string& option) {
-        if (next_ == words_.size() || words_[next_] == "\n") {
+        if (!WordOfValueFollows()) {
             Refuse(option + " needs a value");
         }
+        return Words();
+    }
+
+    // The first word may look like an option.
+    std::string PassPhrase(const std::string& option) {
+        if (!ValueFollows()) {
+            Refuse(option + " needs a value");
+        }
+        return Words();
+    }
+
+    std::string Words() {
         std::string value = words_[next_++];
-        while (next_ < words_.size() && words_[next_] != "\n" && words_[next_].rfind('-', 0) != 0) {
+        while (WordOfValueFollows()) {
             value += " " + words_[next_++];
         }
         return WithVariables(value);
     }
 
     std::string PlainPassPhrase(const std::string& option) {
-        std::string value = Value(option);
+        std::string value = PassPhrase(option);
         for (const char* source : {"prompt:", "file:", "env:"}) {
             if (value.rfind(source, 0) == 0) {
                 Refuse(option + " takes the pass phrase itself here, not a \"" + source + "\"");
@@ -153,7 +170,7 @@ class OptionReader {
         if (Same(value, "SERVER_AND_CLIENT")) {
             return Authenticate::kServerAndClient;
         }
-        Refuse(option + " is NONE, SERVER, CLIENT or SERVER_AND_CLIENT, not \"" + value + "\"");
+        Refuse(option + " is NONE, SERVER, CLIENT or SERVER_AND_CLIENT and nothing else");
     }
 
     void TakeInert(const std::string& option) {
@@ -167,11 +184,19 @@ class OptionReader {
             }
         }
         // What is no option may be a part of a secret.
-        Remark(option.rfind("-", 0) == 0 ? "the SSL option " + option + " is unknown and has no effect"
-                                         : "a word ahead of the first SSL option has no effect");
-        while (next_ < words_.size() && words_[next_] != "\n" && words_[next_].rfind('-', 0) != 0) {
+        Remark(option.rfind('-', 0) == 0
+                   ? "the SSL option " + NameIn(option) + " is unknown and has no effect"
+                   : "a word ahead of the first SSL option has no effect");
+        while (WordOfValueFollows()) {
             ++next_;
         }
+    }
+
+    static std::string NameIn(const std::string& option) {
+        const auto end = std::find_if_not(option.begin(), option.end(), [](unsigned char c) {
+            return std::isalnum(c) != 0 || c == '-' || c == '_';
+        });
+        return std::string(option.begin(), end);
     }
 
     void Remark(const std::string& what) { config_.remarks.push_back(path_ + ": " + what); }

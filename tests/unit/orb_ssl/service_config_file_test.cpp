@@ -90,7 +90,7 @@ TEST(ServiceConfigFile, Modes) {
     EXPECT_EQ(
         Failure("\"-SSLAuthenticate BOTH\""),
         "the service configuration file the.conf can't be used: -SSLAuthenticate is NONE, SERVER, CLIENT or "
-        "SERVER_AND_CLIENT, not \"BOTH\"");
+        "SERVER_AND_CLIENT and nothing else");
 }
 
 TEST(ServiceConfigFile, NoProtectionAndTheRest) {
@@ -117,6 +117,13 @@ TEST(ServiceConfigFile, AnOptionWithoutItsValueIsRefused) {
               "the service configuration file the.conf can't be used: -SSLPrivateKey needs a value");
     EXPECT_EQ(Failure("\"-SSLCAfile PEM:\""),
               "the service configuration file the.conf can't be used: -SSLCAfile names no file");
+}
+
+TEST(ServiceConfigFile, APassPhraseIsNotTakenForAnotherOptionsValue) {
+    EXPECT_EQ(Failure("\"-SSLAuthenticate -SSLPrivateKeyPasswd secret\""),
+              "the service configuration file the.conf can't be used: -SSLAuthenticate needs a value");
+    EXPECT_EQ(Parse(std::string(kDirective) + "\"'-SSLColour -SSLPrivateKeyPasswd secret'\"").remarks,
+              std::vector<std::string>{"the.conf: the SSL option -SSLColour is unknown and has no effect"});
 }
 
 TEST(ServiceConfigFile, UnknownAndIdleOptionsAreMentionedWithoutTheirValues) {
