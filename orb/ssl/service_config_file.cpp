@@ -78,6 +78,10 @@ class OptionReader {
   private:
     void Take(const std::string& option) {
         SslSettings& ssl = *config_.ssl;
+        if (NameIn(option) != option) {
+            TakeUnknown(option);
+            return;
+        }
         // The pass phrase goes first: what follows it must never be taken for an option and be shown.
         if (Same(option, "-SSLPrivateKeyPasswd")) {
             ssl.pass_phrase = PassPhrase(option);
@@ -183,7 +187,11 @@ class OptionReader {
                 return;
             }
         }
-        // What is no option may be a part of a secret.
+        TakeUnknown(option);
+    }
+
+    // What is no option may be a part of a secret.
+    void TakeUnknown(const std::string& option) {
         Remark(option.rfind('-', 0) == 0
                    ? "the SSL option " + NameIn(option) + " is unknown and has no effect"
                    : "a word ahead of the first SSL option has no effect");
