@@ -19,8 +19,12 @@ std::atomic<HandshakeSink> g_sink{nullptr};
 struct Handshake {
     std::string peer;
     bool serving = false;
-    bool settled = false;  // completed, or its failure was told
+    bool settled = false;    // completed, or its failure was told
+    int renegotiations = 0;  // that were asked for
 };
+
+// A client that asks by mistake stays connected; one that goes on asking wants to keep this machine busy.
+constexpr int kRenegotiations = 3;
 
 std::string PeerOf(const SSL* connection) {
     sockaddr_storage address{};
@@ -103,6 +107,16 @@ void Failed(const SSL* connection, Handshake& handshake) {
     Tell(handshake, DescribeFailure(error, SSL_get_verify_result(connection)));
 }
 
+// OpenSSL answers each with a warning.
+void RenegotiationRefused(const SSL* connection, Handshake& handshake) {
+    if (++handshake.renegotiations == kRenegotiations) {
+        handshake.settled = false;
+        Tell(handshake,
+             "asks for a renegotiation again and again, which is not offered; the connection was closed");
+        shutdown(SSL_get_fd(connection), SHUT_RDWR);
+    }
+}
+
 }  // namespace
 
 void SetHandshakeSink(HandshakeSink sink) {
@@ -121,6 +135,8 @@ void WatchHandshake(const SSL* connection, int where, int result) {
         handshake->settled = true;
     } else if ((where & SSL_CB_EXIT) != 0 && result <= 0) {
         Failed(connection, *handshake);
+    } else if (where == SSL_CB_WRITE_ALERT && (result & 0xff) == SSL_AD_NO_RENEGOTIATION) {
+        RenegotiationRefused(connection, *handshake);
     } else if (where == SSL_CB_READ_ALERT && (result >> 8) == SSL3_AL_FATAL &&
                SSL_is_init_finished(connection)) {
         // With TLS 1.3 a client believes itself connected when the server looks at its certificate.

@@ -7,14 +7,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
-#include "orb/ssl/tls_setup.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
 #include "services/naming/locate_probe.h"
+#include "services/naming/server_command.h"
 #include "services/naming/ssl_library.h"
 
 namespace qv_naming {
@@ -100,17 +99,20 @@ int NamingFront::Run() {
     if (const std::string repaired = data.Repair(); !repaired.empty()) {
         Tell(repaired);
     }
-    std::vector<std::string> command = ServerCommand(data, addresses);
+    const qv_ssl::SslSettings* const ssl = ssl_ ? &ssl_->settings : nullptr;
+    std::vector<std::string> command = ServerCommand(settings_, ssl, data.Path(), addresses);
     command.insert(command.begin(), program);
 
     StartGuard guard(data);
-    NameServerProcess server(command, ServerVariables());
+    NameServerProcess server(command,
+                             ssl_ ? SslVariables(settings_, ssl_library_) : std::vector<std::string>{});
     if (!WaitUntilServing(server, data, addresses.front())) {
         return Stop(server);
     }
     Publish();
     guard.Succeeded();
-    std::printf("Naming_Service: serving %s, bindings in %s\n", Corbaloc().c_str(), data.Path().c_str());
+    std::printf("Naming_Service: serving %s, bindings in %s\n", WhereItServes(settings_, ssl).c_str(),
+                data.Path().c_str());
     std::fflush(stdout);
     return Serve(server);
 }
@@ -141,56 +143,6 @@ void NamingFront::LoadSsl() {
     for (const std::string& remark : ssl_->remarks) {
         Tell(remark);
     }
-}
-
-std::string NamingFront::Corbaloc() const {
-    const std::string host = settings_.host.empty() ? "*" : settings_.host;
-    const auto of = [&](const char* protocol, unsigned port) {
-        return std::string("corbaloc:") + protocol + ":" + host + ":" + std::to_string(port) + "/NameService";
-    };
-    if (!ssl_) {
-        return of("iiop", settings_.port);
-    }
-    return of("ssliop", settings_.ssl_port) +
-           (ssl_->settings.no_protection ? " and " + of("iiop", settings_.port) : "");
-}
-
-std::vector<std::string> NamingFront::ServerCommand(const DataDirectory& data,
-                                                    const AddressList& addresses) const {
-    const std::string port = std::to_string(settings_.port);
-    const std::string ssl_port = std::to_string(settings_.ssl_port);
-    std::vector<std::string> command{
-        "-start", port, "-always", "-datadir", data.Path().string(), "-nohostname", "-ORBtraceLevel", "1"};
-    const auto add = [&command](const char* option, const std::string& value) {
-        command.insert(command.end(), {option, value});
-    };
-    for (const std::string& address : addresses) {
-        add("-ORBendPoint", "giop:tcp:" + address + ":" + port);
-    }
-    std::string published = "giop:tcp:" + settings_.host + ":" + port;
-    if (ssl_) {
-        for (const std::string& address : addresses) {
-            add("-ORBendPoint", "giop:ssl:" + address + ":" + ssl_port);
-        }
-        published += ",giop:ssl:" + settings_.host + ":" + ssl_port;
-        add("-ORBclientTransportRule", ssl_->settings.no_protection ? "* unix,ssl,tcp" : "* unix,ssl");
-        add("-ORBsslAcceptTimeOut", std::to_string(qv_ssl::kHandshakePatience.count()));
-    }
-    if (!addresses.front().empty()) {
-        add("-ORBendPointPublish", published);
-    }
-    return command;
-}
-
-// The pass phrase is in the file alone: others may read the command line and, with the same user, the
-// environment.
-std::vector<std::string> NamingFront::ServerVariables() const {
-    if (!ssl_) {
-        return {};
-    }
-    const char* const others = std::getenv("LD_PRELOAD");
-    return {"QV_NAMING_SSL_PROFILE=" + settings_.ssl_profile,
-            "LD_PRELOAD=" + ssl_library_ + (others != nullptr ? std::string(":") + others : "")};
 }
 
 bool NamingFront::Answers(const std::string& address, milliseconds limit) const {

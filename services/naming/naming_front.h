@@ -31,10 +31,7 @@ class NamingFront {
 
     void TakeSignals();
     void LoadSsl();
-    std::vector<std::string> ServerCommand(const DataDirectory& data, const AddressList& addresses) const;
-    std::vector<std::string> ServerVariables() const;
     bool Answers(const std::string& address, std::chrono::milliseconds limit) const;
-    std::string Corbaloc() const;
     /// False when the process was told to end meanwhile.
     bool WaitUntilServing(NameServerProcess& server, const DataDirectory& data, const std::string& address);
     void RequireAlive(NameServerProcess& server, const DataDirectory& data);
