@@ -28,8 +28,9 @@ usage() {
 usage: ./run.sh COMMAND [ARGUMENTS]
 
   demo          build, then show OSSs that log in, read, change, are turned away and receive events, also through an
-                outage of the notification service, and what the agent recorded of it
-  agent         build, then leave the demo agent running until Ctrl-C
+                outage of the notification service, and what the agent recorded of it; with --ssl all of that goes
+                by SSL with certificates made on the spot, and clients are shown that are turned away for theirs
+  agent         build, then leave the demo agent running until Ctrl-C, by SSL with --ssl
   test          build everything and run all tests; arguments go to ctest, as in ./run.sh test -R naming
   bench         build optimised and run the benchmarks; arguments go to them
   install-deps  only install the packages that are missing

@@ -1,8 +1,12 @@
 # What run_demo.sh and run_agent.sh share; to be sourced.
-# Needs: BIN (directory of the programs), DATA (this demo's data), DIR (where everything is written).
+# Needs: BIN (directory of the programs), DATA (this demo's data), DIR (where everything is written), WITH_SSL (empty
+# for calls in clear).
 # shellcheck shell=bash
+# shellcheck source=demo/ssl_lib.sh
+source "$HERE/ssl_lib.sh"
 
 HOST=127.0.0.2
+# shellcheck disable=SC2034  # for who sources this
 USER_NAME=oss
 PIDS=()
 
@@ -21,7 +25,7 @@ die() {
 
 need_programs() {
   local program
-  for program in Naming_Service Notify_Service qv_demo_agent qv_demo_oss qv_user; do
+  for program in Naming_Service Notify_Service qv_demo_agent qv_demo_oss qv_user ${WITH_SSL:+qv_ssl}; do
     [[ -x "$BIN/$program" ]] || die "$BIN/$program is missing; build it first (./run.sh does)"
   done
 }
@@ -51,7 +55,9 @@ PY
 }
 
 # fill_in NAMING_PORT AGENT_PORT NOTIFY_PORT TEMPLATE: the configuration with these ports
-fill_in() { sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" -e "s/@NOTIFY_PORT@/$3/" "$DATA/$4"; }
+fill_in() {
+  sed -e "s/@NAMING_PORT@/$1/" -e "s/@AGENT_PORT@/$2/" -e "s/@NOTIFY_PORT@/$3/" "$DATA/$4" | add_ssl_settings "${@:1:3}"
+}
 
 # write_config NAMING_PORT AGENT_PORT [NOTIFY_PORT]; without the last one no events can be sent
 write_config() { fill_in "$1" "$2" "${3:-12002}" agent.toml.in >"$DIR/agent.toml"; }
@@ -123,14 +129,18 @@ stop_all() {
 
 start_naming() {
   rm -f "$DIR/ns.ior"
-  start naming "$BIN/Naming_Service" -ORBEndpoint "iiop://$HOST:$1" -o "$DIR/ns.ior" -u "$DIR/naming-data"
+  local ssl=()
+  mapfile -t ssl < <(ssl_arguments)
+  start naming "$BIN/Naming_Service" -ORBEndpoint "$(endpoint "$1")" "${ssl[@]}" -o "$DIR/ns.ior" -u "$DIR/naming-data"
   NAMING_PID=$STARTED
   wait_for naming "$NAMING_PID" "$DIR/ns.ior" '^IOR:'
 }
 
 # start_notify NAMING_PORT NOTIFY_PORT
 start_notify() {
-  start notify "$BIN/Notify_Service" -ORBInitRef "NameService=corbaloc:iiop:$HOST:$1/NameService" \
-    -ORBEndpoint "iiop://$HOST:$2" -u "$DIR/notify-data"
+  local ssl=()
+  mapfile -t ssl < <(ssl_arguments)
+  start notify "$BIN/Notify_Service" -ORBInitRef "NameService=corbaloc:$(scheme):$(address "$1")/NameService" \
+    -ORBEndpoint "$(endpoint "$2")" "${ssl[@]}" -u "$DIR/notify-data"
   wait_for notify "$STARTED" "$DIR/notify.out" 'serving'
 }

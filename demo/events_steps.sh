@@ -6,15 +6,14 @@ SERVICES="$EVENTS/cbb/nbi/nbicbb_3p/share"
 TRACES="$EVENTS/log/corbasys.log"
 
 events_oss() {
-  "$BIN/qv_demo_oss" --naming "$HOST:$EVENTS_NAMING_PORT" --user "$USER_NAME" \
-    --password-file "$DIR/oss-password" "$@"
+  oss_as "$USER_NAME" "${EVENTS_OPTIONS[@]}" --password-file "$DIR/oss-password" "$@"
 }
 
 # listen NAME ARGUMENTS...: an OSS that shows events in NAME.out; its process id is in STARTED
 listen() {
   local name="$1"
   shift
-  start "$name" "$BIN/qv_demo_oss" --naming "$HOST:$EVENTS_NAMING_PORT" --user "$USER_NAME" \
+  start "$name" "$BIN/qv_demo_oss" "${EVENTS_OPTIONS[@]}" --user "$USER_NAME" \
     --password-file "$DIR/oss-password" events "$@"
   wait_for "$name" "$STARTED" "$DIR/$name.out" '^-- listening'
 }
@@ -53,7 +52,7 @@ account_events() {
 }
 
 step "12. An agent that sends events starts its naming and notification service itself"
-EVENTS_NAMING_PORT="${PORTS[3]}"
+mapfile -t EVENTS_OPTIONS < <(oss_options "${PORTS[3]}")
 start_events_agent "${PORTS[@]:3:3}"
 fold -s -w 100 "$DIR/events-agent.out"
 

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Shows an OSS in a process of its own that finds the demo EMS in a naming service, logs in, reads an inventory, changes
 # what it may and logs out; then who is turned away, and what the agent has written down of it all.
-# Usage: run_demo.sh BUILD_DIR WORK_DIR
+# Usage: run_demo.sh BUILD_DIR WORK_DIR [--ssl]
+# With --ssl all of it goes by SSL, and clients are shown that the agent turns away for their certificates.
 set -euo pipefail
 
-[[ $# == 2 ]] || {
-  echo "usage: run_demo.sh BUILD_DIR WORK_DIR" >&2
+[[ $# == 2 || ($# == 3 && "$3" == --ssl) ]] || {
+  echo "usage: run_demo.sh BUILD_DIR WORK_DIR [--ssl]" >&2
   exit 2
 }
+WITH_SSL="${3:-}"
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 BIN="$1/bin"
 DATA="$HERE/data"
@@ -34,7 +36,7 @@ record() {
 oss_as() {
   local user="$1"
   shift
-  "$BIN/qv_demo_oss" --naming "$HOST:$NAMING_PORT" --user "$user" "$@"
+  "$BIN/qv_demo_oss" "${OSS_OPTIONS[@]}" --user "$user" "$@"
 }
 oss() { oss_as "$USER_NAME" --ems Zorvex/KLV --password-file "$DIR/oss-password" "$@"; }
 
@@ -57,16 +59,26 @@ trap 'exit 143' TERM
 need_programs
 rm -rf "$DIR"
 mkdir -p "$DIR"
-mapfile -t PORTS < <(free_ports 6)
+mapfile -t PORTS < <(free_ports 12)
+[[ -z "$WITH_SSL" ]] || pair_ports "${PORTS[@]}"
 NAMING_PORT="${PORTS[0]}"
+mapfile -t OSS_OPTIONS < <(oss_options "$NAMING_PORT")
+if [[ -n "$WITH_SSL" ]]; then
+  step "0. Certificates are made for this run, and checked ahead of the start"
+  note "An authority, a certificate for the servers, one for OSSs, and some that are to be turned away."
+  make_certificates
+  use_certificates
+  "$BIN/qv_ssl" check --profile "$SERVER_PROFILE" | fit
+fi
 write_config "${PORTS[@]:0:2}"
+[[ -z "$WITH_SSL" ]] || publish_reference "$DIR/agent.toml"
 make_user "$USER_NAME"
 make_user guest
 
 step "1. A naming service starts"
 note "It keeps the names under which programs find each other. An OSS has to know its address alone."
 start_naming "$NAMING_PORT"
-echo "naming service  $HOST:$NAMING_PORT"
+echo "naming service  $(address "$NAMING_PORT")"
 
 step "2. The agent starts: a small EMS on top of the library"
 note "It registers its session factory under the name that the MTNM interface lays down."
@@ -142,7 +154,13 @@ fi
 # shellcheck source=demo/events_steps.sh
 source "$HERE/events_steps.sh"
 
-step "16. Everything stops"
+LAST_STEP=16
+if [[ -n "$WITH_SSL" ]]; then
+  # shellcheck source=demo/ssl_steps.sh
+  source "$HERE/ssl_steps.sh"
+fi
+
+step "$LAST_STEP. Everything stops"
 note "The agent takes its name out of the naming service; then its threads get some seconds to end."
 stop "$AGENT_PID"
 tail -n 1 "$DIR/agent.out"

@@ -57,6 +57,7 @@ int main(int argc, char** argv) {
         SetEnvironment("QV_AGENT_CONFIG", parsed.options.config);
         SetEnvironment("QV_LOG_DIR", parsed.options.log_dir);
         qv_demo::StopSignal signal;
+        qv_demo::TellOfTheOrb();
         qv_demo::DemoAgent agent(parsed.options);
         const int exit_code = Serve(agent, signal);
         // Threads of the ORB may still run on what would be destroyed at a return.

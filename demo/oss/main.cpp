@@ -12,7 +12,7 @@
 namespace {
 
 int Work(const qv_oss::Settings& settings, const char* program) try {
-    const qv_oss::OssOrb orb(program);
+    const qv_oss::OssOrb orb(program, settings.ssl_profile);
     qv_oss::Commands(orb, settings).Run();
     return qv_oss::kOk;
 } catch (const qv_oss::Problem& problem) {

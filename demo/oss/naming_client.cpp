@@ -68,8 +68,10 @@ std::string NamingClient::address() const {
 }
 
 CORBA::Object_var NamingClient::Reference() const {
-    const std::string text = settings_.ior_file.empty() ? "corbaloc:iiop:" + settings_.naming + "/NameService"
-                                                        : ReadReference(settings_.ior_file);
+    const std::string scheme = settings_.ssl_profile.empty() ? "iiop:" : "ssliop:";
+    const std::string text = settings_.ior_file.empty()
+                                 ? "corbaloc:" + scheme + settings_.naming + "/NameService"
+                                 : ReadReference(settings_.ior_file);
     try {
         CORBA::Object_var object = orb_->string_to_object(text.c_str());
         if (!CORBA::is_nil(object.in())) {

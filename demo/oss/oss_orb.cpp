@@ -5,10 +5,17 @@
 
 namespace qv_oss {
 
-OssOrb::OssOrb(const char* program) {
-    std::string name = program;
-    std::vector<char*> arguments{name.data(), nullptr};
-    int count = 1;
+OssOrb::OssOrb(const char* program, const std::string& ssl_profile) {
+    std::vector<std::string> words{program};
+    if (!ssl_profile.empty()) {
+        words.insert(words.end(), {"-ORBSvcConf", ssl_profile});
+    }
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
     orb_ = CORBA::ORB_init(count, arguments.data(), "qv_demo_oss");
     const CORBA::Object_var object = orb_->resolve_initial_references("RootPOA");
     const PortableServer::POA_var root = PortableServer::POA::_narrow(object.in());

@@ -3,6 +3,7 @@
 #include <tao/ORB.h>
 #include <tao/PortableServer/PortableServer.h>
 
+#include <string>
 #include <thread>
 
 namespace qv_oss {
@@ -11,8 +12,9 @@ namespace qv_oss {
 /// it.
 class OssOrb {
   public:
-    /// Raises CORBA::Exception.
-    explicit OssOrb(const char* program);
+    /// By SSL with the service configuration file `ssl_profile`, without SSL when it is empty. Raises
+    /// CORBA::Exception.
+    OssOrb(const char* program, const std::string& ssl_profile);
     ~OssOrb();
     OssOrb(const OssOrb&) = delete;
     OssOrb& operator=(const OssOrb&) = delete;

@@ -58,6 +58,10 @@ Problem FromNaming(const CORBA::SystemException& e) {
         return {kNamingUnreachable,
                 "the naming service can't be reached; is it running, and is --naming right?"};
     }
+    if (CORBA::NO_PERMISSION::_downcast(&e) != nullptr) {
+        return {kNoPermission,
+                "no permission: the naming service may take calls by SSL alone (see --ssl-profile)"};
+    }
     return {kNamingUnreachable, std::string("what answers there is no naming service (") + e._name() + ")"};
 }
 
@@ -82,8 +86,10 @@ Problem FromOrb(Peer peer, const CORBA::SystemException& e, const std::string& w
         return FromNotification(e);
     }
     if (CORBA::NO_PERMISSION::_downcast(&e) != nullptr) {
-        return {kNoPermission,
-                "no permission: the EMS's access list may lack this host, or it is still starting"};
+        return {
+            kNoPermission,
+            "no permission: the EMS's access list may lack this host, it may take calls by SSL alone (see "
+            "--ssl-profile), or it is still starting"};
     }
     if (IsContactLost(e)) {
         return {kEmsUnreachable, "the EMS can't be reached; its name is bound, but it doesn't answer"};

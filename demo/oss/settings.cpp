@@ -59,6 +59,10 @@ void AddCommonOptions(CLI::App& app, Settings& settings) {
     app.add_option("--ior", settings.ior_file,
                    "File with the reference of the naming service or of the session factory")
         ->check(CLI::ExistingFile);
+    app.add_option("--ssl-profile", settings.ssl_profile,
+                   "Service configuration file with certificate, key and authorities: calls go by SSL, and "
+                   "the port of --naming is the naming service's SSL port")
+        ->check(CLI::ExistingFile);
     app.add_option("--ems", settings.ems, "Name of the EMS (default: the only one that is bound)");
     app.add_option("--user", settings.user, "User to log in as");
     app.add_option(

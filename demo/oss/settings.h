@@ -26,7 +26,8 @@ struct Settings {
     Command command = Command::kBrowse;
     std::string naming = "localhost:12001";  ///< "host:port"
     std::string ior_file;                    ///< goes before `naming`; empty: not given
-    std::string ems;                         ///< empty: the only one that is bound
+    std::string ssl_profile;  ///< service configuration file with the SSL options; empty: no SSL
+    std::string ems;          ///< empty: the only one that is bound
     std::string user;
     std::string password_file;
     std::string new_password_file;            ///< for kChangePassword

@@ -68,6 +68,14 @@ TEST(OssSettings, EventsTakeAConditionTypesAndAnEnd) {
     EXPECT_EQ(raise.settings.raise_rate, 5U);
 }
 
+TEST(OssSettings, SslIsAskedForByAFile) {
+    const qv_test::TempDir dir;
+    const std::string profile = dir.Write("client.conf", "");
+    EXPECT_EQ(Parse({"browse", "--ssl-profile", profile}).settings.ssl_profile, profile);
+    EXPECT_EQ(Parse({"browse"}).settings.ssl_profile, "");
+    EXPECT_EQ(Parse({"browse", "--ssl-profile", dir.File("missing")}).exit_code, kUsage);
+}
+
 TEST(OssSettings, AWrongLineIsAUsageError) {
     const std::vector<std::vector<std::string>> wrong{
         {},
