@@ -84,13 +84,41 @@ std::string Deployment::Data(const std::string& name) {
     return std::string(QV_DEMO_DATA) + "/" + name;
 }
 
+void Deployment::UseSsl(const std::string& server_profile, const std::string& oss_profile) {
+    server_profile_ = server_profile;
+    oss_profile_ = oss_profile;
+    naming_ssl_port_ = ServerPort();
+    notify_ssl_port_ = ServerPort();
+    agent_ssl_port_ = ServerPort();
+    Set("SSLMode", "1");
+    Set("SSL_Profile", "\"" + server_profile + "\"");
+    Set("NamingService_SSLPort", std::to_string(naming_ssl_port_));
+    Set("NotifyService_SSLPort", std::to_string(notify_ssl_port_));
+    Set("CORBAAgent_SSLPort", std::to_string(agent_ssl_port_));
+}
+
+std::string Deployment::EndPoint(int port, int ssl_port) const {
+    return "iiop://" + std::string(kHost) + ":" + std::to_string(port) +
+           (ssl_port == 0 ? "" : "/ssl_port=" + std::to_string(ssl_port));
+}
+
+std::vector<std::string> Deployment::WithProfile(std::vector<std::string> command) const {
+    if (!server_profile_.empty()) {
+        command.insert(command.end(), {"-ORBSvcConf", server_profile_});
+    }
+    return command;
+}
+
+std::string Deployment::NamingAddress() const {
+    return std::string(kHost) + ":" + std::to_string(naming_ssl_port_ == 0 ? naming_port_ : naming_ssl_port_);
+}
+
 void Deployment::StartNaming() {
     const std::string ior = dir_.File("ns.ior");
     fs::remove(ior);
     naming_ = std::make_unique<qv_test::ChildProcess>(
-        std::vector<std::string>{Program("Naming_Service"), "-ORBEndpoint",
-                                 "iiop://" + std::string(kHost) + ":" + std::to_string(naming_port_), "-o",
-                                 ior, "-u", dir_.File("naming-data")});
+        WithProfile({Program("Naming_Service"), "-ORBEndpoint", EndPoint(naming_port_, naming_ssl_port_),
+                     "-o", ior, "-u", dir_.File("naming-data")}));
     const bool ready = qv_test::WaitFor(
         [&] { return qv_test::ReadFile(ior).rfind("IOR:", 0) == 0 || !naming_->Running(); }, kPatience);
     ASSERT_TRUE(ready && naming_->Running()) << naming_->Err();
@@ -105,12 +133,11 @@ void Deployment::SendEvents(bool persistent_channel) {
 }
 
 void Deployment::StartNotify() {
-    notify_ = std::make_unique<qv_test::ChildProcess>(std::vector<std::string>{
-        Program("Notify_Service"), "-ORBInitRef",
-        "NameService=corbaloc:iiop:" + std::string(kHost) + ":" + std::to_string(naming_port_) +
-            "/NameService",
-        "-ORBEndpoint", "iiop://" + std::string(kHost) + ":" + std::to_string(notify_port_), "-u",
-        dir_.File("notify-data")});
+    const std::string scheme = server_profile_.empty() ? "iiop:" : "ssliop:";
+    notify_ = std::make_unique<qv_test::ChildProcess>(
+        WithProfile({Program("Notify_Service"), "-ORBInitRef",
+                     "NameService=corbaloc:" + scheme + NamingAddress() + "/NameService", "-ORBEndpoint",
+                     EndPoint(notify_port_, notify_ssl_port_), "-u", dir_.File("notify-data")}));
     ASSERT_TRUE(notify_->WaitForOut("serving", kPatience)) << notify_->Err();
 }
 
@@ -148,9 +175,13 @@ void Deployment::StartAgent() {
 }
 
 std::vector<std::string> Deployment::OssCommand(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> command{Program("qv_demo_oss"), "--naming",
-                                     std::string(kHost) + ":" + std::to_string(naming_port_), "--user",
-                                     "oss"};
+    std::vector<std::string> command{Program("qv_demo_oss"), "--user", "oss", "--naming"};
+    // Without SSL an OSS goes to the plain port.
+    command.push_back(oss_profile_.empty() ? std::string(kHost) + ":" + std::to_string(naming_port_)
+                                           : NamingAddress());
+    if (!oss_profile_.empty()) {
+        command.insert(command.end(), {"--ssl-profile", oss_profile_});
+    }
     command.insert(command.end(), arguments.begin(), arguments.end());
     return command;
 }

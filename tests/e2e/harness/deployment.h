@@ -37,6 +37,12 @@ class Deployment {
     void SetInventory(const std::string& path) { inventory_ = path; }
     void SetLogDir(const std::string& path) { log_dir_ = path; }
 
+    /// From the next starts on, all by SSL: the servers with one service configuration file, the OSSs with
+    /// another.
+    void UseSsl(const std::string& server_profile, const std::string& oss_profile);
+    /// Which service configuration file the OSSs use that are started from now on; none when it is empty.
+    void SetOssProfile(const std::string& profile) { oss_profile_ = profile; }
+
     void StartNaming();
     void KillNaming() { naming_.reset(); }
     /// Takes away what the naming service has kept on disk.
@@ -58,6 +64,7 @@ class Deployment {
     void KillAgent() { agent_.reset(); }
 
     qv_test::ChildProcess& agent() { return *agent_; }
+    qv_test::ChildProcess& naming() { return *naming_; }
 
     /// Runs an OSS to its end. Without `password` it gets none.
     qv_test::RunResult Oss(const std::vector<std::string>& arguments, const char* password = kPassword) const;
@@ -70,6 +77,10 @@ class Deployment {
     int naming_port() const { return naming_port_; }
     int notify_port() const { return notify_port_; }
     int agent_port() const { return agent_port_; }
+    /// Of these 0 without SSL.
+    int naming_ssl_port() const { return naming_ssl_port_; }
+    int notify_ssl_port() const { return notify_ssl_port_; }
+    int agent_ssl_port() const { return agent_ssl_port_; }
     std::string log_dir() const { return log_dir_; }
     std::string Log(const std::string& name) const;
     /// Waits until that file of the log directory holds all `parts` at once; false when it never does.
@@ -82,6 +93,10 @@ class Deployment {
     static std::string Data(const std::string& name);
 
   private:
+    std::string EndPoint(int port, int ssl_port) const;
+    /// Adds what a server needs for SSL.
+    std::vector<std::string> WithProfile(std::vector<std::string> command) const;
+    std::string NamingAddress() const;
     std::vector<std::string> OssCommand(const std::vector<std::string>& arguments) const;
     std::string ConfigText() const;
 
@@ -89,6 +104,11 @@ class Deployment {
     const int naming_port_;
     const int notify_port_;
     const int agent_port_;
+    int naming_ssl_port_ = 0;
+    int notify_ssl_port_ = 0;
+    int agent_ssl_port_ = 0;
+    std::string server_profile_;
+    std::string oss_profile_;
     std::map<std::string, std::string> settings_;
     std::map<std::string, std::string> platform_settings_;
     qv_test::ChildOptions agent_options_;
