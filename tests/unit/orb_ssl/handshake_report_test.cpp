@@ -47,9 +47,9 @@ class HandshakeReport : public ::testing::Test {
 TEST_F(HandshakeReport, AHandshakeThatIsGivenUpIsTold) {
     ssl.reset();
     ASSERT_EQ(g_said.size(), 1u);
-    EXPECT_EQ(
-        g_said[0],
-        "SSL: the peer of unknown address connected and sent nothing in time; the connection was closed");
+    EXPECT_EQ(g_said[0].find("SSL: the peer "), 0u);
+    EXPECT_NE(g_said[0].find(" connected and sent nothing in time; the connection was closed"),
+              std::string::npos);
 }
 
 TEST_F(HandshakeReport, AHandshakeThatIsDoneIsNot) {
