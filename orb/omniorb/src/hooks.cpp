@@ -1,5 +1,6 @@
 #include "hooks.h"
 
+#include <openssl/crypto.h>
 #include <pthread.h>
 #include <signal.h>
 
@@ -60,6 +61,8 @@ void ThreadCreated(omni::omniInterceptors::createThread_T::info_T& info) {
     sigfillset(&all);
     pthread_sigmask(SIG_BLOCK, &all, nullptr);
     info.run();
+    // While destroy() waits for the thread; at its very end the process may have gone from under OpenSSL.
+    OPENSSL_thread_stop();
 }
 
 // The ORB's interface has no virtual destructor; the one listener lives as long as the process.

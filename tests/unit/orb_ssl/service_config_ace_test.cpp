@@ -29,16 +29,24 @@ ACE_Service_Object* MakeRecorder(ACE_Service_Object_Exterminator* exterminator) 
     return &recorder;
 }
 
-ACE_STATIC_SVC_DEFINE(SSLIOP_Factory_Descriptor, ACE_TEXT("SSLIOP_Factory"), ACE_SVC_OBJ_T, &MakeRecorder, 0,
-                      0)
+ACE_STATIC_SVC_DEFINE(SSLIOP_Factory_Descriptor, ACE_TEXT("SSLIOP_Factory"), ACE_SVC_OBJ_T, &MakeRecorder,
+                      ACE_Service_Type::DELETE_THIS, 0)
+
+// ACE's services, which it keeps until they are closed.
+class Services {
+  public:
+    Services() {
+        ACE_Service_Config::open(ACE_TEXT("test"), ACE_DEFAULT_LOGGER_KEY, true, true, true);
+        EXPECT_EQ(ACE_Service_Config::process_directive(ace_svc_desc_SSLIOP_Factory_Descriptor), 0);
+    }
+    ~Services() { ACE_Service_Config::close(); }
+    Services(const Services&) = delete;
+    Services& operator=(const Services&) = delete;
+};
 
 // ACE reads the file; its words, or nothing when it can't.
 std::vector<std::string> AsAceReadsIt(const std::string& file) {
-    static const bool opened = [] {
-        ACE_Service_Config::open(ACE_TEXT("test"), ACE_DEFAULT_LOGGER_KEY, true, true, true);
-        return ACE_Service_Config::process_directive(ace_svc_desc_SSLIOP_Factory_Descriptor) == 0;
-    }();
-    EXPECT_TRUE(opened);
+    const Services services;
     g_arguments.clear();
     EXPECT_EQ(ACE_Service_Config::process_file(file.c_str()), 0);
     return g_arguments;
