@@ -90,6 +90,11 @@ void SetUpContext(SSL_CTX* context, const SslSettings& settings, const SourcePtr
     SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
     // Renegotiation costs the server ten times what it costs a client; nobody here needs it.
     SSL_CTX_set_options(context, SSL_OP_NO_RENEGOTIATION | SSL_OP_NO_COMPRESSION);
+    // Each connection verifies its peer anew. ORBs keep connections for long and don't resume sessions; a
+    // cache of them would only grow.
+    SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_OFF);
+    SSL_CTX_set_options(context, SSL_OP_NO_TICKET);
+    SSL_CTX_set_num_tickets(context, 0);
     SSL_CTX_set_dh_auto(context, 1);
     LoadAuthorities(context, settings);
     SetCiphers(context, settings);

@@ -84,6 +84,7 @@ TEST_F(TlsSetupTest, OldVersionsAndRenegotiationAreOff) {
     qv_ssl::SetUpContext(context.get(), settings, nullptr);
     EXPECT_EQ(SSL_CTX_get_min_proto_version(context.get()), TLS1_2_VERSION);
     EXPECT_NE(SSL_CTX_get_options(context.get()) & SSL_OP_NO_RENEGOTIATION, 0u);
+    EXPECT_EQ(SSL_CTX_get_num_tickets(context.get()), 0u);
 }
 
 }  // namespace
