@@ -163,9 +163,12 @@ int AsynNotifyMgr::Push(NotifyCmd* cmd, int size) {
         return -1;
     }
     // Refers to the command and doesn't own it. The sign of the size is extended on purpose.
-    auto* const block =
-        new ACE_Message_Block(reinterpret_cast<const char*>(cmd), static_cast<std::size_t>(size), 0);
-    manager->msg_queue()->enqueue_tail(block, nullptr);
+    std::unique_ptr<ACE_Message_Block, ReleaseBlock> block(
+        new ACE_Message_Block(reinterpret_cast<const char*>(cmd), static_cast<std::size_t>(size), 0));
+    // A closed queue takes none; the caller isn't told, and the command stays as it is.
+    if (manager->msg_queue()->enqueue_tail(block.get(), nullptr) != -1) {
+        static_cast<void>(block.release());
+    }
     return 0;
 }
 
