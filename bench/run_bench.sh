@@ -10,6 +10,9 @@ echo "Request path: calls per second and server CPU per call, beside the plain O
 python3 "$here/request_path/request_path.py" "$build" --json "$build/bench-results/request_path.json" "$@"
 
 echo
+echo "SSL: calls and connections beside those in clear, and clients beside peers that make trouble"
+python3 "$here/ssl/ssl_bench.py" "$build" --json "$build/bench-results/ssl.json"
+echo
 echo "Operation records: what the text of five parameters costs"
 "$build/bin/bench_operation_record" --benchmark_repetitions=3 --benchmark_report_aggregates_only=true \
   --benchmark_out="$build/bench-results/operation_record.json" --benchmark_out_format=json

@@ -16,11 +16,14 @@ import argparse
 import json
 import os
 import pathlib
-import socket
 import statistics
 import subprocess
 import sys
 import tempfile
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+from servers import Failure, free_port  # noqa: E402
 
 PACE = 200
 PACED_EVENTS = 400
@@ -36,16 +39,6 @@ EventQueueLength = 200000
 bLogNotify = 0
 """
 BUFFERED = 100000
-
-
-class Failure(Exception):
-    pass
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
 
 
 class Process:

@@ -9,14 +9,14 @@ Ratios are taken within a round; the table shows their medians and the spread be
 """
 import argparse
 import json
-import os
 import pathlib
-import socket
 import statistics
-import subprocess
 import sys
 import tempfile
-import time
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+from servers import Failure, Server, library_server, measure_calls, seam_server  # noqa: E402
 
 THREADS = (1, 4)
 # The settings of the library's servers, beyond those that all share. Where operations are audited, every call is.
@@ -28,51 +28,6 @@ LIBRARY = {
     "library, statistics on": "IsInterceptorEnabled = 1",
 }
 VARIANTS = ("plain ORB", "seam, empty interceptor", *LIBRARY)
-SETTINGS = """
-[agent]
-CORBAAgent_Host = "127.0.0.1"
-CORBAAgent_Port = {port}
-{more}
-"""
-
-
-class Failure(Exception):
-    pass
-
-
-class Server:
-    def __init__(self, command, folder, environment=None):
-        self.reference = folder / "reference"
-        self.log = open(folder / "log", "w")
-        self.process = subprocess.Popen([command[0], str(self.reference), *command[1:]], stdout=self.log,
-                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})})
-
-    def wait_until_ready(self):
-        deadline = time.monotonic() + 20
-        while not self.reference.exists():
-            if self.process.poll() is not None or time.monotonic() > deadline:
-                raise Failure(f"{self.process.args[0]} did not start; see {self.log.name}")
-            time.sleep(0.02)
-
-    def stop(self):
-        self.process.kill()
-        self.process.wait()
-        self.log.close()
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-def library_server(build, folder, settings):
-    config = folder / "agent.toml"
-    config.write_text(SETTINGS.format(port=free_port(), more=settings.format(folder=folder)))
-    (folder / "risk.toml").write_text("[risk]\nquery = 1\n")
-    return Server([build / "bin/bench_library_server"], folder, {
-        "QV_AGENT_CONFIG": str(config), "QV_LOG_DIR": str(folder), "QV_ENV_ROOT": str(folder),
-        "QV_CFG_DIR": str(folder)})
 
 
 def start(build, work, servers):
@@ -80,23 +35,15 @@ def start(build, work, servers):
     makers = {
         "plain ORB": lambda folder: Server([build / "bin/bench_plain_server"], folder),
         "seam, empty interceptor":
-            lambda folder: Server([build / "bin/bench_seam_server", "-ORBEndpoint", "iiop://127.0.0.1:0"], folder),
+            lambda folder: seam_server(build, folder),
     }
     for variant, settings in LIBRARY.items():
-        makers[variant] = lambda folder, settings=settings: library_server(build, folder, settings)
+        makers[variant] = lambda folder, settings=settings: library_server(build, folder, settings.format(folder=folder))
     for number, (variant, make) in enumerate(makers.items()):
         folder = work / f"server{number}"
         folder.mkdir()
+        (folder / "risk.toml").write_text("[risk]\nquery = 1\n")
         servers[variant] = make(folder)
-
-
-def measure(build, server, threads, seconds):
-    answer = subprocess.run([build / "bin/bench_client", str(server.reference), str(threads), str(seconds)],
-                            capture_output=True, text=True, timeout=seconds + 30)
-    if answer.returncode != 0:
-        raise Failure(answer.stderr.strip() or "the client failed")
-    rate, cpu = answer.stdout.split()
-    return {"calls_per_second": float(rate), "server_us_per_call": float(cpu)}
 
 
 def run_rounds(build, servers, rounds, seconds):
@@ -104,7 +51,7 @@ def run_rounds(build, servers, rounds, seconds):
     for number in range(rounds):
         order = VARIANTS[number % len(VARIANTS):] + VARIANTS[:number % len(VARIANTS)]
         for threads in THREADS:
-            row = {variant: measure(build, servers[variant], threads, seconds) for variant in order}
+            row = {variant: measure_calls(build, servers[variant], threads, seconds) for variant in order}
             samples.append({"round": number, "threads": threads, "variants": row})
         print(f"round {number + 1} of {rounds} done", file=sys.stderr)
     return samples
