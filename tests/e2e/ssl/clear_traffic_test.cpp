@@ -23,6 +23,8 @@ class ClearTraffic : public testing::Test {
         const auto session = run.Deployment::Oss({"session"});
         ASSERT_EQ(session.code, 0) << session.err;
         const auto oss = run.Listen({"--types", kAllButHeartbeats});
+        oss_ports = ListeningPorts(oss->pid());
+        oss_before = capture.Seen(oss_ports);
         run.Raise(20, 100);
         ASSERT_TRUE(qv_test::WaitFor([&] { return ShownIds(*oss).size() >= 20; }))
             << oss->Out() << oss->Err();
@@ -34,12 +36,12 @@ class ClearTraffic : public testing::Test {
         servers = ListeningPorts(run.agent().pid());
         servers.insert({run.naming_port(), run.notify_port()});
         servers.insert({run.naming_ssl_port(), run.notify_ssl_port()});
-        oss_ports = ListeningPorts(oss->pid());
     }
 
     LoopbackCapture capture{Deployment::kPassword};
     std::set<int> servers;
     std::set<int> oss_ports;
+    PortTraffic oss_before;  // others may have had these ports for a moment, before the OSS got them
 };
 
 TEST_F(ClearTraffic, WithSslNothingGoesInClear) {
@@ -57,8 +59,9 @@ TEST_F(ClearTraffic, WithSslNothingGoesInClear) {
     EXPECT_EQ(to_servers.giop, 0U);
     EXPECT_EQ(to_servers.secrets, 0U);
     const PortTraffic to_oss = capture.Seen(oss_ports);
-    EXPECT_GT(to_oss.tls_records, 20U) << "events and calls to the session";
-    EXPECT_EQ(to_oss.giop, 0U);
+    EXPECT_GT(to_oss.tls_records, oss_before.tls_records + 20) << "events and calls to the session";
+    EXPECT_EQ(to_oss.giop, oss_before.giop);
+    EXPECT_FALSE(oss_ports.empty());
     RecordProperty("segments", static_cast<int>(to_servers.segments + to_oss.segments));
 }
 
@@ -72,7 +75,7 @@ TEST_F(ClearTraffic, WithoutSslAllOfItDoes) {
         EXPECT_EQ(capture.Seen({port}).tls_records, 0U) << port;
     }
     EXPECT_GT(capture.Seen(servers).secrets, 0U);
-    EXPECT_GT(capture.Seen(oss_ports).giop, 20U);
+    EXPECT_GT(capture.Seen(oss_ports).giop, oss_before.giop + 20);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // The agent and its OSSs by SSL: who is served, who is turned away, and what the agent's logs say of it.
 #include <gmock/gmock.h>
+#include <signal.h>
 
+#include "tests/e2e/events/companions.h"
 #include "tests/e2e/ssl/ssl_run.h"
 #include "tests/support/wait_for.h"
 
@@ -59,6 +61,19 @@ TEST_F(SslRunTest, EventsAndLossesComeToAnOss) {
     run.StartNotify();
     EXPECT_TRUE(oss->WaitForOut("-- the EMS sends events again since ")) << oss->Out();
     EXPECT_TRUE(qv_test::WaitFor([&] { return ShownIds(*oss).size() >= 55; })) << oss->Out();
+}
+
+TEST_F(SslRunTest, TheAgentStartsItsServicesBySsl) {
+    const Companions companions(run);
+    run.StartAgent();
+    const auto oss = run.Listen({"--types", kAllButHeartbeats, "--count", "5"});
+    run.Raise(5, 50);
+    EXPECT_EQ(oss->Wait(), 0) << oss->Err();
+    EXPECT_EQ(ShownIds(*oss), run.RaisedIds(IsNoHeartbeat));
+    run.SetOssProfile("");
+    EXPECT_EQ(run.Deployment::Oss({"browse"}).code, kNoPermission);
+    run.agent().Signal(SIGTERM);
+    EXPECT_EQ(run.agent().Wait(), 0) << run.agent().Err();
 }
 
 TEST_F(SslRunTest, AClientOfAnotherAuthorityIsTurnedAway) {
