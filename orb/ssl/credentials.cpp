@@ -49,6 +49,11 @@ bool AtEnd() {
     return ERR_GET_REASON(ERR_peek_last_error()) == PEM_R_NO_START_LINE;
 }
 
+// A certificate may claim to be encrypted; OpenSSL would ask on the terminal then.
+int GiveNothing(char* /*buffer*/, int /*size*/, int /*writing*/, void* /*user*/) {
+    return -1;
+}
+
 // Hands the pass phrase to OpenSSL, which would ask on the terminal otherwise.
 struct PassPhrase {
     const std::optional<std::string>& text;
@@ -73,7 +78,7 @@ std::vector<CertificatePtr> LoadCertificates(const std::string& file) {
     ERR_clear_error();
     std::vector<CertificatePtr> certificates;
     for (;;) {
-        CertificatePtr certificate(PEM_read_bio_X509_AUX(bio.get(), nullptr, nullptr, nullptr));
+        CertificatePtr certificate(PEM_read_bio_X509_AUX(bio.get(), nullptr, &GiveNothing, nullptr));
         if (!certificate) {
             break;
         }

@@ -85,6 +85,19 @@ TEST_F(CredentialsTest, ADamagedSecondCertificateIsNamed) {
               0u);
 }
 
+TEST_F(CredentialsTest, ACertificateThatClaimsToBeEncryptedAsksNobody) {
+    const std::string begin = "-----BEGIN CERTIFICATE-----\n";
+    const std::string good = ReadFile(files.certificate);
+    const std::string file = dir.Write(
+        "encrypted.pem",
+        begin + "Proc-Type: 4,ENCRYPTED\nDEK-Info: AES-128-CBC,00112233445566778899AABBCCDDEEFF\n\n" +
+            good.substr(good.find(begin) + begin.size()));
+    EXPECT_EQ(Failure([&] {
+                  qv_ssl::LoadCertificates(file);
+              }).find("the certificate file " + file + " can't be used: certificate 1 is damaged ("),
+              0u);
+}
+
 TEST_F(CredentialsTest, AKeyOfAnotherCertificateIsNamed) {
     const IssuedFiles other = authority.Issue("other");
     qv_ssl::SslSettings settings = SettingsOf(files);
