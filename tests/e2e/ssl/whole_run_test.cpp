@@ -117,10 +117,12 @@ TEST_F(SslRunTest, TheOthersPortIsNotTheRightOne) {
     const auto tls_to_plain =
         run.Deployment::Oss({"--naming", host + std::to_string(run.naming_port()), "browse"});
     EXPECT_EQ(tls_to_plain.code, kNamingUnreachable) << tls_to_plain.err;
+    EXPECT_THAT(tls_to_plain.err, HasSubstr("can't be reached"));
     run.SetOssProfile("");
     const auto plain_to_tls =
         run.Deployment::Oss({"--naming", host + std::to_string(run.naming_ssl_port()), "browse"});
     EXPECT_EQ(plain_to_tls.code, kNamingUnreachable) << plain_to_tls.err;
+    EXPECT_THAT(plain_to_tls.err, HasSubstr("can't be reached"));
 }
 
 TEST_F(SslRunTest, ThePassPhraseIsInNoLog) {

@@ -12,6 +12,12 @@ namespace {
 
 using namespace qv_test;
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr double kLeastRatio = 0.1;  // a handshake costs many times what it does otherwise
+#else
+constexpr double kLeastRatio = 0.4;
+#endif
+
 class TroubleTest : public SslTest, public ::testing::WithParamInterface<std::string> {
   protected:
     /// Calls per second of another process over one connection.
@@ -46,7 +52,7 @@ TEST_P(TroubleTest, OthersAreServed) {
                 median, ratios.front(), ratios.back());
     RecordProperty("ratio", std::to_string(median));
     EXPECT_GT(made, 0U);
-    EXPECT_GT(median, 0.4);
+    EXPECT_GT(median, kLeastRatio);
     EXPECT_EQ(CallAsClient(), "hello");
 }
 
