@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <atomic>
+#include <optional>
 
 #include "orb/ssl/handshake_failure.h"
 
@@ -14,6 +15,22 @@ namespace {
 
 std::atomic<HandshakeSink> g_sink{nullptr};
 
+std::atomic<int> g_under_way{0};
+
+/// One handshake among those that peers began, while it lasts.
+class Place {
+  public:
+    Place() : number_(++g_under_way) {}
+    ~Place() { --g_under_way; }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+    bool TooMany() const { return number_ > kMostHandshakes; }
+
+  private:
+    const int number_;
+};
+
 /// What is known of one connection, from the beginning of its handshake to its end. Used by one thread at a
 /// time.
 struct Handshake {
@@ -21,6 +38,7 @@ struct Handshake {
     bool serving = false;
     bool settled = false;    // completed, or its failure was told
     int renegotiations = 0;  // that were asked for
+    std::optional<Place> place;
 };
 
 // A client that asks by mistake stays connected; one that goes on asking wants to keep this machine busy.
@@ -45,6 +63,7 @@ void Tell(Handshake& handshake, const std::string& what) {
         return;
     }
     handshake.settled = true;
+    handshake.place.reset();
     if (const HandshakeSink sink = g_sink) {
         sink("SSL: the peer " + handshake.peer + " " + what);
     }
@@ -87,9 +106,17 @@ void Begin(SSL* connection) {
     if (HandshakeOf(connection) != nullptr) {
         return;  // TLS 1.3 says so again for each message after the handshake
     }
-    auto* const handshake = new Handshake{PeerOf(connection), SSL_is_server(connection) == 1};
+    auto* const handshake = new Handshake;
+    handshake->peer = PeerOf(connection);
+    handshake->serving = SSL_is_server(connection) == 1;
     if (SSL_set_ex_data(connection, HandshakeIndex(), handshake) != 1) {
         delete handshake;
+        return;
+    }
+    if (handshake->serving && handshake->place.emplace().TooMany()) {
+        Tell(*handshake, "was turned away: " + std::to_string(kMostHandshakes) +
+                             " others have not finished their handshakes; see who keeps them open");
+        shutdown(SSL_get_fd(connection), SHUT_RDWR);
     }
 }
 
@@ -102,6 +129,7 @@ void Failed(const SSL* connection, Handshake& handshake) {
     }
     if (!HeardAnything(connection) && handshake.serving) {
         handshake.settled = true;  // a port check
+        handshake.place.reset();
         return;
     }
     Tell(handshake, DescribeFailure(error, SSL_get_verify_result(connection)));
@@ -133,6 +161,7 @@ void WatchHandshake(const SSL* connection, int where, int result) {
     }
     if ((where & SSL_CB_HANDSHAKE_DONE) != 0) {
         handshake->settled = true;
+        handshake->place.reset();
     } else if ((where & SSL_CB_EXIT) != 0 && result <= 0) {
         Failed(connection, *handshake);
     } else if (where == SSL_CB_WRITE_ALERT && (result & 0xff) == SSL_AD_NO_RENEGOTIATION) {

@@ -7,6 +7,10 @@
 
 namespace qv_ssl {
 
+/// How many handshakes that peers began may be under way in this process. Each has a thread; further peers
+/// are turned away at once.
+constexpr int kMostHandshakes = 1000;
+
 /// What is done with a sentence. Called on the thread of the connection; must not throw.
 using HandshakeSink = void (*)(const std::string& sentence);
 
@@ -15,7 +19,8 @@ using HandshakeSink = void (*)(const std::string& sentence);
 /// One sink per process, to be set before the first connection.
 void SetHandshakeSink(HandshakeSink sink);
 
-/// For SSL_CTX_set_info_callback. Thread-safe.
+/// For SSL_CTX_set_info_callback. Keeps to the bound and ends connections that ask for renegotiation again
+/// and again. Thread-safe.
 void WatchHandshake(const SSL* connection, int where, int result);
 
 }  // namespace qv_ssl

@@ -71,6 +71,32 @@ TEST_F(HandshakeReport, OneAnswerToARenegotiationMayBeAMistakeManyEndTheConnecti
     EXPECT_NE(g_said[0].find("asks for a renegotiation again and again"), std::string::npos);
 }
 
+TEST_F(HandshakeReport, MoreThanTheBoundAreTurnedAway) {
+    std::vector<qv_ssl::ConnectionPtr> others;
+    const auto begin = [&] {
+        others.emplace_back(SSL_new(context.get()));
+        SSL_set_fd(others.back().get(), ends[0]);
+        SSL_set_accept_state(others.back().get());
+        qv_ssl::WatchHandshake(others.back().get(), SSL_CB_HANDSHAKE_START, 1);
+    };
+    while (others.size() + 1 < qv_ssl::kMostHandshakes) {
+        begin();
+    }
+    qv_ssl::WatchHandshake(others.back().get(), SSL_CB_HANDSHAKE_DONE, 1);
+    begin();
+    EXPECT_FALSE(Closed()) << "one is done";
+    EXPECT_TRUE(g_said.empty());
+    begin();
+    EXPECT_TRUE(Closed());
+    ASSERT_EQ(g_said.size(), 1u);
+    EXPECT_NE(g_said[0].find(" was turned away: 1000 others have not finished their handshakes"),
+              std::string::npos);
+    others.clear();
+    g_said.clear();
+    begin();
+    EXPECT_TRUE(g_said.empty()) << "those that are gone don't count";
+}
+
 TEST_F(HandshakeReport, WithoutASinkNothingHappens) {
     qv_ssl::SetHandshakeSink(nullptr);
     ssl.reset();
