@@ -28,6 +28,7 @@ need_programs() {
   for program in Naming_Service Notify_Service qv_demo_agent qv_demo_oss qv_user ${WITH_SSL:+qv_ssl}; do
     [[ -x "$BIN/$program" ]] || die "$BIN/$program is missing; build it first (./run.sh does)"
   done
+  [[ -z "$WITH_SSL" ]] || command -v openssl >/dev/null || die "openssl is missing; install the package of that name"
 }
 
 # port_is_free PORT

@@ -66,9 +66,10 @@ mapfile -t OSS_OPTIONS < <(oss_options "$NAMING_PORT")
 if [[ -n "$WITH_SSL" ]]; then
   step "0. Certificates are made for this run, and checked ahead of the start"
   note "An authority, a certificate for the servers, one for OSSs, and some that are to be turned away."
-  make_certificates
+  make_certificates | sed "s|$DIR/||g"
   use_certificates
-  "$BIN/qv_ssl" check --profile "$SERVER_PROFILE" | fit
+  note "What qv_ssl check finds:"
+  "$BIN/qv_ssl" check --profile "$SERVER_PROFILE" | sed "s|$DIR/||g" | fit
 fi
 write_config "${PORTS[@]:0:2}"
 [[ -z "$WITH_SSL" ]] || publish_reference "$DIR/agent.toml"

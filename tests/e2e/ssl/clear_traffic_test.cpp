@@ -1,6 +1,8 @@
 // What a listener on the loopback sees of a whole run: login, events to an OSS, and calls to its session.
 #include <gmock/gmock.h>
 
+#include <optional>
+
 #include "tests/e2e/ssl/listening_ports.h"
 #include "tests/e2e/ssl/loopback_capture.h"
 #include "tests/e2e/ssl/ssl_run.h"
@@ -15,6 +17,7 @@ class ClearTraffic : public testing::Test {
         if (!LoopbackCapture::Allowed()) {
             GTEST_SKIP() << "capturing takes the right CAP_NET_RAW, as root has it";
         }
+        capture.emplace(Deployment::kPassword);
     }
 
     /// An OSS logs in and reads, another one gets events, is told of their loss, and of its end.
@@ -24,7 +27,7 @@ class ClearTraffic : public testing::Test {
         ASSERT_EQ(session.code, 0) << session.err;
         const auto oss = run.Listen({"--types", kAllButHeartbeats});
         oss_ports = ListeningPorts(oss->pid());
-        oss_before = capture.Seen(oss_ports);
+        oss_before = capture->Seen(oss_ports);
         run.Raise(20, 100);
         ASSERT_TRUE(qv_test::WaitFor([&] { return ShownIds(*oss).size() >= 20; }))
             << oss->Out() << oss->Err();
@@ -38,7 +41,7 @@ class ClearTraffic : public testing::Test {
         servers.insert({run.naming_ssl_port(), run.notify_ssl_port()});
     }
 
-    LoopbackCapture capture{Deployment::kPassword};
+    std::optional<LoopbackCapture> capture;
     std::set<int> servers;
     std::set<int> oss_ports;
     PortTraffic oss_before;  // others may have had these ports for a moment, before the OSS got them
@@ -47,18 +50,18 @@ class ClearTraffic : public testing::Test {
 TEST_F(ClearTraffic, WithSslNothingGoesInClear) {
     SslRun run;
     ASSERT_NO_FATAL_FAILURE(Pass(run));
-    EXPECT_EQ(capture.Missed(), 0U);
+    EXPECT_EQ(capture->Missed(), 0U);
     for (const int port : {run.naming_ssl_port(), run.notify_ssl_port(), run.agent_ssl_port()}) {
-        EXPECT_GT(capture.Seen({port}).tls_records, 0U) << port;
+        EXPECT_GT(capture->Seen({port}).tls_records, 0U) << port;
     }
     for (const int port : {run.naming_port(), run.notify_port(), run.agent_port()}) {
-        EXPECT_EQ(capture.Seen({port}).segments, 0U) << port;
+        EXPECT_EQ(capture->Seen({port}).segments, 0U) << port;
     }
-    const PortTraffic to_servers = capture.Seen(servers);
+    const PortTraffic to_servers = capture->Seen(servers);
     EXPECT_GT(to_servers.segments, 100U);
     EXPECT_EQ(to_servers.giop, 0U);
     EXPECT_EQ(to_servers.secrets, 0U);
-    const PortTraffic to_oss = capture.Seen(oss_ports);
+    const PortTraffic to_oss = capture->Seen(oss_ports);
     EXPECT_GT(to_oss.tls_records, oss_before.tls_records + 20) << "events and calls to the session";
     EXPECT_EQ(to_oss.giop, oss_before.giop);
     EXPECT_FALSE(oss_ports.empty());
@@ -69,13 +72,13 @@ TEST_F(ClearTraffic, WithSslNothingGoesInClear) {
 TEST_F(ClearTraffic, WithoutSslAllOfItDoes) {
     EventRun run(true);
     ASSERT_NO_FATAL_FAILURE(Pass(run));
-    EXPECT_EQ(capture.Missed(), 0U);
+    EXPECT_EQ(capture->Missed(), 0U);
     for (const int port : {run.naming_port(), run.notify_port(), run.agent_port()}) {
-        EXPECT_GT(capture.Seen({port}).giop, 0U) << port;
-        EXPECT_EQ(capture.Seen({port}).tls_records, 0U) << port;
+        EXPECT_GT(capture->Seen({port}).giop, 0U) << port;
+        EXPECT_EQ(capture->Seen({port}).tls_records, 0U) << port;
     }
-    EXPECT_GT(capture.Seen(servers).secrets, 0U);
-    EXPECT_GT(capture.Seen(oss_ports).giop, oss_before.giop + 20);
+    EXPECT_GT(capture->Seen(servers).secrets, 0U);
+    EXPECT_GT(capture->Seen(oss_ports).giop, oss_before.giop + 20);
 }
 
 }  // namespace
