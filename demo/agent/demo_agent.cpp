@@ -34,6 +34,17 @@ std::string OwnAddress() {
     return address;
 }
 
+std::string WhyNoOrb() {
+    const std::string reason = WhyNotListening(OwnAddress());
+    if (!reason.empty()) {
+        return reason;
+    }
+    return std::string("the ORB can't be brought up; ") +
+           (Config().GetSSLMode() == 0
+                ? "check CORBAAgent_Option and the hosts and ports in the configuration"
+                : "what it says of SSL stands above, and qv_ssl check finds more");
+}
+
 SessionLimits ConfiguredSessionLimits() {
     return {Config().GetMaxSession(), ToReleaseStrategy(Config().GetSessionReleaseStrategy()),
             std::chrono::seconds(Config().GetSilentTime())};
@@ -65,11 +76,7 @@ void DemoAgent::BringUpOrb() {
     initialised_ = true;  // from here on there may be something to end
     RegisterTaskContext();
     if (!Config().Init(kBundleName)) {
-        const std::string reason = WhyNotListening(OwnAddress());
-        throw StartError(reason.empty()
-                             ? "the ORB can't be brought up; check CORBAAgent_Option and the hosts "
-                               "and ports in the configuration"
-                             : reason);
+        throw StartError(WhyNoOrb());
     }
     pool_ = Config().ORBThreadPool();
     if (!NS_CORBA::CorbaLogMgr::Instance()->Init()) {

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <memory>
 
 #include "demo/oss/commands.h"
 #include "demo/oss/oss_orb.h"
@@ -11,9 +12,18 @@
 
 namespace {
 
+std::unique_ptr<qv_oss::OssOrb> MakeOrb(const qv_oss::Settings& settings, const char* program) try {
+    return std::make_unique<qv_oss::OssOrb>(program, settings.ssl_profile);
+} catch (const CORBA::INITIALIZE&) {
+    if (settings.ssl_profile.empty()) {
+        throw;
+    }
+    throw qv_oss::Problem(qv_oss::kUsage, "the file of --ssl-profile can't be used; the reason stands above");
+}
+
 int Work(const qv_oss::Settings& settings, const char* program) try {
-    const qv_oss::OssOrb orb(program, settings.ssl_profile);
-    qv_oss::Commands(orb, settings).Run();
+    const auto orb = MakeOrb(settings, program);
+    qv_oss::Commands(*orb, settings).Run();
     return qv_oss::kOk;
 } catch (const qv_oss::Problem& problem) {
     qv_oss::Complain(problem.what());

@@ -13,6 +13,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
+constexpr int kUsage = 2;
 constexpr int kNamingUnreachable = 3;
 constexpr int kEmsUnreachable = 5;
 constexpr int kNoPermission = 8;
@@ -123,6 +124,23 @@ TEST_F(SslRunTest, TheOthersPortIsNotTheRightOne) {
         run.Deployment::Oss({"--naming", host + std::to_string(run.naming_ssl_port()), "browse"});
     EXPECT_EQ(plain_to_tls.code, kNamingUnreachable) << plain_to_tls.err;
     EXPECT_THAT(plain_to_tls.err, HasSubstr("can't be reached"));
+}
+
+TEST_F(SslRunTest, WhatCantBeUsedEndsTheStartWithTheReason) {
+    const qv_test::IssuedFiles files = run.authority().Issue("locked", "right");
+    qv_tools::ProfileOptions options = qv_test::OptionsFor(files);
+    options.pass_phrase = "not-the-right-one";
+    const std::string profile = qv_test::WriteProfile(elsewhere, "wrong.conf", options);
+    const std::string reason = "SSL can't be set up: the private key file " + files.key +
+                               " can't be used: the pass phrase of -SSLPrivateKeyPasswd does not open it\n";
+    run.Set("SSL_Profile", "\"" + profile + "\"");
+    qv_test::ChildProcess& agent = run.LaunchAgent();
+    EXPECT_EQ(agent.Wait(), 1);
+    EXPECT_THAT(agent.Err(), AllOf(HasSubstr(reason), Not(HasSubstr("not-the-right-one"))));
+    run.SetOssProfile(profile);
+    const auto oss = run.Deployment::Oss({"browse"});
+    EXPECT_EQ(oss.code, kUsage);
+    EXPECT_THAT(oss.err, AllOf(HasSubstr(reason), HasSubstr("--ssl-profile can't be used")));
 }
 
 TEST_F(SslRunTest, ThePassPhraseIsInNoLog) {
