@@ -35,14 +35,14 @@ std::string OwnAddress() {
 }
 
 std::string WhyNoOrb() {
-    const std::string reason = WhyNotListening(OwnAddress());
+    const bool ssl = Config().GetSSLMode() != 0;
+    const std::string reason = WhyNotListening(OwnAddress(), ssl ? "CORBAAgent_SSLPort" : "CORBAAgent_Port");
     if (!reason.empty()) {
         return reason;
     }
     return std::string("the ORB can't be brought up; ") +
-           (Config().GetSSLMode() == 0
-                ? "check CORBAAgent_Option and the hosts and ports in the configuration"
-                : "what it says of SSL stands above, and qv_ssl check finds more");
+           (ssl ? "what it says of that stands above, and qv_ssl check looks at the SSL set-up"
+                : "check CORBAAgent_Option and the hosts and ports in the configuration");
 }
 
 SessionLimits ConfiguredSessionLimits() {

@@ -76,7 +76,7 @@ void CheckUsers() {
     }
 }
 
-std::string WhyNotListening(const std::string& address) {
+std::string WhyNotListening(const std::string& address, const std::string& setting) {
     const std::size_t colon = address.rfind(':');
     const std::string host = address.substr(0, colon);
     const std::string port = colon == std::string::npos ? "0" : address.substr(colon + 1);
@@ -95,7 +95,7 @@ std::string WhyNotListening(const std::string& address) {
             return "";
         case EADDRINUSE:
             return "port " + port + " of " + host +
-                   " is in use by another process; end that one, or choose another CORBAAgent_Port in " +
+                   " is in use by another process; end that one, or choose another " + setting + " in " +
                    ConfigFileName();
         case EADDRNOTAVAIL:
             return host + " is no address of this machine; correct CORBAAgent_Host in " + ConfigFileName();

@@ -21,7 +21,8 @@ void CheckLogDirectory();
 /// Raises StartError when no file of users is configured, or it can't be used.
 void CheckUsers();
 
-/// Why nothing can listen on "host:port" right now; empty when it is possible.
-std::string WhyNotListening(const std::string& address);
+/// Why nothing can listen on "host:port" right now; empty when it is possible. `setting` is where the port
+/// comes from.
+std::string WhyNotListening(const std::string& address, const std::string& setting);
 
 }  // namespace qv_demo
