@@ -184,8 +184,8 @@ def print_pairs(title, rows):
 
 
 def print_trouble(rows):
-    print(f"SSL calls of one client beside trouble\n{'trouble':<15} {'made':>6} {'calm/s':>8} {'beside/s':>9} {'ratio':>6}  "
-          f"{'spread':<12} {'memory':>10} {'files':>6}")
+    print(f"SSL calls of one client beside trouble\n{'trouble':<15} {'made':>6} {'calm/s':>8} {'beside/s':>9} "
+          f"{'ratio':>6}  {'spread':<12} {'memory':>10} {'files':>6}")
     for row in rows:
         spread = f"{row['ratio_min']:.2f}-{row['ratio_max']:.2f}"
         print(f"{row['kind']:<15} {row['made']:>6} {row['calm']:>8.0f} {row['beside']:>9.0f} {row['ratio']:>6.2f}  "
