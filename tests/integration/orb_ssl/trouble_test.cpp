@@ -15,7 +15,7 @@ using namespace qv_test;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr double kLeastRatio = 0.1;  // a handshake costs many times what it does otherwise
 #else
-constexpr double kLeastRatio = 0.4;
+constexpr double kLeastRatio = 0.2;
 #endif
 
 class TroubleTest : public SslTest, public ::testing::WithParamInterface<std::string> {
