@@ -253,10 +253,11 @@ ServiceConfig ReadServiceConfigFile(const std::string& path) {
     std::ostringstream text;
     errno = 0;
     std::ifstream file(path);
-    if (!file || !(text << file.rdbuf())) {
+    const bool empty = file && file.peek() == std::ifstream::traits_type::eof() && !file.bad();
+    if (!empty && !(file && (text << file.rdbuf()))) {
         const int reason = errno;
         throw SslError("the service configuration file " + path +
-                       " can't be read: " + (reason != 0 ? std::strerror(reason) : "it is empty or no file"));
+                       " can't be read: " + (reason != 0 ? std::strerror(reason) : "it is no file"));
     }
     return ParseServiceConfig(text.str(), path);
 }

@@ -174,10 +174,18 @@ TEST(ServiceConfigFile, AFileThatCantBeReadIsNamed) {
         EXPECT_EQ(error.what(), "the service configuration file " + dir.File("none.conf") +
                                     " can't be read: No such file or directory");
     }
+    EXPECT_THROW(qv_ssl::ReadServiceConfigFile(dir.path()), qv_ssl::SslError);  // no file
     const std::string file = dir.Write("the.conf", std::string(kDirective) + "\"-SSLNoProtection\"\n");
     const ServiceConfig config = qv_ssl::ReadServiceConfigFile(file);
     ASSERT_TRUE(config.ssl);
     EXPECT_EQ(config.ssl->profile, file);
+}
+
+TEST(ServiceConfigFile, AnEmptyFileSaysNothing) {
+    const qv_test::TempDir dir;
+    for (const std::string& file : {dir.Write("empty.conf", ""), std::string("/dev/null")}) {
+        EXPECT_FALSE(qv_ssl::ReadServiceConfigFile(file).ssl) << file;
+    }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <arpa/inet.h>
 
+#include "tests/support/suite_set_up.h"
 #include "tests/unit/request/acl_probe.h"
 #include "tests/unit/request/client_tree.h"
 #include "tests/unit/request/gate_agent.h"
@@ -53,7 +54,9 @@ struct Shared {
 
 class CallerInterplayTest : public ::testing::Test {
   protected:
-    static void SetUpTestSuite() { s_shared = std::make_unique<Shared>(); }
+    static void SetUpTestSuite() {
+        qv_test::SetUpSuite([] { s_shared = std::make_unique<Shared>(); });
+    }
     static void TearDownTestSuite() { s_shared.reset(); }
 
     void SetUp() override {

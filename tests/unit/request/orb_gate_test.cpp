@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "tests/support/child_process.h"
+#include "tests/support/suite_set_up.h"
 #include "tests/support/wait_for.h"
 #include "tests/unit/request/gate_agent.h"
 #include "tests/unit/request/interceptor_fixture.h"
@@ -38,7 +39,9 @@ struct Shared {
 
 class OrbGateTest : public ::testing::Test {
   protected:
-    static void SetUpTestSuite() { s_shared = std::make_unique<Shared>(); }
+    static void SetUpTestSuite() {
+        qv_test::SetUpSuite([] { s_shared = std::make_unique<Shared>(); });
+    }
     static void TearDownTestSuite() { s_shared.reset(); }
 
     void SetUp() override {

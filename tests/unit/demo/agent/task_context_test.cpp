@@ -11,6 +11,7 @@
 
 #include "nmsSessionS.h"
 #include "platform/thread_context.h"
+#include "tests/support/suite_set_up.h"
 
 namespace qv_demo {
 namespace {
@@ -69,12 +70,14 @@ class Servant : public POA_nmsSession::NmsSession_I {
 class TaskContextTest : public testing::Test {
   protected:
     static void SetUpTestSuite() {
-        RegisterTaskContext();
-        PortableInterceptor::ORBInitializer_var hooks = new HooksInitializer;
-        PortableInterceptor::register_orb_initializer(hooks.in());
-        int argc = 0;
-        char* none[] = {nullptr};
-        orb = CORBA::ORB_init(argc, none, "task-context-test");
+        qv_test::SetUpSuite([] {
+            RegisterTaskContext();
+            PortableInterceptor::ORBInitializer_var hooks = new HooksInitializer;
+            PortableInterceptor::register_orb_initializer(hooks.in());
+            int argc = 0;
+            char* none[] = {nullptr};
+            orb = CORBA::ORB_init(argc, none, "task-context-test");
+        });
     }
     static void TearDownTestSuite() {
         orb->destroy();
