@@ -34,6 +34,7 @@ TEST(NotifyStore, OpensAfterEachKill) {
     const CosNotifyChannelAdmin::ConsumerAdmin_var consumers = channel->default_consumer_admin();
     const CosNotifyChannelAdmin::SupplierAdmin_var admin = channel->default_supplier_admin();
     Suppliers suppliers(admin.in(), 2, kMoreThanWanted);
+    suppliers.Allow(kMoreThanWanted);
     Consumer consumer("consumer", consumers.in(), suppliers);
     for (int kill = 0; kill < kKills; ++kill) {
         ASSERT_TRUE(suppliers.WaitForTaken(suppliers.Taken() + pushes(random))) << suppliers.Failure();
