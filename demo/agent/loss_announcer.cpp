@@ -1,9 +1,6 @@
 #include "demo/agent/loss_announcer.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <deque>
-#include <mutex>
 
 #include "agent/corbabaseagentconfig.h"
 #include "demo/agent/console.h"
@@ -12,7 +9,6 @@
 namespace qv_demo {
 namespace {
 
-constexpr std::chrono::seconds kLongestWait{2};
 constexpr unsigned long kLongestCall = 50000000;  // 5 s in units of 100 ns
 
 void LimitCallsOfThisThread() {
@@ -28,40 +24,17 @@ struct LossAnnouncer::Notice {
     std::string notification_id;
 };
 
-struct LossAnnouncer::State {
+struct LossAnnouncer::State : CallingThread::Shared {
     explicit State(SessionDirectory& sessions_in) : sessions(sessions_in) {}
 
     SessionDirectory& sessions;
-    std::mutex mutex;
-    std::condition_variable changed;
     std::deque<Notice> notices;
     bool losing = false;
-    bool stop = false;
-    bool ended = false;
 };
 
 LossAnnouncer::LossAnnouncer(SessionDirectory& sessions)
-    : state_(std::make_shared<State>(sessions)), thread_([state = state_] { Run(*state); }) {}
-
-LossAnnouncer::~LossAnnouncer() {
-    Stop();
-}
-
-void LossAnnouncer::Stop() {
-    if (!thread_.joinable()) {
-        return;
-    }
-    std::unique_lock<std::mutex> lock(state_->mutex);
-    state_->stop = true;
-    state_->changed.notify_all();
-    const bool ended = state_->changed.wait_for(lock, kLongestWait, [this] { return state_->ended; });
-    lock.unlock();
-    if (ended) {
-        thread_.join();
-    } else {
-        thread_.detach();
-    }
-}
+    : state_(std::make_shared<State>(sessions)),
+      thread_(state_, [state = state_.get()](auto& lock) { Run(*state, lock); }) {}
 
 void LossAnnouncer::Occurred(const std::string& time, const std::string& notification_id) {
     Post({true, time, notification_id});
@@ -80,13 +53,12 @@ void LossAnnouncer::Post(const Notice& notice) {
     }
 }
 
-void LossAnnouncer::Run(State& state) {
+void LossAnnouncer::Run(State& state, std::unique_lock<std::mutex>& lock) {
     LimitCallsOfThisThread();
-    std::unique_lock<std::mutex> lock(state.mutex);
     for (;;) {
         state.changed.wait(lock, [&] { return state.stop || !state.notices.empty(); });
         if (state.stop) {
-            break;
+            return;
         }
         const Notice notice = state.notices.front();
         state.notices.pop_front();
@@ -98,8 +70,6 @@ void LossAnnouncer::Run(State& state) {
         }
         lock.lock();
     }
-    state.ended = true;
-    state.changed.notify_all();
 }
 
 void LossAnnouncer::Tell(const Session& session, const Notice& notice) {

@@ -3,8 +3,9 @@
 #include <chrono>
 #include <map>
 #include <memory>
-#include <thread>
+#include <mutex>
 
+#include "demo/agent/calling_thread.h"
 #include "demo/agent/ems.h"
 
 namespace qv_demo {
@@ -15,18 +16,13 @@ class OssPinger {
   public:
     OssPinger(const Ems& ems, std::chrono::seconds interval);
 
-    /// Waits two seconds at most for a ping that is under way; the thread is left to itself after that.
-    ~OssPinger();
-    OssPinger(const OssPinger&) = delete;
-    OssPinger& operator=(const OssPinger&) = delete;
-
   private:
     struct State;
-    static void Run(State& state);
+    static void Run(State& state, std::unique_lock<std::mutex>& lock);
     static bool Answers(const Session& session);
 
     const std::shared_ptr<State> state_;
-    std::thread thread_;
+    CallingThread thread_;
 };
 
 }  // namespace qv_demo
