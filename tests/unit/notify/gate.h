@@ -2,27 +2,32 @@
 #pragma once
 
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 
 namespace qv_notify_test {
 
-/// Any thread may call.
+/// Any thread may call. One that waits when the gate is opened gets out although the gate ends right then.
 class Gate {
   public:
     void Open() {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        m_open = true;
-        m_changed.notify_all();
+        const std::lock_guard<std::mutex> guard(m_state->mutex);
+        m_state->open = true;
+        m_state->changed.notify_all();
     }
     void Wait() {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_open; });
+        const std::shared_ptr<State> state = m_state;
+        std::unique_lock<std::mutex> lock(state->mutex);
+        state->changed.wait(lock, [&state] { return state->open; });
     }
 
   private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_open = false;
+    struct State {
+        std::mutex mutex;
+        std::condition_variable changed;
+        bool open = false;
+    };
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 /// Opens a gate when a test ends, however it does.
