@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
     const CORBA::ORB_var orb = CORBA::ORB_init(argc, argv);
     const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
     const PortableServer::POA_var root = PortableServer::POA::_narrow(object.in());
-    const CORBA::Object_var reference = qv_orb::PublishUnderKey(orb.in(), "consumer", new Consumer);
+    const PortableServer::Servant_var<Consumer> consumer = new Consumer;
+    const CORBA::Object_var reference = qv_orb::PublishUnderKey(orb.in(), "consumer", consumer.in());
     const PortableServer::POAManager_var manager = root->the_POAManager();
     manager->activate();
     std::puts("ready");
@@ -40,5 +41,6 @@ int main(int argc, char** argv) {
     int number = 0;
     sigwait(&ending, &number);
     orb->shutdown(true);
+    orb->destroy();
     return 0;
 }
