@@ -109,6 +109,7 @@ void CorbaBaseAgentConfig::GetCRLFileList(std::vector<std::string>& files, const
     if (stream == nullptr) {
         return;
     }
+    // readdir_r is deprecated: readdir is as safe on streams that no other thread uses.
     while (const dirent* const entry = ::readdir(stream)) {
         if (IsCRLFile(entry->d_name)) {
             files.emplace_back(entry->d_name);
