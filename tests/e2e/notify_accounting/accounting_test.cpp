@@ -136,13 +136,31 @@ class Scene {
         const std::int64_t begin = m_suppliers->Taken();
         m_suppliers->Allow(begin + kOverflow + kAhead);
         ASSERT_TRUE(m_suppliers->WaitForTaken(begin + kOverflow)) << m_service.Said();
+        // Nothing is lost any more, and each supplier thread pushes once again: then the last of each
+        // arrives.
+        Insist([&] {
+            proxy->set_qos(qv_test::Properties({qv_test::PropertyOf("MaxEventsPerConsumer", kEvents)}));
+        });
         Insist([&] { proxy->resume_connection(); });
+        ASSERT_TRUE(PushOneMoreOfEach()) << m_suppliers->Failure();
         m_suppliers->Pause();
         ASSERT_TRUE(qv_test::WaitFor([&] { return small.HasTheLast(*m_suppliers); })) << m_service.Said();
         small.Leave();
         ASSERT_EQ(m_service.Stop(), 0);
         m_service.Start();
         m_suppliers->GoOn();
+    }
+
+    bool PushOneMoreOfEach() {
+        m_suppliers->Allow(m_suppliers->Taken() + kOverflow);
+        for (std::size_t thread = 0; thread < m_suppliers->Threads(); ++thread) {
+            // The next one may have been under way already.
+            const std::int32_t enough = m_suppliers->TakenOf(thread) + 2;
+            if (!qv_test::WaitFor([&] { return m_suppliers->TakenOf(thread) >= enough; })) {
+                return false;
+            }
+        }
+        return true;
     }
 
     void BalanceOne(const Consumer& consumer, const std::string& said) {
