@@ -11,7 +11,7 @@ void LimitedReport::Tell(const std::string& sentence) {
         return;
     }
     if (*dropped != 0) {
-        Report(std::to_string(*dropped) + " messages about " + subject_ + " were left out here");
+        Report(std::to_string(*dropped) + " " + what_ + " were left out here");
     }
     Report(sentence);
 }

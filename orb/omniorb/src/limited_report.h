@@ -8,19 +8,19 @@
 
 namespace qv_orb {
 
-/// Reports no more sentences about a subject than RateLimit lets through, and how many were left out.
+/// Reports no more sentences of a kind than RateLimit lets through, and how many were left out.
 /// Thread-safe.
 class LimitedReport {
   public:
-    /// `subject` is what the sentences are about, as "requests in clear"; the text must live as long as this.
-    constexpr explicit LimitedReport(const char* subject) : subject_(subject) {}
+    /// `what` is what the sentences are, as "messages about SSL"; the text must live as long as this.
+    constexpr explicit LimitedReport(const char* what) : what_(what) {}
 
     void Tell(const std::string& sentence);
     /// Forgets what was said.
     void Restart();
 
   private:
-    const char* const subject_;
+    const char* const what_;
     std::mutex mutex_;
     RateLimit limit_;  // guarded by mutex_
 };

@@ -19,7 +19,7 @@ namespace qv_orb {
 namespace {
 
 std::atomic<bool> g_refuse{false};
-LimitedReport g_requests("requests in clear");
+LimitedReport g_requests("messages about requests in clear");
 
 void ReportRefusal(const char* peer) {
     constexpr std::size_t kScheme = sizeof "giop:tcp:" - 1;

@@ -52,7 +52,7 @@ class SslContext final : public sslContext {
     const SourcePtr credentials_;
 };
 
-LimitedReport g_handshakes("SSL handshakes");
+LimitedReport g_handshakes("messages about SSL handshakes");
 
 void ReportHandshake(const std::string& sentence) {
     g_handshakes.Tell(sentence);

@@ -3,10 +3,8 @@
 #include <omniORB4/CORBA.h>
 
 #include <cstring>
-#include <mutex>
 
-#include "diagnostics.h"
-#include "rate_limit.h"
+#include "limited_report.h"
 
 namespace qv_orb {
 namespace {
@@ -27,21 +25,12 @@ void LogOfOrb(const char* message) {
     if (SaysThatThereIsNoSsl(message)) {
         return;
     }
-    static std::mutex mutex;
-    static RateLimit limit;
-    std::lock_guard<std::mutex> guard(mutex);
-    const auto dropped = limit.Admit(std::chrono::steady_clock::now());
-    if (!dropped) {
-        return;
-    }
-    if (*dropped != 0) {
-        Report(std::to_string(*dropped) + " messages of the ORB were left out here");
-    }
+    static LimitedReport report("messages of the ORB");
     std::string line(message);
     while (!line.empty() && line.back() == '\n') {
         line.pop_back();
     }
-    Report(line);
+    report.Tell(line);
 }
 
 }  // namespace
