@@ -6,7 +6,7 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 readonly ROOT
 readonly WORK_DIR="${QV_WORK_DIR:-$ROOT/build/work}"
 
-# Debian packages that building, testing and running need.
+# Debian packages that building and running need.
 readonly PACKAGES=(
   g++ cmake ninja-build ccache pkg-config python3
   libace-dev libomniorb4-dev libcos4-dev omniidl omniorb omniorb-idl omniorb-nameserver
@@ -14,6 +14,21 @@ readonly PACKAGES=(
   libssl-dev openssl
   libgtest-dev libgmock-dev libbenchmark-dev
 )
+
+# What a command needs beyond them.
+packages_of() {
+  case "$1" in
+    test | asan | tsan) echo doxygen shellcheck ;;
+    docs) echo doxygen ;;
+    packages) echo dpkg-dev debhelper lintian fakeroot ;;
+    abi) echo abigail-tools git ;;
+    valgrind) echo valgrind ;;
+    tidy) echo clang-tidy clang-tools ;;
+    fuzz) echo clang ;;
+    faults) echo iproute2 faketime ;;
+    bench) echo gnuplot-nox ;;
+  esac
+}
 
 say() { printf '==> %s\n' "$*"; }
 
@@ -32,8 +47,18 @@ usage: ./run.sh COMMAND [ARGUMENTS]
                 by SSL with certificates made on the spot, and clients are shown that are turned away for theirs
   agent         build, then leave the demo agent running until Ctrl-C, by SSL with --ssl
   test          build everything and run all tests; arguments go to ctest, as in ./run.sh test -R naming
-  bench         build optimised and run the benchmarks; arguments go to them
-  install-deps  only install the packages that are missing
+  docs          build the manual as HTML, into build/docs
+  packages      build the Debian packages, check them, install them into a throw-away system and remove them again
+  bench         build optimised, run all benchmarks and write the report; arguments go to them
+  faults        run agent, services and OSSs on three hosts of network namespaces through a campaign of faults; needs
+                root; --quick, --minutes N, --seed N
+  asan, tsan    build and run all tests under the address and undefined-behaviour sanitizers, under the thread
+                sanitizer; arguments go to ctest
+  valgrind      run the long-running programs under valgrind
+  tidy          run clang-tidy over the sources
+  fuzz          run each fuzz target for ten minutes; ./run.sh fuzz SECONDS [TARGET...] for another time, for some
+  abi           compare the library's binary interface with that of the last release
+  install-deps  only install the packages that are missing; with COMMAND... those of these commands as well
   help          print this text
 
 Each command first installs missing packages with apt, as root or through sudo.
@@ -53,15 +78,20 @@ as_root() {
   fi
 }
 
+# install_deps COMMAND...
 install_deps() {
+  local needed=("${PACKAGES[@]}") more=() missing=() command package
+  for command in "$@"; do
+    read -ra more <<<"$(packages_of "$command")"
+    needed+=("${more[@]}")
+  done
   command -v dpkg-query >/dev/null ||
-    die "this is not a Debian system, so packages cannot be installed here. Install the counterparts of: ${PACKAGES[*]}"
-  local missing=() package
-  for package in "${PACKAGES[@]}"; do
+    die "this is not a Debian system, so packages cannot be installed here. Install the counterparts of: ${needed[*]}"
+  for package in "${needed[@]}"; do
     is_installed "$package" || missing+=("$package")
   done
   if [[ ${#missing[@]} == 0 ]]; then
-    say "all ${#PACKAGES[@]} packages are installed"
+    say "all ${#needed[@]} packages are installed"
     return
   fi
   if [[ "$(id -u)" != 0 ]] && ! command -v sudo >/dev/null; then
@@ -133,34 +163,65 @@ main() {
       usage
       return
       ;;
-    demo | agent | test | bench | install-deps) ;;
+    install-deps)
+      install_deps "$@"
+      return
+      ;;
+    demo | agent | test | docs | packages | bench | faults | asan | tsan | valgrind | tidy | fuzz | abi) ;;
     *)
-      die "there is no command \"$command\". Use demo, agent, test, bench, install-deps or help."
+      die "there is no command \"$command\". ./run.sh help lists them."
       ;;
   esac
-
-  install_deps
-  case "$command" in
-    demo)
-      build_programs
-      make_work_dir
-      run_script demo/run_demo.sh "$ROOT/build/default" "$WORK_DIR" "$@"
-      ;;
-    agent)
-      build_programs
-      make_work_dir
-      run_script demo/run_agent.sh "$ROOT/build/default" "$WORK_DIR" "$@"
-      ;;
-    test)
-      build default
-      say "testing"
-      exec ctest --preset default "$@"
-      ;;
-    bench)
-      build bench bench/all
-      run_script bench/run_bench.sh "$ROOT/build/bench" "$@"
-      ;;
-  esac
+  install_deps "$command"
+  "run_${command}" "$@"
 }
+
+run_demo() {
+  build_programs
+  make_work_dir
+  run_script demo/run_demo.sh "$ROOT/build/default" "$WORK_DIR" "$@"
+}
+
+run_agent() {
+  build_programs
+  make_work_dir
+  run_script demo/run_agent.sh "$ROOT/build/default" "$WORK_DIR" "$@"
+}
+
+run_test() {
+  build default
+  say "testing"
+  exec ctest --preset default "$@"
+}
+
+run_docs() { run_script docs/build_docs.sh "$ROOT/build/docs" "$@"; }
+
+run_packages() { run_script packaging/packages.sh "$ROOT/build/packages" "$@"; }
+
+run_abi() { run_script packaging/abi/check_abi.sh "$ROOT/build/abi" "$@"; }
+
+run_bench() {
+  build bench bench/all
+  run_script bench/run_bench.sh "$ROOT/build/bench" "$@"
+}
+
+run_faults() {
+  build default standalone/all services/all demo/all tools/all faults
+  make_work_dir
+  run_script tests/faults/run_faults.sh "$ROOT/build/default" "$WORK_DIR" "$@"
+}
+
+run_asan() { run_script checks/sanitize.sh "$ROOT" asan "$@"; }
+
+run_tsan() { run_script checks/sanitize.sh "$ROOT" tsan "$@"; }
+
+run_valgrind() {
+  build_programs
+  run_script checks/valgrind.sh "$ROOT/build/default" "$@"
+}
+
+run_tidy() { run_script checks/tidy.sh "$ROOT" "$@"; }
+
+run_fuzz() { run_script checks/fuzz.sh "$ROOT" "$@"; }
 
 main "$@"
