@@ -31,7 +31,7 @@ std::string Name(CdrReader& reader) {
 
 CdrReader Parameters(CdrReader& reader) {
     const std::string_view bytes = reader.OctetSequence();
-    return CdrReader::Encapsulation(bytes.data(), bytes.size());
+    return CdrReader::Encapsulation(bytes);
 }
 
 bool HasComplexParameters(CORBA::TCKind kind) {

@@ -8,9 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "services/notify/etcl/cdr_reader.h"
+#include "orb/cdr_reader.h"
 
 namespace qv_notify::etcl {
+
+using qv_orb::CdrReader;
 
 /// A TypeCode read once, so that a value's parts are found without asking the ORB for a TypeCode per part.
 /// Never changes once made, so any thread may use it.

@@ -7,11 +7,13 @@
 #include <string>
 #include <string_view>
 
-#include "services/notify/etcl/cdr_reader.h"
+#include "orb/cdr_reader.h"
 #include "services/notify/etcl/component_path.h"
 #include "services/notify/etcl/type_table.h"
 
 namespace qv_notify::etcl {
+
+using qv_orb::CdrReader;
 
 /// A place inside of an Any's value, in its CDR form: where its bytes begin and of which type it is. Anys are
 /// unwrapped and aliases resolved, so kind() is neither. Each step moves it to a part of the value and

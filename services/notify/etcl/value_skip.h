@@ -1,9 +1,11 @@
 #pragma once
 
-#include "services/notify/etcl/cdr_reader.h"
+#include "orb/cdr_reader.h"
 #include "services/notify/etcl/type_table.h"
 
 namespace qv_notify::etcl {
+
+using qv_orb::CdrReader;
 
 /// The fixed size in bytes of values of a basic kind, which is its alignment as well but for a long double,
 /// which is aligned to 8; 0 for every other kind.

@@ -7,9 +7,9 @@
 
 #include "eventC.h"
 #include "expectations.h"
+#include "orb/cdr_reader.h"
 #include "orb/value_access.h"
 #include "rich_event.h"
-#include "services/notify/etcl/cdr_reader.h"
 #include "services/notify/etcl/type_table.h"
 #include "services/notify/etcl/value_place.h"
 #include "services/notify/etcl/value_skip.h"
