@@ -5,6 +5,7 @@
 
 #include "standalone/sample_file.h"
 #include "standalone/settings_file.h"
+#include "tools/config_markdown.h"
 #include "tools/config_report.h"
 
 namespace {
@@ -23,17 +24,23 @@ int RunCommand(int argc, char** argv) {
     std::string file;
     bool sample = false;
     bool list = false;
+    bool markdown = false;
     bool json = false;
     CLI::Option_group& actions = *app.add_option_group("actions");
     actions.add_option("--check", file, "Check this configuration file")->type_name("FILE");
     actions.add_flag("--sample", sample, "Print an annotated file with all settings and their defaults");
     actions.add_flag("--list", list, "Print a table of all settings");
+    actions.add_flag("--markdown", markdown, "Print the reference of all settings as a page of Markdown");
     actions.require_option(1);
     app.add_flag("--json", json, "Print --check or --list as JSON, for scripts");
     CLI11_PARSE(app, argc, argv);
 
     if (sample) {
         std::cout << qv_standalone::SampleFile();
+        return 0;
+    }
+    if (markdown) {
+        qv_tools::PrintMarkdown(std::cout);
         return 0;
     }
     if (list) {

@@ -93,8 +93,25 @@ TEST(QvConfig, ListsEverySetting) {
     EXPECT_EQ(json[1]["max"].asInt(), 1024);
 }
 
+TEST(QvConfig, ThePageHasARowForEverySetting) {
+    const RunResult page = Config({"--markdown"});
+    EXPECT_EQ(page.code, 0);
+    for (const auto& setting : qv_standalone::AllSettings()) {
+        EXPECT_NE(page.out.find(std::string("\n| `") + setting.key + "` | "), std::string::npos)
+            << setting.key;
+    }
+    EXPECT_NE(
+        page.out.find("| `ORBThreadNum` | integer, 0 to 1024 threads | `4` | Size of the thread pool: "),
+        std::string::npos)
+        << page.out;
+    EXPECT_NE(page.out.find("\n## Table `[platform]`\n"), std::string::npos) << page.out;
+    // Brackets of a meaning would be taken for a link.
+    EXPECT_NE(page.out.find("a table \\[risk\\] of operations"), std::string::npos) << page.out;
+}
+
 TEST(QvConfig, AsksForExactlyOneThingToDo) {
     EXPECT_GT(Config({}).code, 2);
+    EXPECT_GT(Config({"--markdown", "--list"}).code, 2);
     EXPECT_GT(Config({"--sample", "--list"}).code, 2);
 }
 
