@@ -100,15 +100,16 @@ start() {
   PIDS+=("$STARTED")
 }
 
-# wait_for NAME PID FILE PATTERN: until a line of FILE matches, or the process ends, or 30 seconds are over
+# wait_for NAME PID FILE PATTERN: until a line of FILE matches, or the process ends, or time is up: 30 seconds, or
+# DEMO_PATIENCE where the programs are slower than by themselves
 wait_for() {
-  local name="$1" pid="$2" file="$3" pattern="$4" tries=0
+  local name="$1" pid="$2" file="$3" pattern="$4" tries=0 patience="${DEMO_PATIENCE:-30}"
   until grep -q -- "$pattern" "$file" 2>/dev/null; do
     if ! kill -0 "$pid" 2>/dev/null; then
       cat "$DIR/$name.err" >&2
       die "$name has ended; its message stands above"
     fi
-    ((++tries <= 300)) || die "$name is not ready after 30 seconds; see $DIR/$name.err"
+    ((++tries <= patience * 10)) || die "$name is not ready after $patience seconds; see $DIR/$name.err"
     sleep 0.1
   done
 }
