@@ -1,0 +1,81 @@
+// The whole agent: it stops as orderly as it starts.
+#include <agent/agentserver.h>
+#include <agent/corbabaseagentconfig.h>
+#include <agent/persistent_poa.h>
+#include <logging/logmgr.h>
+#include <signal.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <thread>
+
+#include "events.h"
+#include "gate.h"
+#include "sessions.h"
+#include "stations.h"
+
+namespace {
+
+/// Ends what main has started, in the order that the library asks for.
+void Stop(Events& events, std::thread& orb) {
+    NS_CORBA::CorbaBaseAgentConfig& config = *NS_CORBA::CorbaBaseAgentConfig::Instance();
+    const bool pool = config.ORBThreadPool();
+    config.UnRegistEMSFactoryName();   // nobody finds the agent any more
+    events.Stop();                     // still needs the ORB
+    NS_CORBA::AgentServer::Discard();  // lets the requests in progress end, takes no others
+    NS_CORBA::AgentServer::ShutDown();
+    NS_CORBA::AgentServer::Destroy();
+    if (!pool) {
+        orb.join();
+    }
+    config.UnregisterMgr("Station");
+    NS_CORBA::CorbaBaseAgentConfig::Destroy();
+    if (!pool) {  // whose threads log until the process ends
+        NS_CORBA::CorbaLogMgr::Destroy();
+    }
+}
+
+}  // namespace
+
+int main() {
+    sigset_t stop;  // blocked in every thread, so that sigwait below gets them
+    sigemptyset(&stop);
+    sigaddset(&stop, SIGINT);
+    sigaddset(&stop, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &stop, nullptr);
+
+    NS_CORBA::CorbaBaseAgentConfig& config = *NS_CORBA::CorbaBaseAgentConfig::Instance();
+    if (!config.Init("weather_agent") || !NS_CORBA::CorbaLogMgr::Instance()->Init()) {
+        std::cerr << "weather_agent: can't start" << std::endl;
+        return 1;
+    }
+    Events events;
+    Stations stations(events);
+    const PortableServer::POA_var root = config.GetRootPoa();
+    const PortableServer::POA_var top = NS_CORBA::get_persistent_poa(root.in(), "M4400");
+    const PortableServer::ServantBase_var servant = new SessionFactory(top.in());
+    const CORBA::Object_var factory = NS_CORBA::get_persistent_ref(top.in(), servant.in(), "factory");
+    StationManagerFactory station_manager(stations);
+    config.RegisterMgr("Station", &station_manager);
+
+    Gate gate;
+    config.SetReqInterceptorImpl(&gate);
+    if (!config.RegistEMSFactoryName(factory.in())) {
+        std::cerr << "weather_agent: the naming service can't be reached" << std::endl;
+        return 1;
+    }
+    if (!events.Start()) {
+        std::cerr << "weather_agent: the threads that send events can't be started" << std::endl;
+        return 1;
+    }
+    NS_CORBA::AgentServer::Activate();
+    std::thread orb([] { NS_CORBA::AgentServer::Run(); });
+    std::cout << "ready" << std::endl;
+
+    int signal = 0;
+    sigwait(&stop, &signal);
+    std::cout << "stopping" << std::endl;
+    Stop(events, orb);
+    std::cout << "stopped" << std::endl;
+    std::quick_exit(0);  // past the destructors of what a pool's threads may still look at
+}
