@@ -1,0 +1,172 @@
+"""The kinds of faults: what is drawn, how one begins, how it ends, and how soon after that everything works again."""
+import socket
+import threading
+from dataclasses import dataclass
+from typing import Callable
+
+from . import kernel
+from .deployment import AGENT_PORT, CONSUMERS, OSSS
+from .hosts import LINKS
+
+LONG_WAIT = (2.0, 8.0)
+HOUR = 3600
+
+
+@dataclass(frozen=True)
+class Kind:
+    """`draw(rng)` gives the parameters, among them "hold", the seconds between begin and end."""
+    name: str
+    recovery: float  # stated: seconds from the end of the fault until all works
+    draw: Callable
+    begin: Callable
+    end: Callable
+
+
+@dataclass(frozen=True)
+class Fault:
+    kind: Kind
+    parameters: dict
+
+    def describe(self):
+        words = [f"{name} {value}" for name, value in self.parameters.items()]
+        return f"{self.kind.name} ({', '.join(words)})"
+
+
+def _hold(rng, span=LONG_WAIT):
+    return round(rng.uniform(*span), 1)
+
+
+def _kill(target_names, recovery, name, span=(0.0, 6.0)):
+    def draw(rng):
+        return {"target": rng.choice(target_names), "hold": _hold(rng, span)}
+
+    return Kind(name, recovery, draw,
+                lambda deployment, p: deployment.processes[p["target"]].kill(),
+                lambda deployment, p: deployment.start(p["target"]))
+
+
+def _stop(target_names, recovery, name):
+    def draw(rng):
+        return {"target": rng.choice(target_names), "hold": _hold(rng)}
+
+    return Kind(name, recovery, draw,
+                lambda deployment, p: deployment.processes[p["target"]].freeze(),
+                lambda deployment, p: deployment.processes[p["target"]].thaw())
+
+
+def _packets(name, recovery, draw_numbers):
+    """An order to the switch about one link, or all of them."""
+    def draw(rng):
+        links = rng.choice([[link] for link in LINKS] + [LINKS])
+        return {"links": "+".join("-".join(link) for link in links), "order": f"{name} {draw_numbers(rng)}".strip(),
+                "hold": _hold(rng)}
+
+    def begin(deployment, p):
+        order, *numbers = p["order"].split()
+        for link in p["links"].split("+"):
+            deployment.network.order(" ".join([order, *link.split("-"), *numbers]))
+
+    return Kind(name, recovery, draw, begin, lambda deployment, p: deployment.network.order("heal"))
+
+
+def _disk(host, recovery):
+    return Kind(f"disk-full {host}", recovery, lambda rng: {"hold": _hold(rng)},
+                lambda deployment, p: deployment.network.hosts[host].fill_disk(),
+                lambda deployment, p: deployment.network.hosts[host].release_disk())
+
+
+def _files(target, recovery):
+    """No descriptor more than `spare` ones."""
+    saved = {}
+
+    def begin(deployment, p):
+        process = deployment.processes[target]
+        saved["limit"] = process.file_limit()
+        process.limit_files(process.open_files() + p["spare"])
+
+    def end(deployment, _):
+        deployment.processes[target].limit_files(saved["limit"])
+
+    return Kind(f"no descriptors {target}", recovery,
+                lambda rng: {"spare": rng.randint(0, 3), "hold": _hold(rng)}, begin, end)
+
+
+def _connect_from(host, address, count, sockets):
+    kernel.enter_network_of(host.pid)
+    for _ in range(count):
+        connection = socket.socket()
+        connection.setblocking(False)
+        connection.connect_ex((address, AGENT_PORT))
+        sockets.append(connection)
+
+
+def _connections(recovery):
+    """A client that opens connections and says nothing, more than the agent may have."""
+    sockets, saved = [], {}
+
+    def begin(deployment, p):
+        agent = deployment.processes["agent"]
+        saved["limit"] = agent.file_limit()
+        agent.limit_files(p["limit"])
+        hosts = deployment.network.hosts
+        visitor = threading.Thread(  # a network namespace belongs to a thread
+            target=_connect_from, args=(hosts["oss"], hosts["ems"].address, p["connections"], sockets))
+        visitor.start()
+        visitor.join()
+
+    def end(deployment, _):
+        for connection in sockets:
+            connection.close()
+        sockets.clear()
+        deployment.processes["agent"].limit_files(saved["limit"])
+
+    def draw(rng):
+        limit = rng.choice([128, 256])
+        return {"limit": limit, "connections": limit + rng.randint(50, 200), "hold": _hold(rng)}
+
+    return Kind("connections agent", recovery, draw, begin, end)
+
+
+def _clock(recovery):
+    """The clock of one process jumps, and jumps back."""
+    def draw(rng):
+        seconds = rng.choice([90, 600, HOUR, 5 * HOUR, 26 * HOUR]) * rng.choice([-1, 1])
+        return {"target": rng.choice(["agent", "notify", "naming"]), "seconds": seconds, "hold": _hold(rng, (3.0, 8.0))}
+
+    return Kind("clock", recovery, draw,
+                lambda deployment, p: deployment.clocks[p["target"]].set(p["seconds"]),
+                lambda deployment, p: deployment.clocks[p["target"]].set(0))
+
+
+KINDS = [
+    _kill(["agent"], 15, "kill agent"),
+    _kill(["naming"], 10, "kill naming"),
+    _kill(["notify"], 20, "kill notify", (0.0, 9.0)),
+    _kill(OSSS, 10, "kill oss"),
+    _kill(CONSUMERS, 30, "kill consumer"),
+    _stop(["agent"], 15, "stop agent"),
+    _stop(["naming"], 15, "stop naming"),
+    _stop(["notify"], 20, "stop notify"),
+    _stop(CONSUMERS, 30, "stop consumer"),
+    _packets("cut", 45, lambda rng: ""),
+    _packets("delay", 20, lambda rng: f"{rng.randint(20, 300)} {rng.randint(0, 50)}"),
+    _packets("drop", 30, lambda rng: f"{rng.uniform(0.02, 0.25):.2f}"),
+    _packets("duplicate", 15, lambda rng: f"{rng.uniform(0.05, 0.5):.2f}"),
+    _packets("reorder", 15, lambda rng: f"{rng.uniform(0.05, 0.4):.2f} {rng.randint(5, 60)}"),
+    _disk("ems", 15),
+    _disk("services", 30),
+    _files("agent", 20),
+    _files("notify", 30),
+    _files("naming", 20),
+    _connections(20),
+    _clock(15),
+]
+
+
+def schedule(rng, kinds):
+    """Faults without end: all kinds in an order by chance, then all again."""
+    while True:
+        deck = list(kinds)
+        rng.shuffle(deck)
+        for kind in deck:
+            yield Fault(kind, kind.draw(rng))
