@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -13,8 +12,9 @@
 #include <thread>
 #include <utility>
 
-#include "services/naming/common_parts.h"
+#include "services/common/state_directory.h"
 #include "services/common/text_file.h"
+#include "services/naming/common_parts.h"
 
 namespace qv_naming {
 namespace {
@@ -23,27 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::milliseconds kLockRetry{20};
 
-std::string Environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
-
-fs::path BaseDirectory(const Settings& settings) {
-    if (const std::string base = Environment("QV_NAMING_DATA"); !base.empty()) {
-        return base;
-    }
-    if (!settings.ior_file.empty()) {
-        return fs::absolute(settings.ior_file).parent_path();
-    }
-    if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) {
-        return fs::path(state) / "qv_naming";
-    }
-    if (const std::string home = Environment("HOME"); !home.empty()) {
-        return fs::path(home) / ".local/state/qv_naming";
-    }
-    throw StartError("There is no place for the bindings: give a directory with \"-u\" or in QV_NAMING_DATA.",
-                     kExitUsage);
-}
+constexpr StateDirectory kBindings{"QV_NAMING_DATA", "qv_naming", "the bindings"};
 
 std::string FirstLine(const fs::path& file) {
     std::ifstream input(file);
@@ -61,11 +41,8 @@ std::string FirstLine(const fs::path& file) {
 }  // namespace
 
 fs::path ChooseDataDirectory(const Settings& settings) {
-    if (!settings.data_directory.empty()) {
-        return fs::absolute(settings.data_directory).lexically_normal();
-    }
-    return fs::absolute(BaseDirectory(settings) / ("naming-" + std::to_string(settings.port)))
-        .lexically_normal();
+    return ChooseStateDirectory(kBindings, settings.data_directory, settings.ior_file,
+                                "naming-" + std::to_string(settings.port));
 }
 
 DataDirectory::DataDirectory(fs::path directory, std::chrono::milliseconds patience)

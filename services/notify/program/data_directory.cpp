@@ -2,11 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <string>
 #include <system_error>
 
 #include "services/common/start_error.h"
+#include "services/common/state_directory.h"
 #include "services/common/text_file.h"
 
 namespace qv_notify {
@@ -16,36 +16,13 @@ namespace {
 namespace fs = std::filesystem;
 using qv_service::StartError;
 
-std::string Environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
-
-fs::path BaseDirectory(const Settings& settings) {
-    if (const std::string base = Environment("QV_NOTIFY_DATA"); !base.empty()) {
-        return base;
-    }
-    if (!settings.ior_file.empty()) {
-        return fs::absolute(settings.ior_file).parent_path();
-    }
-    if (const std::string state = Environment("XDG_STATE_HOME"); !state.empty()) {
-        return fs::path(state) / "qv_notify";
-    }
-    if (const std::string home = Environment("HOME"); !home.empty()) {
-        return fs::path(home) / ".local/state/qv_notify";
-    }
-    throw StartError(
-        "There is no place for persistent channels: give a directory with \"-u\" or in QV_NOTIFY_DATA.",
-        qv_service::kExitUsage);
-}
+constexpr qv_service::StateDirectory kChannels{"QV_NOTIFY_DATA", "qv_notify", "persistent channels"};
 
 }  // namespace
 
 fs::path ChooseDataDirectory(const Settings& settings) {
-    const fs::path directory = settings.data_directory.empty()
-                                   ? BaseDirectory(settings) / ("notify-" + std::to_string(settings.port))
-                                   : fs::path(settings.data_directory);
-    return fs::absolute(directory).lexically_normal();
+    return qv_service::ChooseStateDirectory(kChannels, settings.data_directory, settings.ior_file,
+                                            "notify-" + std::to_string(settings.port));
 }
 
 fs::path PrepareStoreFile(const fs::path& directory) {
