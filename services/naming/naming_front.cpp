@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "services/common/service_manager.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
 #include "services/naming/locate_probe.h"
@@ -111,9 +112,13 @@ int NamingFront::Run() {
     }
     Publish();
     guard.Succeeded();
-    std::printf("Naming_Service: serving %s, bindings in %s\n", WhereItServes(settings_, ssl).c_str(),
-                data.Path().c_str());
+    const std::string serving =
+        "serving " + WhereItServes(settings_, ssl) + ", bindings in " + data.Path().string();
+    std::printf("Naming_Service: %s\n", serving.c_str());
     std::fflush(stdout);
+    if (const std::string untold = qv_service::TellReady(serving); !untold.empty()) {
+        Tell(untold);
+    }
     return Serve(server);
 }
 
@@ -211,6 +216,7 @@ int NamingFront::Serve(NameServerProcess& server) {
 }
 
 int NamingFront::Stop(NameServerProcess& server) {
+    qv_service::TellStopping();
     server.Signal(SIGTERM);
     const auto deadline = Clock::now() + kStopLimit;
     while (!server.TryWait() && Clock::now() < deadline) {

@@ -11,6 +11,7 @@
 #include "orb/portability.h"
 #include "orb/request_hold.h"
 #include "services/common/listen_addresses.h"
+#include "services/common/service_manager.h"
 #include "services/common/ssl_profile.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
@@ -134,6 +135,7 @@ int NotifyFront::Run() {
     }
 
     WaitForSignal(log);
+    qv_service::TellStopping();
     const auto deadline = std::chrono::steady_clock::now() + kGrace;
     if (registration) {
         registration->Stop();
@@ -216,13 +218,17 @@ void NotifyFront::Announce(const std::string& reference, const Store* store,
         qv_service::ReplaceTextFile(m_settings.pid_file, std::to_string(getpid()) + "\n",
                                     "the process id of the notification service");
     }
-    std::printf("Notify_Service: serving %s/%s", Corbaloc().c_str(), m_settings.factory_name.c_str());
+    std::string serving = "serving " + Corbaloc() + "/" + m_settings.factory_name;
     if (store != nullptr) {
-        std::printf(", %zu channels, %zu consumers and %zu events kept in %s", restored.channels,
-                    restored.consumers, restored.events, ChooseDataDirectory(m_settings).c_str());
+        serving += ", " + std::to_string(restored.channels) + " channels, " +
+                   std::to_string(restored.consumers) + " consumers and " + std::to_string(restored.events) +
+                   " events kept in " + ChooseDataDirectory(m_settings).string();
     }
-    std::printf("\n");
+    std::printf("Notify_Service: %s\n", serving.c_str());
     std::fflush(stdout);
+    if (const std::string untold = qv_service::TellReady(serving); !untold.empty()) {
+        Tell(untold);
+    }
 }
 
 }  // namespace qv_notify
