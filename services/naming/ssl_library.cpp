@@ -21,7 +21,7 @@ std::string FindSslLibrary() {
     std::error_code error;
     const std::filesystem::path program =
         std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    for (const char* folder : {"../" QV_LIBRARY_FOLDER, "../lib", "."}) {
+    for (const char* folder : {"../" QV_LIBRARY_FOLDER "/qv_corba_pub", "../lib", "."}) {
         const std::filesystem::path candidate = (program / folder / kName).lexically_normal();
         if (access(candidate.c_str(), R_OK) == 0) {
             return candidate.string();
