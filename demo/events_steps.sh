@@ -28,6 +28,8 @@ start_events_agent() {
     --inventory "$DATA/inventory.json" --events
   EVENTS_AGENT_PID=$STARTED
   wait_for events-agent "$EVENTS_AGENT_PID" "$DIR/events-agent.out" '^ready'
+  # A notification service that takes its time gets its channel after that, and nobody can listen before.
+  wait_for events-agent "$EVENTS_AGENT_PID" "$EVENTS/channel.ior" '^IOR:'
 }
 
 # Kills the notification service, waits until the agent's buffer is full, and starts it as it was.
