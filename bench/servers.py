@@ -1,8 +1,9 @@
 """Servers and clients of the benchmarks that call the servant of request_path."""
 import os
-import socket
 import subprocess
 import time
+
+from processes import Failure, end_with_parent, free_port, last_words, reset_peak, status_kib
 
 SETTINGS = """
 [agent]
@@ -12,16 +13,6 @@ CORBAAgent_Port = {port}
 """
 
 
-class Failure(Exception):
-    pass
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
 class Server:
     """A process that writes the reference of its servant to a file in `folder`."""
 
@@ -29,13 +20,15 @@ class Server:
         self.reference = folder / "reference"
         self.log = open(folder / "log", "w")
         self.process = subprocess.Popen([command[0], str(self.reference), *command[1:]], stdout=self.log,
-                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})})
+                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})},
+                                        preexec_fn=end_with_parent)
 
     def wait_until_ready(self):
         deadline = time.monotonic() + 20
         while not self.reference.exists():
             if self.process.poll() is not None or time.monotonic() > deadline:
-                raise Failure(f"{self.process.args[0]} did not start; see {self.log.name}")
+                name = os.path.basename(self.process.args[0])
+                raise Failure(f"{name} did not start{last_words(self.log.name)}")
             time.sleep(0.02)
 
     def cpu_seconds(self):
@@ -45,8 +38,14 @@ class Server:
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def memory_kib(self):
-        with open(f"/proc/{self.process.pid}/status") as status:
-            return next(int(line.split()[1]) for line in status if line.startswith("VmRSS:"))
+        return status_kib(self.process.pid, "VmRSS")
+
+    def peak_kib(self):
+        """The most since the start, or since reset_peak."""
+        return status_kib(self.process.pid, "VmHWM")
+
+    def reset_peak(self):
+        reset_peak(self.process.pid)
 
     def open_files(self):
         return len(os.listdir(f"/proc/{self.process.pid}/fd"))
@@ -55,6 +54,11 @@ class Server:
         self.process.kill()
         self.process.wait()
         self.log.close()
+
+
+def plain_server(build, folder, *options):
+    """The servant on the ORB as it is packaged."""
+    return Server([build / "bin/bench_plain_server", *options], folder)
 
 
 def seam_server(build, folder, *options, port=0):
@@ -74,7 +78,7 @@ def library_server(build, folder, settings):
 def measure_calls(build, server, threads, seconds, *options):
     """Calls it from so many threads; `options` are for the client's ORB."""
     answer = subprocess.run([build / "bin/bench_client", str(server.reference), str(threads), str(seconds), *options],
-                            capture_output=True, text=True, timeout=seconds + 30)
+                            capture_output=True, text=True, timeout=seconds + 30, preexec_fn=end_with_parent)
     if answer.returncode != 0:
         raise Failure(answer.stderr.strip() or "the client failed")
     rate, cpu = answer.stdout.split()

@@ -1,5 +1,6 @@
 // Consumers of the benchmark of notification, all in one process.
 // Usage: bench_consumers COUNT EVENTS REFERENCE [hung]
+// With COUNT 0 there is only the one that hangs.
 // Connects COUNT consumers to the channel REFERENCE, or with REFERENCE "-" prints a reference for each, for
 // whoever pushes straight into them; then "ready". When each has had EVENTS events it prints one line of JSON
 // and starts anew, until it is ended.
@@ -126,8 +127,11 @@ int Run(std::size_t count, std::size_t events, const std::string& reference, boo
     }
     std::printf("ready\n");
     std::fflush(stdout);
-    for (;;) {
+    while (count > 0) {
         tally.WaitAndPrint();
+    }
+    for (;;) {
+        pause();
     }
 }
 

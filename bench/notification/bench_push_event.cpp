@@ -1,9 +1,10 @@
-// What the library adds to a push, and how fast it empties its buffer.
-// Usage: bench_push_event push EVENTS | drain EVENTS
+// What the library adds to a push, how fast it empties its buffer, and what waits in it.
+// Usage: bench_push_event push EVENTS | drain EVENTS | backlog EVENTS
 // Needs QV_AGENT_CONFIG and the like, with "-nt FILE" in CORBAAgent_Option for the reference of the factory.
 // "push" pushes EVENTS events by PushEvent and EVENTS straight into a proxy of its own, in turns of 100;
-// "drain" buffers EVENTS events while the channel is out of service and then brings it into service. Prints
-// one line of JSON.
+// "drain" buffers EVENTS events while the channel is out of service and then brings it into service. Both
+// print one line of JSON. "backlog" reads numbers of events, up to EVENTS, from its standard input; for each
+// it pushes while the channel is out of service until so many wait, and prints one line of JSON.
 #include <orbsvcs/CosNotifyChannelAdminC.h>
 
 #include <algorithm>
@@ -63,7 +64,6 @@ int Push(int events) {
     }
     const CosNotifyChannelAdmin::StructuredProxyPushConsumer_var raw = OwnProxy();
     CosNotification::StructuredEvent event = qv_bench::AlarmEvent();
-    // Not an alarm: those have a text made by the bundle.
     event.header.fixed_header.event_type.type_name = CORBA::string_dup("NT_ATTRIBUTE_VALUE_CHANGE");
     std::vector<std::uint64_t> straight;
     std::vector<std::uint64_t> through_library;
@@ -76,11 +76,34 @@ int Push(int events) {
     return 0;
 }
 
-int Drain(int events) {
-    SuppilerMgr* const supplier = SuppilerMgr::Instance();
+// Not an alarm: those have a text made by the bundle.
+CosNotification::StructuredEvent OtherEvent() {
     CosNotification::StructuredEvent event = qv_bench::AlarmEvent();
     event.header.fixed_header.event_type.type_name = CORBA::string_dup("NT_ATTRIBUTE_VALUE_CHANGE");
-    supplier->regist("NT_ATTRIBUTE_VALUE_CHANGE");
+    SuppilerMgr::Instance()->regist("NT_ATTRIBUTE_VALUE_CHANGE");
+    return event;
+}
+
+int Backlog(int most) {
+    CosNotification::StructuredEvent event = OtherEvent();
+    int waiting = 0;
+    std::vector<std::uint64_t> times;
+    for (int wanted = 0; std::scanf("%d", &wanted) == 1 && wanted <= most;) {
+        times.clear();
+        for (; waiting < wanted; ++waiting) {
+            const std::uint64_t before = qv_bench::Now();
+            SuppilerMgr::Instance()->PushEvent(event);
+            times.push_back(qv_bench::Now() - before);
+        }
+        std::printf("{\"push_us\": %.2f}\n", times.empty() ? 0.0 : MedianMicroseconds(times));
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+int Drain(int events) {
+    SuppilerMgr* const supplier = SuppilerMgr::Instance();
+    CosNotification::StructuredEvent event = OtherEvent();
     for (int i = 0; i < events; ++i) {
         supplier->PushEvent(event);  // the channel is out of service
     }
@@ -100,7 +123,7 @@ int Drain(int events) {
 
 int main(int argc, char** argv) {
     if (argc != 3) {
-        std::fprintf(stderr, "usage: bench_push_event push EVENTS | drain EVENTS\n");
+        std::fprintf(stderr, "usage: bench_push_event push EVENTS | drain EVENTS | backlog EVENTS\n");
         return 2;
     }
     if (!NS_CORBA::CorbaBaseAgentConfig::Instance()->Init("bench_bundle")) {
@@ -110,7 +133,9 @@ int main(int argc, char** argv) {
     NS_CORBA::CorbaLogMgr::Instance()->Init();
     NS_CORBA::AgentServer::Activate();
     const int events = std::atoi(argv[2]);
-    const int result = std::strcmp(argv[1], "drain") == 0 ? Drain(events) : Push(events);
+    const int result = std::strcmp(argv[1], "drain") == 0     ? Drain(events)
+                       : std::strcmp(argv[1], "backlog") == 0 ? Backlog(events)
+                                                              : Push(events);
     if (result != 0) {
         std::fprintf(stderr,
                      "bench_push_event: the channel does not come into service; see corbadebug.log\n");

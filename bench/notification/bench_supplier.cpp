@@ -1,5 +1,7 @@
 // The supplier of the benchmark of notification.
 // Usage: bench_supplier make FACTORY            makes a channel and prints its reference
+//        bench_supplier destroy CHANNEL         ends a channel
+//        bench_supplier size                    prints how many octets the event has as CDR
 //        bench_supplier push EVENTS RATE TARGET…
 // Pushes EVENTS events, RATE a second or, with 0, as fast as it goes: into the channel whose reference is
 // TARGET, or with several targets, or one that is a consumer, straight into each of them. Prints one line of
@@ -17,6 +19,7 @@
 #include <vector>
 
 #include "bench/notification/bench_event.h"
+#include "orb/event_octets.h"
 
 namespace {
 
@@ -31,6 +34,15 @@ int Make(CORBA::ORB_ptr orb, const char* factory_text) {
         factory->create_channel(CosNotification::QoSProperties(), CosNotification::AdminProperties(), id);
     const CORBA::String_var text = orb->object_to_string(channel.in());
     std::printf("%s\n", text.in());
+    return 0;
+}
+
+int Destroy(CORBA::ORB_ptr orb, const char* channel_text) {
+    const CORBA::Object_var object = orb->string_to_object(channel_text);
+    const CosNotifyChannelAdmin::EventChannel_var channel =
+        CosNotifyChannelAdmin::EventChannel::_narrow(object.in());
+    channel->destroy();
+    std::printf("destroyed\n");
     return 0;
 }
 
@@ -97,6 +109,13 @@ int main(int argc, char** argv) {
         if (argc == 3 && std::strcmp(argv[1], "make") == 0) {
             return Make(orb.in(), argv[2]);
         }
+        if (argc == 3 && std::strcmp(argv[1], "destroy") == 0) {
+            return Destroy(orb.in(), argv[2]);
+        }
+        if (argc == 2 && std::strcmp(argv[1], "size") == 0) {
+            std::printf("%zu\n", qv_orb::EventToOctets(qv_bench::AlarmEvent()).size());
+            return 0;
+        }
         if (argc >= 5 && std::strcmp(argv[1], "push") == 0) {
             Consumers targets;
             for (int i = 4; i < argc; ++i) {
@@ -104,7 +123,9 @@ int main(int argc, char** argv) {
             }
             return Push(std::strtoul(argv[2], nullptr, 10), std::strtoul(argv[3], nullptr, 10), targets);
         }
-        std::fprintf(stderr, "usage: bench_supplier make FACTORY | push EVENTS RATE TARGET...\n");
+        std::fprintf(
+            stderr,
+            "usage: bench_supplier make FACTORY | destroy CHANNEL | size | push EVENTS RATE TARGET...\n");
         return 2;
     } catch (const CORBA::Exception& exception) {
         std::fprintf(stderr, "bench_supplier: %s\n", exception._name());

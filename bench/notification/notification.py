@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measure events through the notification service, beside the same supplier pushing straight into the consumers.
 
-usage: notification.py BUILD_DIR [--rounds N] [--events N] [--consumers N,N,...] [--json FILE]
+usage: notification.py BUILD_DIR [--rounds N] [--events N] [--consumers N,N,...] [--buffered N] [--json FILE]
 
 The event has 12 filterable properties of mixed types and a time-out. Each round does for each number of consumers, one
 after the other:
@@ -14,79 +14,21 @@ table shows medians and the spread between the rounds. All consumers live in one
 """
 import argparse
 import json
-import os
 import pathlib
 import statistics
-import subprocess
 import sys
 import tempfile
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
-from servers import Failure, free_port  # noqa: E402
+from event_programs import Programs  # noqa: E402
+from processes import Failure, end_tidily  # noqa: E402
 
 PACE = 200
 PACED_EVENTS = 400
 
 
-# Of the agent that pushes; the service's reference stands in the file.
-AGENT = """
-[agent]
-CORBAAgent_Host = "127.0.0.1"
-CORBAAgent_Port = {port}
-CORBAAgent_Option = "-nt {reference}"
-EventQueueLength = 200000
-bLogNotify = 0
-"""
-BUFFERED = 100000
-
-
-class Process:
-    def __init__(self, command, log, environment=None):
-        self.log = open(log, "a")
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=self.log, text=True,
-                                        env={**os.environ, **(environment or {})})
-
-    def line(self):
-        text = self.process.stdout.readline()
-        if not text:
-            raise Failure(f"{self.process.args[0]} ended; see {self.log.name}")
-        return text.strip()
-
-    def lines_until(self, last):
-        lines = []
-        while (text := self.line()) != last:
-            lines.append(text)
-        return lines
-
-    def memory_mib(self):
-        for text in open(f"/proc/{self.process.pid}/status"):
-            if text.startswith("VmHWM:"):
-                return int(text.split()[1]) / 1024
-        return 0.0
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.process.kill()
-        self.process.wait()
-        self.process.stdout.close()
-        self.log.close()
-
-
-class Bench:
-    def __init__(self, build, folder):
-        self.bin = pathlib.Path(build).resolve() / "bin"
-        self.folder = folder
-
-    def start(self, name, *arguments, environment=None):
-        return Process([self.bin / name, *map(str, arguments)], self.folder / f"{name}.log", environment)
-
-    def push(self, events, rate, targets):
-        with self.start("bench_supplier", "push", events, rate, *targets) as supplier:
-            return json.loads(supplier.line())
-
+class Bench(Programs):
     def run(self, count, events, rate, targets, consumers):
         pushed = self.push(events, rate, targets)
         received = json.loads(consumers.line())
@@ -101,33 +43,19 @@ class Bench:
         with self.start("bench_consumers", count, events, "-") as consumers:
             return self.run(count, events, rate, consumers.lines_until("ready"), consumers)
 
-    def service(self, port, data, *options):
-        return self.start("Notify_Service", "-ORBEndpoint", f"iiop://127.0.0.1:{port}", "-u", data, *options)
-
     def through_service(self, count, events, rate, *hung):
-        port = free_port()
-        with tempfile.TemporaryDirectory() as data, self.service(port, data) as service:
-            service.line()
-            factory = f"corbaloc:iiop:127.0.0.1:{port}/NotifyEventChannelFactory"
-            with self.start("bench_supplier", "make", factory) as maker:
-                channel = maker.line()
+        with self.service() as (service, factory):
+            channel = self.make_channel(factory)
             with self.start("bench_consumers", count, events, channel, *hung) as consumers:
                 consumers.lines_until("ready")
                 result = self.run(count, events, rate, [channel], consumers)
-            result["service_mib"] = service.memory_mib()
+            result["service_mib"] = service.peak_mib()
             return result
 
     def through_library(self, what, events):
-        port = free_port()
-        with tempfile.TemporaryDirectory() as data:
-            reference = f"{data}/nt.ior"
-            config = pathlib.Path(data, "agent.toml")
-            config.write_text(AGENT.format(port=free_port(), reference=reference))
-            settings = {"QV_AGENT_CONFIG": str(config), "QV_LOG_DIR": data, "QV_ENV_ROOT": data, "QV_CFG_DIR": data}
-            with self.service(port, data, "-IORoutput", reference) as service:
-                service.line()
-                with self.start("bench_push_event", what, events, environment=settings) as agent:
-                    return json.loads(agent.line())
+        reference = self.folder / "nt.ior"
+        with self.service("-IORoutput", reference), self.agent(what, events, reference, 2 * events) as agent:
+            return json.loads(agent.line())
 
 
 def median_and_spread(values):
@@ -149,12 +77,12 @@ def measure(bench, counts, events, rounds):
     return results
 
 
-def measure_others(bench, events, rounds):
+def measure_others(bench, events, buffered, rounds):
     return [{
         "with_hung": bench.through_service(15, max(500, events // 15), 0, "hung"),
         "without_hung": bench.through_service(15, max(500, events // 15), 0),
         "push_event": bench.through_library("push", 4000),
-        "drain": bench.through_library("drain", BUFFERED),
+        "drain": bench.through_library("drain", buffered),
     } for _ in range(rounds)]
 
 
@@ -165,7 +93,8 @@ def print_others(rounds):
     drain = median_and_spread([r["drain"]["events"] / r["drain"]["seconds"] for r in rounds])
     print(f"15 consumers beside one that hangs, of their rate without it: {hung[0]:.2f} ({hung[1]:.2f}-{hung[2]:.2f})")
     print(f"PushEvent, of a push straight into the channel: {push[0]:.2f} ({push[1]:.2f}-{push[2]:.2f})")
-    print(f"emptying a buffer of {BUFFERED} events: {drain[0]:.0f} events/s ({drain[1]:.0f}-{drain[2]:.0f})")
+    events = rounds[0]["drain"]["events"]
+    print(f"emptying a buffer of {events} events: {drain[0]:.0f} events/s ({drain[1]:.0f}-{drain[2]:.0f})")
 
 
 def print_table(results):
@@ -189,14 +118,16 @@ def main():
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--events", type=int, default=16000, help="deliveries in all of one run")
     parser.add_argument("--consumers", default="1,4,16,64")
+    parser.add_argument("--buffered", type=int, default=100000, help="events in the library's buffer")
     parser.add_argument("--json")
     options = parser.parse_args()
+    end_tidily()
     counts = [int(count) for count in options.consumers.split(",")]
     with tempfile.TemporaryDirectory() as folder:
-        bench = Bench(options.build, pathlib.Path(folder))
+        bench = Bench(options.build, folder)
         results = measure(bench, counts, options.events, options.rounds)
         print_table(results)
-        others = measure_others(bench, options.events, options.rounds)
+        others = measure_others(bench, options.events, options.buffered, options.rounds)
         print_others(others)
     if options.json:
         pathlib.Path(options.json).write_text(json.dumps({"consumers": results, "others": others}, indent=1))

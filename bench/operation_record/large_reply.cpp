@@ -130,6 +130,13 @@ Json::Value Report(const std::vector<Sample>& samples, std::size_t textSize) {
     report["text_mb"] = text;
     report["memory_beyond_text_mb"] = Median(memory);
     report["rounds"] = static_cast<Json::UInt64>(samples.size());
+    for (const Sample& sample : samples) {
+        Json::Value round;
+        round["marshal_ms"] = sample.marshalMs;
+        round["record_ms"] = sample.recordMs;
+        round["memory_beyond_text_mb"] = sample.peakMegabytes - text;
+        report["samples"].append(round);
+    }
     return report;
 }
 

@@ -16,7 +16,8 @@ import tempfile
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
-from servers import Failure, Server, library_server, measure_calls, seam_server  # noqa: E402
+from processes import Failure, end_tidily  # noqa: E402
+from servers import library_server, measure_calls, plain_server, seam_server  # noqa: E402
 
 THREADS = (1, 4)
 # The settings of the library's servers, beyond those that all share. Where operations are audited, every call is.
@@ -33,7 +34,7 @@ VARIANTS = ("plain ORB", "seam, empty interceptor", *LIBRARY)
 def start(build, work, servers):
     """Adds each server to `servers` as soon as its process is there, so that the caller can end it whatever follows."""
     makers = {
-        "plain ORB": lambda folder: Server([build / "bin/bench_plain_server"], folder),
+        "plain ORB": lambda folder: plain_server(build, folder),
         "seam, empty interceptor":
             lambda folder: seam_server(build, folder),
     }
@@ -90,6 +91,7 @@ def main():
     parser.add_argument("--seconds", type=float, default=1.0)
     parser.add_argument("--json", type=pathlib.Path)
     options = parser.parse_args()
+    end_tidily()
     servers = {}
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as work:
         try:

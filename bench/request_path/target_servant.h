@@ -16,6 +16,16 @@ class TargetServant : public POA_bench::Target {
         answer = CORBA::string_dup(name);
         return number + 1;
     }
+    void prepare(CORBA::ULong count) override {
+        elements_.length(count);
+        for (CORBA::ULong i = 0; i < count; ++i) {
+            Fill(elements_[i], i);
+        }
+    }
+    /// The reply lends the elements, so that making and copying them is no part of what is measured.
+    bench::Elements* list() override {
+        return new bench::Elements(elements_.length(), elements_.length(), elements_.get_buffer(), false);
+    }
     CORBA::Double cpu_seconds() override {
         rusage usage{};
         getrusage(RUSAGE_SELF, &usage);
@@ -28,7 +38,28 @@ class TargetServant : public POA_bench::Target {
         return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
     }
 
+    static void Set(bench::NameAndValue& pair, const char* name, const std::string& value) {
+        pair.name = CORBA::string_dup(name);
+        pair.value = CORBA::string_dup(value.c_str());
+    }
+    static void Fill(bench::Element& element, CORBA::ULong number) {
+        const std::string digits = std::to_string(number);
+        element.name.length(2);
+        Set(element.name[0], "EMS", "Zorvex/KLV");
+        Set(element.name[1], "ManagedElement", "NE-" + digits);
+        element.user_label = CORBA::string_dup(("Exchange-" + digits).c_str());
+        element.native_name = CORBA::string_dup(("EXC" + digits).c_str());
+        element.owner = CORBA::string_dup("Metro North");
+        element.in_sync = number % 20 != 0;
+        element.state = static_cast<CORBA::Long>(number % 3);
+        element.additional_info.length(3);
+        Set(element.additional_info[0], "Rack", std::to_string(number % 48));
+        Set(element.additional_info[1], "SerialNumber", "5C0FE1" + digits);
+        Set(element.additional_info[2], "InstalledOn", "2019-11-14");
+    }
+
     CORBA::ORB_var orb_;
+    bench::Elements elements_;
 };
 
 /// Activates the servant and writes its reference where the client looks for it, all at once.

@@ -21,7 +21,8 @@ import time
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
-from servers import Failure, free_port, library_server, measure_calls, seam_server  # noqa: E402
+from processes import Failure, end_tidily, end_with_parent, free_port  # noqa: E402
+from servers import library_server, measure_calls, seam_server  # noqa: E402
 
 THREADS = (1, 4)
 TURNS = 3
@@ -82,7 +83,7 @@ class Bench:
         answer = subprocess.run(
             [self.build / "bin/bench_ssl_connections", str(self.ssl_port if by_ssl else self.unprotected_port),
              str(threads), str(seconds), *([self.client_profile] if by_ssl else [])],
-            capture_output=True, text=True, timeout=seconds + 30)
+            capture_output=True, text=True, timeout=seconds + 30, preexec_fn=end_with_parent)
         if answer.returncode != 0:
             raise Failure(answer.stderr.strip() or "the connections failed")
         rate = float(answer.stdout)
@@ -95,7 +96,8 @@ class Trouble:
     def __init__(self, bench, kind, per_second):
         self.process = subprocess.Popen(
             [bench.build / "bin/bench_ssl_trouble", kind, str(bench.plain_port), str(bench.ssl_port),
-             bench.client_profile, str(per_second)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+             bench.client_profile, str(per_second)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+            preexec_fn=end_with_parent)
         self.made = 0
 
     def __enter__(self):
@@ -226,6 +228,7 @@ def main():
     parser.add_argument("--parts", nargs="+", choices=PARTS, help="what to measure (default: all)")
     parser.add_argument("--json", type=pathlib.Path)
     options = parser.parse_args()
+    end_tidily()
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as work:
         try:
             with Bench(options.build.resolve(), pathlib.Path(work)) as bench:
