@@ -11,7 +11,7 @@ readonly PACKAGES=(
   g++ cmake ninja-build ccache pkg-config python3
   libace-dev libomniorb4-dev libcos4-dev omniidl omniorb omniorb-idl omniorb-nameserver
   libtomlplusplus-dev libspdlog-dev libcli11-dev libsodium-dev libsqlite3-dev libjsoncpp-dev libcurl4-openssl-dev
-  libssl-dev openssl
+  libssl-dev openssl libsystemd-dev
   libgtest-dev libgmock-dev libbenchmark-dev
 )
 
@@ -20,7 +20,7 @@ packages_of() {
   case "$1" in
     test | asan | tsan) echo doxygen shellcheck ;;
     docs) echo doxygen ;;
-    packages) echo dpkg-dev debhelper lintian fakeroot ;;
+    packages) echo dpkg-dev debhelper lintian fakeroot systemd man-db doxygen ;;
     abi) echo abigail-tools git ;;
     valgrind) echo valgrind ;;
     tidy) echo clang-tidy clang-tools ;;

@@ -3,17 +3,17 @@
 #include <iostream>
 #include <string>
 
-#include "demo/common/secret_input.h"
 #include "standalone/password.h"
+#include "standalone/user_edit.h"
 #include "standalone/user_file.h"
-#include "tools/user_edit.h"
+#include "tools/secrets/secret_input.h"
 
 namespace {
 
 using qv_standalone::UserFile;
 
 std::string ReadHash() {
-    std::string password = qv_demo::ReadSecretLine("Password");
+    std::string password = qv_secrets::ReadSecretLine("Password");
     if (password.empty()) {
         throw std::runtime_error("an empty password is none");
     }
@@ -29,7 +29,7 @@ void RequireName(const std::string& name) {
 }
 
 int Remove(const std::string& file, const std::string& name) {
-    if (qv_tools::RemoveUser(file, name)) {
+    if (qv_standalone::RemoveUser(file, name)) {
         return 0;
     }
     std::cerr << "qv_user: " << file << ": there is no user \"" << name << "\"\n";
@@ -61,7 +61,7 @@ int RunCommand(int argc, char** argv) {
         std::cout << ReadHash() << "\n";
     } else if (add->parsed()) {
         RequireName(name);
-        qv_tools::PutUser(file, name, ReadHash());
+        qv_standalone::PutUser(file, name, ReadHash());
     } else if (remove->parsed()) {
         return Remove(file, name);
     } else {

@@ -2,7 +2,7 @@
 
 #include "demo/agent/failure.h"
 #include "demo/agent/task_context.h"
-#include "demo/common/wiper.h"
+#include "tools/secrets/wiper.h"
 
 namespace qv_demo {
 
@@ -12,8 +12,8 @@ void AccountManager::getCapabilities(common::CapabilityList_T_out capabilities) 
 }
 
 void AccountManager::modifyPassword(const char* user, const char* old_password, const char* new_password) {
-    const Wiper old_wiper(old_password);
-    const Wiper new_wiper(new_password);
+    const qv_secrets::Wiper old_wiper(old_password);
+    const qv_secrets::Wiper new_wiper(new_password);
     Touch();
     const auto own = OwnSession();
     if (own->user != user) {

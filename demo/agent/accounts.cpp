@@ -6,12 +6,12 @@
 
 #include "demo/agent/console.h"
 #include "demo/agent/failure.h"
-#include "demo/common/wiper.h"
 #include "logging/corbalogutil.h"
 #include "request/corbasecurity.h"
 #include "standalone/security_codes.h"
+#include "standalone/user_edit.h"
 #include "standalone/user_file.h"
-#include "tools/user_edit.h"
+#include "tools/secrets/wiper.h"
 
 namespace qv_demo {
 namespace {
@@ -77,7 +77,7 @@ void CheckNewPassword(const char* old_password, const char* new_password) {
 
 std::string Encrypt(const char* password) {
     std::string plain = password;
-    const Wiper wiper(plain);
+    const qv_secrets::Wiper wiper(plain);
     std::string hash;
     try {
         CorbaSecurityMgr::Instance()->EncryptPasswd(plain, hash);
@@ -96,7 +96,7 @@ Accounts::Accounts(std::string users_file) : users_file_(std::move(users_file)) 
 
 void Accounts::LogIn(const std::string& user, const char* password, const std::string& address) {
     std::string secret = password;
-    const Wiper wiper(secret);
+    const qv_secrets::Wiper wiper(secret);
     const unsigned long code =
         Ask([&](CorbaSecurityMgr& security) { return security.Login(address, user, secret); });
     if (code == qv_standalone::kLoginAccepted) {
@@ -127,7 +127,7 @@ void Accounts::ChangePassword(const std::string& user, const char* old_password,
         Fail(globaldefs::EXCPT_UNABLE_TO_COMPLY, "another password is being changed; try again");
     }
     std::string secret = old_password;
-    const Wiper wiper(secret);
+    const qv_secrets::Wiper wiper(secret);
     const unsigned long code =
         Ask([&](CorbaSecurityMgr& security) { return security.checkLogin(address, user, secret); });
     if (code != qv_standalone::kLoginAccepted) {
@@ -136,7 +136,7 @@ void Accounts::ChangePassword(const std::string& user, const char* old_password,
     }
     const std::string hash = Encrypt(new_password);
     try {
-        qv_tools::PutUser(users_file_, user, hash);
+        qv_standalone::PutUser(users_file_, user, hash);
     } catch (const std::exception& e) {
         TA_POS;
         NS_CORBA::TaDebugWithPara(0, "[Accounts::ChangePassword] %s", e.what());

@@ -4,7 +4,7 @@
 #include "demo/agent/ems_session_servant.h"
 #include "demo/agent/failure.h"
 #include "demo/agent/task_context.h"
-#include "demo/common/wiper.h"
+#include "tools/secrets/wiper.h"
 
 namespace qv_demo {
 
@@ -15,7 +15,7 @@ char* SessionFactoryServant::getVersion() {
 void SessionFactoryServant::getEmsSession(const char* user, const char* password,
                                           nmsSession::NmsSession_I_ptr client,
                                           emsSession::EmsSession_I_out session) {
-    const Wiper wiper(password);
+    const qv_secrets::Wiper wiper(password);
     const auto opened = Open(user, password, client);
     try {
         const PortableServer::POA_ptr poa = opened->poas.session.in();

@@ -1,10 +1,10 @@
 // The commands that need the managers which only this demo's EMS has.
 #include <iostream>
 
-#include "demo/common/wiper.h"
 #include "demo/oss/commands.h"
 #include "demo/oss/extension_client.h"
 #include "demo/oss/text.h"
+#include "tools/secrets/wiper.h"
 
 namespace qv_oss {
 namespace {
@@ -34,8 +34,8 @@ void Commands::ChangePassword() {
     std::string password = ReadPassword(settings_);
     std::string old_password = password;
     std::string new_password = ReadNewPassword(settings_);
-    const qv_demo::Wiper old_wiper(old_password);
-    const qv_demo::Wiper new_wiper(new_password);
+    const qv_secrets::Wiper old_wiper(old_password);
+    const qv_secrets::Wiper new_wiper(new_password);
     OssSession session(orb_, caller_, factory.in(), settings_.user, password);
     ExtensionClient(session, caller_).ChangePassword(settings_.user, old_password, new_password);
     session.LogOut();

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <thread>
 
-#include "demo/common/wiper.h"
 #include "demo/oss/text.h"
+#include "tools/secrets/wiper.h"
 
 namespace qv_oss {
 namespace {
@@ -22,7 +22,7 @@ OssSession::OssSession(const OssOrb& orb, const RemoteCaller& caller,
                        emsSessionFactory::EmsSessionFactory_I_ptr factory, const std::string& user,
                        std::string& password)
     : caller_(caller), servant_(new NmsSessionServant), client_(nullptr) {
-    const qv_demo::Wiper wiper(password);
+    const qv_secrets::Wiper wiper(password);
     MakeClient(orb);
     LogIn(factory, user, password);
     client_->SetAssociated(session_.in());

@@ -5,9 +5,9 @@
 #include <fstream>
 #include <map>
 
-#include "demo/common/secret_input.h"
-#include "demo/common/wiper.h"
 #include "demo/oss/problem.h"
+#include "tools/secrets/secret_input.h"
+#include "tools/secrets/wiper.h"
 
 namespace qv_oss {
 namespace {
@@ -181,7 +181,7 @@ std::string FirstLine(const std::string& file) {
 
 std::string Ask(const std::string& question) {
     try {
-        return qv_demo::ReadSecretLine(question);
+        return qv_secrets::ReadSecretLine(question);
     } catch (const std::runtime_error& e) {
         throw Problem(kUsage, e.what());
     }
@@ -225,9 +225,9 @@ std::string ReadNewPassword(const Settings& settings) {
         Secret(settings.new_password_file, kNewPasswordVariable, "new password of " + settings.user);
     if (asked) {
         std::string again = Ask("new password again");
-        const qv_demo::Wiper wiper(again);
+        const qv_secrets::Wiper wiper(again);
         if (again != password) {
-            qv_demo::Wipe(password);
+            qv_secrets::Wipe(password);
             throw Problem(kUsage, "the new password was not typed the same way twice");
         }
     }

@@ -19,7 +19,7 @@ from pathlib import Path
 from source_texts import channel_of, constants_of, sources_below, texts_of
 
 FOLDERS = ("agent", "logging", "request", "notification", "time", "standalone", "services", "orb/ssl", "orb/omniorb/src",
-           "orb/omniorb/naming", "tools", "demo/agent", "demo/common")
+           "orb/omniorb/naming", "tools", "demo/agent")
 
 # (file, beginning of the text, why it is no message); both are regular expressions.
 NOT_MESSAGES = (

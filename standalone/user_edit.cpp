@@ -1,4 +1,4 @@
-#include "tools/user_edit.h"
+#include "standalone/user_edit.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -17,16 +17,14 @@
 
 #include "standalone/user_file.h"
 
-namespace qv_tools {
+namespace qv_standalone {
 namespace {
-
-using qv_standalone::UserFile;
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
     throw std::runtime_error(path + ": " + what + ": " + std::strerror(errno));
 }
 
-/// Keeps other runs of the tool from changing files of the same directory meanwhile.
+/// Keeps other runs of the program from changing files of the same directory meanwhile.
 class DirectoryLock {
   public:
     explicit DirectoryLock(const std::string& directory)
@@ -168,4 +166,4 @@ bool RemoveUser(const std::string& path, const std::string& name) {
     return true;
 }
 
-}  // namespace qv_tools
+}  // namespace qv_standalone

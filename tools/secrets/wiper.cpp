@@ -1,8 +1,8 @@
-#include "demo/common/wiper.h"
+#include "tools/secrets/wiper.h"
 
 #include <string.h>
 
-namespace qv_demo {
+namespace qv_secrets {
 
 void WipeText(char* secret) {
     if (secret != nullptr) {
@@ -22,4 +22,4 @@ Wiper::~Wiper() {
     }
 }
 
-}  // namespace qv_demo
+}  // namespace qv_secrets

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace qv_tools {
+namespace qv_standalone {
 
 /// Puts the user into the file of users, in place of one of the same name, or makes the file. The other
 /// lines, comments too, stay. The file changes at once or not at all. Throws std::runtime_error.
@@ -11,4 +11,4 @@ void PutUser(const std::string& path, const std::string& name, const std::string
 /// Takes the user out. False when there is no such user. Throws std::runtime_error.
 bool RemoveUser(const std::string& path, const std::string& name);
 
-}  // namespace qv_tools
+}  // namespace qv_standalone

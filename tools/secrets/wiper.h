@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace qv_demo {
+namespace qv_secrets {
 
 /// Overwrites a text up to its end; a null pointer is ignored.
 void WipeText(char* secret);
@@ -25,4 +25,4 @@ class Wiper {
     char* const text_ = nullptr;
 };
 
-}  // namespace qv_demo
+}  // namespace qv_secrets

@@ -1,4 +1,4 @@
-#include "demo/common/secret_input.h"
+#include "tools/secrets/secret_input.h"
 
 #include <termios.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <iostream>
 #include <stdexcept>
 
-namespace qv_demo {
+namespace qv_secrets {
 namespace {
 
 /// Turns the terminal's echo off as long as it lives; without effect where standard input is none.
@@ -52,4 +52,4 @@ std::string ReadSecretLine(const std::string& prompt) {
     return line;
 }
 
-}  // namespace qv_demo
+}  // namespace qv_secrets
