@@ -79,6 +79,13 @@ class Links(unittest.TestCase):
     def test_takes_what_exists(self):
         self.assertEqual(self.problems("[a](other.md) [b](other.md#a-heading-it-is) `docs/other.md` <x> `a/b`"), [])
 
+    def test_looks_for_tests_that_are_named(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = Path(folder) / "page.md"
+            (Path(folder) / "a_test.cpp").write_text("TEST(A, Holds) {}\n", encoding="utf-8")
+            line = "[a](a_test.cpp) `Holds`, `Breaks`"
+            self.assertEqual(links_test.test_problems(page, line), ["a_test.cpp has no test Breaks"])
+
     def test_leaves_blocks_alone(self):
         self.assertEqual(self.problems("    [a](none.md)\n\n```\n`docs/none`\n```\n"), [])
 

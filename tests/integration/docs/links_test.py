@@ -1,8 +1,9 @@
 """Holds the pages against the tree: links_test.py ROOT
 
  - Each relative link of a page leads to a file or folder, and its #anchor to a heading of that page.
+ - Tests that are named behind a link to their source (…_test.cpp) `LikeThis`, `AndThis` are in it.
  - Each path in backticks that begins with a folder of the tree exists; a * stands for anything. Paths below build/ are
-   made later.
+   made later, and NAME stands for a name.
 """
 
 import re
@@ -63,11 +64,22 @@ def link_problem(root, page, link):
 def path_problem(root, page, folders, text):
     """What is wrong with a path in backticks; None when it exists, beside the page too, or is no path of the tree."""
     text = text.split(" ")[0].rstrip(":")
-    if not PATH.fullmatch(text) or text.startswith(OUTSIDE) or text.split("/")[0] not in folders:
+    if not PATH.fullmatch(text) or text.startswith(OUTSIDE) or text.split("/")[0] not in folders or "NAME" in text:
         return None
     if any(True for folder in (root, page.parent) for _ in folder.glob(text.rstrip("/"))):
         return None
     return f"names no file of the tree: {text}"
+
+
+def test_problems(page, line):
+    """The tests named behind a link to a test's source that aren't in it."""
+    found = []
+    for target, names in re.findall(r"\]\(([^)\s]+_test\.cpp)\)((?:,? `\w+`)+)", line):
+        source = page.parent / target
+        known = source.read_text(encoding="utf-8") if source.exists() else ""
+        found += [f"{target} has no test {name}" for name in CODE.findall(names)
+                  if not re.search(rf"\b{name}\b", known)]
+    return found
 
 
 def problems_of(root, page, folders):
@@ -75,6 +87,7 @@ def problems_of(root, page, folders):
     for number, line in without_code_blocks(page.read_text(encoding="utf-8")):
         problems = [link_problem(root, page, link) for link in LINK.findall(re.sub(CODE, "", line))]
         problems += [path_problem(root, page, folders, code) for code in CODE.findall(line)]
+        problems += test_problems(page, line)
         found += [f"{page.relative_to(root)}:{number}: {problem}" for problem in problems if problem]
     return found
 
