@@ -11,6 +11,7 @@ AUDITED_TOKEN_OPERATION = "setUserLabel"
 SINGLE_CALL_LIMIT_MS = 11_000  # 8 s of the client's own limit, and what a busy machine adds
 COMPOSITE_LIMIT_MS = 40_000  # a login or a look into the naming service takes several calls
 COMPOSITE = ("getEmsSession", "raiseEvents", "resolve")
+LONGEST_OPERATION_S = 15.0
 MOST_NAMED = 5
 
 
@@ -84,11 +85,13 @@ class AuditRow:
     token: str
     ended: bool
     result: int
+    open_for: float = 0.0  # seconds since it was first seen without its end
 
 
-def account_audit(calls, rows, *, until, killed_processes, rows_told, row_gaps=()):
-    """Each risky operation that returned has its row, with its end; an open row belongs to an agent that was killed.
-    `row_gaps` are times in which the agent could not write rows; it tells their number afterwards."""
+def account_audit(calls, rows, *, until, running, killed, rows_told):
+    """Each risky operation that returned has its row, with its end. An open row belongs to an operation under way or
+    to an agent that was killed; `running` is the agent's process, if any, and `killed` those that were. `rows_told` is
+    the number of rows that the agent said were lost; a row that was begun and not ended counts as one, too."""
     account = Account()
     by_token = {}
     for row in rows:
@@ -109,9 +112,8 @@ def account_audit(calls, rows, *, until, killed_processes, rows_told, row_gaps=(
             unended.append(call.token)
         elif own[0].result != 0:
             wrong.append(call.token)
-    young = {call.token for call in calls if call.begin >= until}
-    still_open = [row for row in rows if not row.ended and row.process not in killed_processes
-                  and row.token not in young and row.token not in unended]
+    still_open = [row for row in rows if not row.ended and row.process not in killed
+                  and (row.process != running or row.open_for > LONGEST_OPERATION_S)]
     account.counts["rows"] = len(rows)
     account.counts["open"] = sum(not row.ended for row in rows)
     account.counts["lost"] = len(missing) + len(unended)
@@ -122,8 +124,8 @@ def account_audit(calls, rows, *, until, killed_processes, rows_told, row_gaps=(
     if account.counts["lost"] > rows_told:
         account.blame(f"returned, but without a row ({rows_told} lost rows told)", missing)
         account.blame(f"returned, but its row has no end ({rows_told} lost rows told)", unended)
-    if len(still_open) > rows_told and not row_gaps:
-        account.blame("rows that stay open, though no agent was killed meanwhile",
+    if len(still_open) > rows_told:
+        account.blame("rows that stay open, though the agent was not killed",
                       [f"row {row.id} ({row.operation})" for row in still_open])
     return account
 
@@ -164,7 +166,7 @@ def account_events(ledger, arrivals, *, name, until, doubts, agent_kills, queue_
     repeated = [event_id for event_id in first if times[event_id] > 1]
     extra = len(arrivals) - len(first)
     by_agent = sum(times[event_id] - 1 for event_id in repeated if event_id in ledger.failed)
-    account.counts = {"raised": len(due), "received": len(first), "lost": len(lost) + len(untold),
+    account.counts = {"raised": len(due), "received": len(due) - len(lacking), "lost": len(lost) + len(untold),
                       "dropped, told": len(told), "twice": extra, "pushed again by the agent": by_agent,
                       "doubts told": doubts}
     account.blame(f"{name} lacks events that were sent", [f"{e.id} (number {e.number} of run {e.run})" for e in lost])

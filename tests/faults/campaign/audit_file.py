@@ -1,5 +1,6 @@
 """The audit of the agent, read while the agent writes it."""
 import sqlite3
+import time
 from pathlib import Path
 
 from .accounts import AuditRow
@@ -13,6 +14,7 @@ class AuditFile:
         self._path = Path(path)
         self._ended = {}
         self._read_to = 0
+        self._open_since = {}
 
     def rows(self):
         if not self._path.exists():
@@ -25,6 +27,10 @@ class AuditFile:
         finally:
             connection.close()
         rows = [self._row(columns) for columns in found]
+        now = time.monotonic()
+        for row in rows:
+            if not row.ended:
+                row.open_for = now - self._open_since.setdefault(row.id, now)
         for row in rows:  # those before the first open one need no second look
             if not row.ended:
                 break

@@ -25,16 +25,19 @@ class Books:
         self.agent = AgentWords()
         self._audit = AuditFile(deployment.log_dir / "audit.db")
         run = deployment.work / "run"
+        # What is written down later, or by who knows more, is read later: nobody is blamed for lines not read yet.
         self._sources = [
-            (LineSource(deployment.ledger), self.ledger),
             (LineSource(deployment.log_dir / "corbaoper.log"), self.log),
+            *((LineSource(deployment.journal(name)), reader) for name, reader in self.consumers.items()),
+            (LineSource(deployment.ledger), self.ledger),
             (LineSource(run / "notify.err"), self.service),
             (LineSource(run / "agent.err"), self.agent),
-            *((LineSource(deployment.journal(name)), reader) for name, reader in self.calls.items()),
-            *((LineSource(deployment.journal(name)), reader) for name, reader in self.consumers.items())]
+            *((LineSource(deployment.journal(name)), reader) for name, reader in self.calls.items())]
+        self._rows = []
 
     def read(self):
-        for source, reader in reversed(self._sources):
+        self._rows = self._audit.rows()
+        for source, reader in self._sources:
             for line in source.new_lines():
                 reader.take(line)
 
@@ -44,23 +47,25 @@ class Books:
     def _dead_osss(self):
         dead = set()
         for name in OSSS:
-            for number, (_, _, ended) in enumerate(self._deployment.processes[name].lives, 1):
-                if ended is not None:
+            for number, life in enumerate(self._deployment.processes[name].lives, 1):
+                if life.ended is not None:
                     dead.add(f"{name}.{number}")
         return dead
 
     def _agent_deaths(self):
-        return [(pid, int(ended * 1000)) for pid, _, ended in self._deployment.processes["agent"].lives
-                if ended is not None]
+        return [life for life in self._deployment.processes["agent"].lives if life.killed]
 
     def requests(self, until):
-        gaps = [(ended - FLUSH_INTERVAL_MS - FLUSH_SLACK_MS, ended + 50) for _, ended in self._agent_deaths()]
+        deaths = [int(life.ended * 1000) for life in self._agent_deaths()]
+        gaps = [(death - FLUSH_INTERVAL_MS - FLUSH_SLACK_MS, death + 50) for death in deaths]
         return accounts.account_requests(self.all_calls(), self.log, until=until, dead=self._dead_osss(),
                                          record_gaps=gaps, records_told=self.agent.records_lost)
 
     def audit(self, until):
-        killed = {pid for pid, _ in self._agent_deaths()}
-        return accounts.account_audit(self.all_calls(), self._audit.rows(), until=until, killed_processes=killed,
+        agent = self._deployment.processes["agent"]
+        return accounts.account_audit(self.all_calls(), self._rows, until=until,
+                                      running=agent.pid if agent.running() else None,
+                                      killed={life.pid for life in self._agent_deaths()},
                                       rows_told=self.agent.rows_lost)
 
     def events(self, until):
@@ -80,15 +85,17 @@ class Books:
             found.append(f"the notification service dropped events ({self.service.dropped} lines say so)")
         return found
 
-    def totals(self):
-        """Counts of everything so far, for the table."""
-        requests = self.requests(now_ms() + 1).counts
-        events = {"raised": len(self.ledger.events), "received": 0, "lost": 0, "twice": 0, "told": 0}
-        for account in self.events(len(self.ledger.events)):
-            for name in ("received", "twice"):
+    def totals(self, until_call, until_event):
+        """Counts of what began before, for the table."""
+        requests = self.requests(until_call).counts
+        requests["unrecorded, told"] = self.agent.records_lost
+        audit = self.audit(until_call).counts
+        events = {"raised": until_event, "received": 0, "lost": 0, "twice": 0, "told": 0}
+        for account in self.events(until_event):
+            for name in ("received", "lost", "twice"):
                 events[name] += account.counts[name]
             events["told"] += account.counts["dropped, told"] + account.counts["doubts told"]
-        return requests, events
+        return requests, events, audit
 
     def served_since(self, begin, place):
         """Each OSS had an answer from the agent and one from the naming service to calls that began since, and each

@@ -11,6 +11,7 @@ from .hosts import Network
 from .secrets_check import find_secrets
 
 SETTLE_LIMIT = 40.0
+LONG_SETTLING = 3.0
 POLL = 0.25
 WATCHED = ("naming", "notify", "agent", "oss1", "oss2", "consumer1", "consumer2")
 
@@ -53,7 +54,7 @@ class Campaign:
         work = self.settings.work
         self.say("hosts, switch and disks are made")
         self.network = Network(self.settings.build / "bin" / "qv_fault_switch", work, self.settings.seed,
-                               64 + 16 * int(self.settings.minutes))
+                               48 + 6 * int(self.settings.minutes))
         self.deployment = Deployment(self.settings.build, self.settings.source, work, self.network)
         self.books = Books(self.deployment)
         self.say("services, agent, OSSs and consumers start")
@@ -62,8 +63,7 @@ class Campaign:
             self._fail("the start", ["not all OSSs and consumers were served within 60 s"])
             raise Abandoned
         time.sleep(3)
-        self._settle("the start", report.Line("-"))
-        self._take_totals()
+        self._settle("the start", report.Line("the start"))
 
     def _fail(self, during, sentences):
         for sentence in sentences:
@@ -85,7 +85,6 @@ class Campaign:
         line = self.lines.setdefault(fault.kind.name, report.Line(fault.kind.name, fault.kind.recovery))
         self.played += 1
         self.say(f"{self.played}. {fault.describe()}")
-        self._take_totals()
         fault.kind.begin(self.deployment, fault.parameters)
         time.sleep(fault.parameters["hold"])
         place = len(self.books.ledger.events)
@@ -97,13 +96,12 @@ class Campaign:
         self._judge_recovery(fault, line, begin, recovery)
         if recovery is not None:
             self._settle(fault.describe(), line)
-        self._close_line(line)
 
     def _judge_recovery(self, fault, line, begin, recovery):
         if recovery is None:
             line.problems.append("no recovery")
             self._fail(fault.describe(), [f"not all was served again within {time.monotonic() - begin:.0f} s"])
-            self._close_line(line)
+            self._close_line(line, now_ms(), len(self.books.ledger.events))
             raise Abandoned
         taken = recovery - begin
         line.recoveries.append(taken)
@@ -130,14 +128,18 @@ class Campaign:
     def _settle(self, during, line):
         """What began until now has to balance within a time."""
         until_call, until_event = now_ms(), len(self.books.ledger.events)
-        end = time.monotonic() + SETTLE_LIMIT
+        begin, waited_for = time.monotonic(), []
         while True:
             problems = self.books.problems(until_call, until_event) + self._leaks()
-            if not problems or time.monotonic() > end:
+            if not problems or time.monotonic() > begin + SETTLE_LIMIT:
                 break
+            waited_for = problems
             time.sleep(2 * POLL)
+        if not problems and time.monotonic() > begin + LONG_SETTLING:
+            self.say(f"   balanced after {time.monotonic() - begin:.1f} s; the last to come right: {waited_for[0]}")
         line.problems += problems
         self._fail(during, problems)
+        self._close_line(line, until_call, until_event)
 
     def _leaks(self):
         problems = []
@@ -148,22 +150,16 @@ class Campaign:
             problems += leaks.judge(name, base, sample)
         return problems
 
-    def _take_totals(self):
-        self.books.read()
-        self._before = self.books.totals()
-
-    def _close_line(self, line):
-        """What has come since the fault began belongs to it."""
-        self.books.read()
-        after = self.books.totals()
-        requests, events = ({name: now[name] - before.get(name, 0) for name in now}
-                            for now, before in zip(after, self._before))
-        line.add(None, requests, events, [])
+    def _close_line(self, line, until_call, until_event):
+        """What came since the line before was closed belongs to this one."""
+        after = self.books.totals(until_call, until_event)
+        before = self._before or ({}, {}, {})
+        line.add(*({name: now[name] - then.get(name, 0) for name in now} for now, then in zip(after, before)))
+        self._before = after
 
     def _end(self):
         self.say("the load ends, and everything in order")
         line = self.lines.setdefault("end in order", report.Line("end in order"))
-        self._take_totals()
         for name in ("oss1", "oss2"):
             self.deployment.processes[name].end()
         # The agent raises on until it is told to stop; the consumers get the last of it.
@@ -174,7 +170,7 @@ class Campaign:
         problems += self._secrets()
         line.problems += problems
         self._fail("the end", problems)
-        self._close_line(line)
+        self._close_line(line, now_ms(), len(self.books.ledger.events))
 
     def _wait_last_events(self, line):
         end = time.monotonic() + SETTLE_LIMIT

@@ -69,20 +69,33 @@ def _packets(name, recovery, draw_numbers):
     return Kind(name, recovery, draw, begin, lambda deployment, p: deployment.network.order("heal"))
 
 
-def _disk(host, recovery):
-    return Kind(f"disk-full {host}", recovery, lambda rng: {"hold": _hold(rng)},
-                lambda deployment, p: deployment.network.hosts[host].fill_disk(),
+def _disk(host, recovery, before=None):
+    """A disk without any room; `before` names a service that is ended in order and started first."""
+    def begin(deployment, _):
+        if before is not None:
+            deployment.processes[before].end()
+            deployment.start(before)
+        deployment.network.hosts[host].fill_disk()
+
+    return Kind(f"disk-full {host}", recovery, lambda rng: {"hold": _hold(rng)}, begin,
                 lambda deployment, p: deployment.network.hosts[host].release_disk())
 
 
-def _files(target, recovery):
-    """No descriptor more than `spare` ones."""
+def _begin_anew(deployment, name):
+    """A client that has to connect anew."""
+    deployment.processes[name].kill()
+    deployment.start(name)
+
+
+def _files(target, client, recovery):
+    """No descriptor more than `spare` ones, while a client comes that needs some."""
     saved = {}
 
     def begin(deployment, p):
         process = deployment.processes[target]
         saved["limit"] = process.file_limit()
         process.limit_files(process.open_files() + p["spare"])
+        _begin_anew(deployment, client)
 
     def end(deployment, _):
         deployment.processes[target].limit_files(saved["limit"])
@@ -113,6 +126,7 @@ def _connections(recovery):
             target=_connect_from, args=(hosts["oss"], hosts["ems"].address, p["connections"], sockets))
         visitor.start()
         visitor.join()
+        _begin_anew(deployment, "oss2")
 
     def end(deployment, _):
         for connection in sockets:
@@ -154,10 +168,11 @@ KINDS = [
     _packets("duplicate", 15, lambda rng: f"{rng.uniform(0.05, 0.5):.2f}"),
     _packets("reorder", 15, lambda rng: f"{rng.uniform(0.05, 0.4):.2f} {rng.randint(5, 60)}"),
     _disk("ems", 15),
-    _disk("services", 30),
-    _files("agent", 20),
-    _files("notify", 30),
-    _files("naming", 20),
+    # The store's log file never shrinks while the service runs, and one that has grown needs no more room for long.
+    _disk("services", 30, before="notify"),
+    _files("agent", "oss2", 20),
+    _files("notify", "consumer2", 30),
+    _files("naming", "oss2", 20),
     _connections(20),
     _clock(15),
 ]

@@ -4,6 +4,7 @@ import resource
 import signal
 import subprocess
 import time
+from dataclasses import dataclass
 from pathlib import Path
 
 from . import kernel
@@ -29,6 +30,15 @@ def descendants(pid):
     return found
 
 
+@dataclass
+class Life:
+    """Times are of the clock that never jumps."""
+    pid: int
+    started: float
+    ended: float = None
+    killed: bool = False
+
+
 class Process:
     """`ready` is asked after each start until it says True. What the program writes is appended to NAME.out and
     NAME.err over all its lives."""
@@ -37,7 +47,7 @@ class Process:
         self.name = name
         self.host = host
         self.incarnation = 0
-        self.lives = []  # (pid, started, ended or None), by the clock that never jumps
+        self.lives = []
         self._command = command
         self._directory = Path(directory)
         self._ready = ready or (lambda process: True)
@@ -68,7 +78,7 @@ class Process:
             self._popen = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err,
                                            cwd=self._directory, env=self._environment, start_new_session=True,
                                            preexec_fn=prepare)
-        self.lives.append((self.pid, time.monotonic(), None))
+        self.lives.append(Life(self.pid, time.monotonic()))
 
     def said(self):
         """What this life wrote to its standard output."""
@@ -86,16 +96,12 @@ class Process:
                 raise RuntimeError(f"{self.name} was not ready within {START_LIMIT:.0f} s; see {self.err}")
             time.sleep(0.05)
 
-    def _ended(self):
-        pid, started, _ = self.lives[-1]
-        self.lives[-1] = (pid, started, time.monotonic())
-
     def kill(self):
         """kill -9. What runs below it is waited for, as it has to end, too."""
         below = descendants(self.pid)
         self._popen.kill()
         self._popen.wait()
-        self._ended()
+        self.lives[-1].ended, self.lives[-1].killed = time.monotonic(), True
         end = time.monotonic() + 5
         while any(Path(f"/proc/{pid}").exists() for pid in below):
             if time.monotonic() > end:
@@ -112,7 +118,8 @@ class Process:
         except subprocess.TimeoutExpired:
             self._popen.kill()
             self._popen.wait()
-        self._ended()
+            self.lives[-1].killed = True
+        self.lives[-1].ended = time.monotonic()
         return self._popen.returncode
 
     def freeze(self):

@@ -3,8 +3,12 @@ import json
 import statistics
 from dataclasses import dataclass, field
 
-REQUEST_COLUMNS = ("made", "answered", "failed", "lost", "twice")
-EVENT_COLUMNS = ("raised", "received", "lost", "twice", "told")
+# Title, where in a line, and its columns.
+GROUPS = [
+    ("REQUESTS", "requests", ("made", "answered", "failed", "lost", "twice")),
+    ("EVENTS (both consumers)", "events", ("raised", "received", "lost", "twice", "told")),
+    ("AUDIT ROWS", "audit", ("rows", "open", "lost", "told")),
+]
 
 
 @dataclass
@@ -15,20 +19,19 @@ class Line:
     recoveries: list = field(default_factory=list)
     requests: dict = field(default_factory=dict)
     events: dict = field(default_factory=dict)
+    audit: dict = field(default_factory=dict)
     problems: list = field(default_factory=list)
 
-    def add(self, recovery, requests, events, problems):
-        if recovery is not None:
-            self.recoveries.append(recovery)
-        for own, more in ((self.requests, requests), (self.events, events)):
+    def add(self, requests, events, audit):
+        for own, more in ((self.requests, requests), (self.events, events), (self.audit, audit)):
             for name, number in more.items():
                 own[name] = own.get(name, 0) + number
-        self.problems += problems
 
     def as_json(self):
         return {"kind": self.kind, "times": len(self.recoveries), "recovery_stated_s": self.stated,
                 "recovery_median_s": _median(self.recoveries), "recovery_worst_s": max(self.recoveries, default=None),
-                "requests": self.requests, "events": self.events, "problems": self.problems,
+                "requests": self.requests, "events": self.events, "audit": self.audit,
+                "problems": self.problems,
                 "balances": not self.problems}
 
 
@@ -40,23 +43,32 @@ def _seconds(number):
     return "-" if number is None else f"{number:.1f}"
 
 
+def _cells(line):
+    cells = [line.kind, str(len(line.recoveries)), _seconds(line.stated or None), _seconds(_median(line.recoveries)),
+             _seconds(max(line.recoveries, default=None))]
+    for _, part, columns in GROUPS:
+        counts = getattr(line, part)
+        cells += [str(counts.get(column, 0)) for column in columns]
+    return [*cells, "ok" if not line.problems else "FAILED"]
+
+
 def table(lines):
-    head = ["FAULT", "TIMES", "STATED", "MEDIAN", "WORST", *(c.upper() for c in REQUEST_COLUMNS),
-            *(c.upper() for c in EVENT_COLUMNS), "VERDICT"]
-    rows = [head]
-    for line in lines:
-        rows.append([line.kind, str(len(line.recoveries)), _seconds(line.stated or None),
-                     _seconds(_median(line.recoveries)), _seconds(max(line.recoveries, default=None)),
-                     *(str(line.requests.get(c, 0)) for c in REQUEST_COLUMNS),
-                     *(str(line.events.get(c, 0)) for c in EVENT_COLUMNS),
-                     "ok" if not line.problems else "FAILED"])
-    widths = [max(len(row[i]) for row in rows) for i in range(len(head))]
-    groups = [widths[0], sum(widths[1:5]) + 6, sum(widths[5:10]) + 8, sum(widths[10:15]) + 8]
-    titles = "  ".join(t.ljust(w) for t, w in zip(("", "RECOVERY (s)", "REQUESTS", "EVENTS (both consumers)"), groups))
-    text = [titles.rstrip()]
+    """One line for each kind of fault."""
+    head = ["FAULT", "TIMES", "STATED", "MEDIAN", "WORST"]
+    sizes, titles = [1, 4], ["", "RECOVERY (s)"]
+    for title, _, columns in GROUPS:
+        head += [column.upper() for column in columns]
+        sizes.append(len(columns))
+        titles.append(title)
+    rows = [[*head, "VERDICT"], *map(_cells, lines)]
+    widths = [max(len(row[i]) for row in rows) for i in range(len(rows[0]))]
+    above, begin = "", 0
+    for title, size in zip(titles, sizes):
+        above += title.ljust(sum(widths[begin:begin + size]) + 2 * size)
+        begin += size
+    text = [above.rstrip()]
     for row in rows:
-        cells = [row[0].ljust(widths[0]), *(cell.rjust(width) for cell, width in zip(row[1:], widths[1:]))]
-        text.append("  ".join(cells))
+        text.append("  ".join([row[0].ljust(widths[0]), *(c.rjust(w) for c, w in zip(row[1:], widths[1:]))]))
     return "\n".join(text)
 
 
