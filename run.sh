@@ -18,7 +18,7 @@ readonly PACKAGES=(
 # What a command needs beyond them.
 packages_of() {
   case "$1" in
-    test | asan | tsan) echo doxygen shellcheck ;;
+    test | asan | tsan) echo doxygen shellcheck abigail-tools ;;
     docs) echo doxygen ;;
     packages) echo dpkg-dev debhelper lintian fakeroot systemd man-db doxygen ;;
     abi) echo abigail-tools git ;;
