@@ -84,7 +84,7 @@ void DataDirectory::Create() const {
 void DataDirectory::Lock(std::chrono::milliseconds patience) {
     const fs::path file = directory_ / "lock";
     // Not close-on-exec: the name server holds the lock as well.
-    lock_ = open(file.c_str(), O_RDWR | O_CREAT, 0644);  // NOLINT(android-cloexec-open)
+    lock_ = open(file.c_str(), O_RDWR | O_CREAT, 0644);
     if (lock_ < 0) {
         FailFile("Opening", file, std::strerror(errno));
     }

@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace qv_notify_test;  // NOLINT
+using namespace qv_notify_test;
 using qv_notify::ApplyAdmin;
 using qv_notify::DefaultAdmin;
 using qv_notify::PropertyValues;

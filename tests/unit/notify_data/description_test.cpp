@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace qv_notify;  // NOLINT
+using namespace qv_notify;
 using ::testing::HasSubstr;
 
 PropertyValues AllTypes() {

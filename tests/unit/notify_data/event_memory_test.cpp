@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace qv_notify_test;  // NOLINT
+using namespace qv_notify_test;
 
 class EventMemory : public PropertyTest {};
 

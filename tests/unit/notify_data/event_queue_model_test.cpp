@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace qv_notify_test;  // NOLINT
+using namespace qv_notify_test;
 using qv_notify::Discard;
 using qv_notify::EventPtr;
 using qv_notify::EventQueue;

@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace qv_notify_test;  // NOLINT
+using namespace qv_notify_test;
 using qv_notify::EventTiming;
 using qv_notify::PropertyValues;
 using qv_notify::Time;

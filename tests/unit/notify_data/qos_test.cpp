@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace qv_notify_test;  // NOLINT
+using namespace qv_notify_test;
 using qv_notify::ApplyQos;
 using qv_notify::Capabilities;
 using qv_notify::DefaultQos;
