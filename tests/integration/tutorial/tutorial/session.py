@@ -47,7 +47,8 @@ class Session:
         for file in self.directory.glob("*.toml"):
             file.write_text(self._to_run(file.read_text(encoding="utf-8")), encoding="utf-8")
         self._environment = {key: value for key, value in os.environ.items()
-                             if not key.startswith("QV_") and key != "LD_LIBRARY_PATH"}
+                             if not key.startswith(("QV_", "XDG_")) and key != "LD_LIBRARY_PATH"}
+        self._environment["HOME"] = str(work)
         self._environment["PATH"] = ":".join([*path, os.environ["PATH"]])
         self._terminals = {}
 
