@@ -2,6 +2,9 @@
 # Whether programs built on one installation of the libraries run on another.
 set -euo pipefail
 
+HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+readonly HERE
+
 usage() {
   cat <<'TEXT'
 usage: compare_abi.sh OLD NEW [NAME]
@@ -36,7 +39,7 @@ compare() {
     printf 'compare_abi.sh: %s is gone, so what was built on %s no longer starts.\n' "$name" "$old_name" >&2
     return 1
   fi
-  abidiff --leaf-changes-only --no-added-syms --drop-private-types --headers-dir1 "$old/include" \
+  abidiff --suppressions "$HERE/private.abignore" --leaf-changes-only --no-added-syms --drop-private-types --headers-dir1 "$old/include" \
     --headers-dir2 "$new/include" "$1" "$other" >"$report" 2>&1 || status=$?
   if ((status == 0)); then
     printf '==> %s: compatible with %s\n' "$name" "$old_name"
