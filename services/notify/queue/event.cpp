@@ -8,7 +8,7 @@ namespace qv_notify {
 namespace {
 
 constexpr std::size_t kAllocation = 16;  // what the heap takes beyond the contents
-constexpr std::size_t kAnyExtra = 200;   // the buffer in which the ORB has the value, and the TypeCode
+constexpr std::size_t kAnyExtra = 330;  // the TypeCode and the buffer with the value, which has room to spare
 
 std::size_t MemoryOfText(const char* text) {
     return std::strlen(text) + 1 + kAllocation;
