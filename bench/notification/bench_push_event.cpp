@@ -26,6 +26,7 @@ namespace {
 using NS_CORBA::SuppilerMgr;
 
 constexpr int kTurn = 100;
+constexpr const char* kType = "NT_ATTRIBUTE_VALUE_CHANGE";
 
 CosNotifyChannelAdmin::StructuredProxyPushConsumer_ptr OwnProxy() {
     const CosNotifyChannelAdmin::EventChannel_var channel = SuppilerMgr::Instance()->getChannel();
@@ -37,6 +38,13 @@ CosNotifyChannelAdmin::StructuredProxyPushConsumer_ptr OwnProxy() {
         CosNotifyChannelAdmin::StructuredProxyPushConsumer::_narrow(proxy.in());
     own->connect_structured_push_supplier(CosNotifyComm::StructuredPushSupplier::_nil());
     return own._retn();
+}
+
+// Not an alarm: those have a text made by the bundle.
+CosNotification::StructuredEvent OtherEvent() {
+    CosNotification::StructuredEvent event = qv_bench::AlarmEvent();
+    event.header.fixed_header.event_type.type_name = CORBA::string_dup(kType);
+    return event;
 }
 
 template <class Push>
@@ -63,8 +71,7 @@ int Push(int events) {
         return 1;
     }
     const CosNotifyChannelAdmin::StructuredProxyPushConsumer_var raw = OwnProxy();
-    CosNotification::StructuredEvent event = qv_bench::AlarmEvent();
-    event.header.fixed_header.event_type.type_name = CORBA::string_dup("NT_ATTRIBUTE_VALUE_CHANGE");
+    CosNotification::StructuredEvent event = OtherEvent();
     std::vector<std::uint64_t> straight;
     std::vector<std::uint64_t> through_library;
     for (int turn = 0; turn < events / kTurn; ++turn) {
@@ -76,21 +83,15 @@ int Push(int events) {
     return 0;
 }
 
-// Not an alarm: those have a text made by the bundle.
-CosNotification::StructuredEvent OtherEvent() {
-    CosNotification::StructuredEvent event = qv_bench::AlarmEvent();
-    event.header.fixed_header.event_type.type_name = CORBA::string_dup("NT_ATTRIBUTE_VALUE_CHANGE");
-    SuppilerMgr::Instance()->regist("NT_ATTRIBUTE_VALUE_CHANGE");
-    return event;
-}
-
 int Backlog(int most) {
-    CosNotification::StructuredEvent event = OtherEvent();
+    SuppilerMgr::Instance()->regist(kType);
     int waiting = 0;
     std::vector<std::uint64_t> times;
     for (int wanted = 0; std::scanf("%d", &wanted) == 1 && wanted <= most;) {
         times.clear();
         for (; waiting < wanted; ++waiting) {
+            // Made anew each time, as copies of an event share what its values lie in.
+            CosNotification::StructuredEvent event = OtherEvent();
             const std::uint64_t before = qv_bench::Now();
             SuppilerMgr::Instance()->PushEvent(event);
             times.push_back(qv_bench::Now() - before);
@@ -104,6 +105,7 @@ int Backlog(int most) {
 int Drain(int events) {
     SuppilerMgr* const supplier = SuppilerMgr::Instance();
     CosNotification::StructuredEvent event = OtherEvent();
+    supplier->regist(kType);
     for (int i = 0; i < events; ++i) {
         supplier->PushEvent(event);  // the channel is out of service
     }
