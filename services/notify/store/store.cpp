@@ -9,6 +9,7 @@
 #include "services/notify/store/group_commit.h"
 #include "services/notify/store/object_tables.h"
 #include "services/notify/store/store_file.h"
+#include "services/notify/store/undone.h"
 
 namespace qv_notify {
 namespace {
@@ -39,6 +40,10 @@ class Store::Impl {
         m_group.Run([this, &operation] { operation(m_tables->objects, m_tables->events); });
     }
 
+    /// Writes down what consumers are done with, together with what failed before. Throws as Run does, and
+    /// keeps all of it then.
+    void WriteDone(const std::string& consumer, const std::vector<std::int64_t>& sequences);
+
   private:
     struct Tables {
         explicit Tables(Database& database)
@@ -64,6 +69,7 @@ class Store::Impl {
     int m_pages_at_wake = 0;  // in the log, when the checkpointer was last woken
     Checkpointer m_checkpointer;
     GroupCommit m_group;
+    Undone m_undone;
 };
 
 std::unique_ptr<Store::Impl::Tables> Store::Impl::Prepare() {
@@ -91,6 +97,27 @@ void Store::Impl::CarryOut(const std::vector<const GroupCommit::Operation*>& ope
     KeepLogShort();
 }
 
+void Store::Impl::WriteDone(const std::string& consumer, const std::vector<std::int64_t>& sequences) {
+    Undone::Sequences all = m_undone.Take();
+    if (!sequences.empty()) {
+        std::vector<std::int64_t>& own = all[consumer];
+        own.insert(own.end(), sequences.begin(), sequences.end());
+    }
+    if (all.empty()) {
+        return;
+    }
+    try {
+        Run([&](ObjectTables&, EventTables& events) {
+            for (const auto& [path, done] : all) {
+                events.Done(path, done);
+            }
+        });
+    } catch (...) {
+        m_undone.PutBack(std::move(all));
+        throw;
+    }
+}
+
 void Store::Impl::TakeBack() noexcept {
     m_database->RollBack();
     m_tables->objects.Forget();
@@ -113,6 +140,7 @@ Store::Store(const std::string& path) : m_impl(std::make_unique<Impl>(path)) {}
 Store::~Store() = default;
 
 void Store::NoteOrderlyEnd() {
+    m_impl->WriteDone("", {});
     m_impl->Run([](ObjectTables& objects, EventTables&) { objects.SetMark(kOrderlyEnd); });
 }
 
@@ -169,7 +197,7 @@ void Store::Dispatch(const std::vector<Dispatched>& dispatched) {
 }
 
 void Store::Done(const std::string& consumer, const std::vector<std::int64_t>& sequences) {
-    m_impl->Run([&](ObjectTables&, EventTables& events) { events.Done(consumer, sequences); });
+    m_impl->WriteDone(consumer, sequences);
 }
 
 std::vector<StoredEvent> Store::Events() {

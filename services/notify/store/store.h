@@ -61,7 +61,7 @@ class Store {
     void Dispatch(const std::vector<Dispatched>& events);
 
     /// The consumer has got these events, or doesn't get them any more. An event that all consumers are done
-    /// with is dropped.
+    /// with is dropped. What can't be written down now is, with the next call, or by NoteOrderlyEnd.
     void Done(const std::string& consumer, const std::vector<std::int64_t>& sequences);
 
     /// All events that are kept, in the order of their numbers. Throws StoreError also when the octets of one

@@ -24,6 +24,10 @@ class FailingStore {
         Execute("CREATE TRIGGER full BEFORE INSERT ON " + table +
                 " BEGIN SELECT RAISE(ABORT, 'told to fail'); END");
     }
+    void FailToDeleteFrom(const std::string& table) {
+        Execute("CREATE TRIGGER full BEFORE DELETE ON " + table +
+                " BEGIN SELECT RAISE(ABORT, 'told to fail'); END");
+    }
     void Mend() { Execute("DROP TRIGGER full"); }
 
   private:
