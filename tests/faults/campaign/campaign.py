@@ -1,5 +1,6 @@
 """One campaign: start everything, play faults until the time is over, end everything, and say what came of it."""
 import random
+import re
 import shutil
 import sys
 import time
@@ -20,6 +21,11 @@ class Abandoned(Exception):
     """It makes no sense to go on."""
 
 
+def _gist(sentence):
+    """What is wrong, without names and numbers of what it concerns."""
+    return re.sub(r"\d+", "", sentence.split(":")[0])
+
+
 class Campaign:
     def __init__(self, settings):
         self.settings = settings
@@ -31,6 +37,7 @@ class Campaign:
         self.books = None
         self._begin = time.monotonic()
         self._bases = {}  # of (name, incarnation)
+        self._known = set()  # what was off before, as it stays off
         self._before = None
         self.packets = {}
 
@@ -67,9 +74,13 @@ class Campaign:
 
     def _fail(self, during, sentences):
         for sentence in sentences:
-            if not any(known == sentence for _, _, known in self.failures):
-                self.failures.append((time.monotonic() - self._begin, during, sentence))
-                self.say(f"NOT BALANCED, {during}: {sentence}")
+            self.failures.append((time.monotonic() - self._begin, during, sentence))
+            self._known.add(_gist(sentence))
+            self.say(f"NOT BALANCED, {during}: {sentence}")
+
+    def _new_problems(self, until_call, until_event):
+        return [problem for problem in self.books.problems(until_call, until_event)
+                if _gist(problem) not in self._known]
 
     def _play(self):
         kinds = [kind for kind in faults.KINDS
@@ -130,7 +141,7 @@ class Campaign:
         until_call, until_event = now_ms(), len(self.books.ledger.events)
         begin, waited_for = time.monotonic(), []
         while True:
-            problems = self.books.problems(until_call, until_event) + self._leaks()
+            problems = self._new_problems(until_call, until_event) + self._leaks()
             if not problems or time.monotonic() > begin + SETTLE_LIMIT:
                 break
             waited_for = problems
@@ -175,7 +186,7 @@ class Campaign:
     def _wait_last_events(self, line):
         end = time.monotonic() + SETTLE_LIMIT
         while True:
-            problems = self.books.problems(now_ms(), len(self.books.ledger.events))
+            problems = self._new_problems(now_ms(), len(self.books.ledger.events))
             if not problems or time.monotonic() > end:
                 break
             time.sleep(POLL)
