@@ -59,15 +59,22 @@ def last_words(path):
     return ": " + lines[-1] if lines else " without a message"
 
 
+def start(command, environment=None, **options):
+    """A process that ends with this one."""
+    try:
+        return subprocess.Popen(command, env={**os.environ, **(environment or {})}, preexec_fn=end_with_parent,
+                                text=True, **options)
+    except OSError as problem:
+        raise Failure(f"{command[0]} can't be run: {problem.strerror}; build it first (./run.sh bench does)") from None
+
+
 class Process:
     """A program that tells on its standard output what there is to know, line by line. Use it with `with`."""
 
     def __init__(self, command, log, environment=None):
         self.log = open(log, "a")
         self.name = os.path.basename(command[0])
-        self.process = subprocess.Popen(
-            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.log, text=True,
-            env={**os.environ, **(environment or {})}, preexec_fn=end_with_parent)
+        self.process = start(command, environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.log)
 
     @property
     def pid(self):

@@ -3,7 +3,7 @@ import os
 import subprocess
 import time
 
-from processes import Failure, end_with_parent, free_port, last_words, reset_peak, status_kib
+from processes import Failure, end_with_parent, free_port, last_words, reset_peak, start, status_kib
 
 SETTINGS = """
 [agent]
@@ -19,9 +19,8 @@ class Server:
     def __init__(self, command, folder, environment=None):
         self.reference = folder / "reference"
         self.log = open(folder / "log", "w")
-        self.process = subprocess.Popen([command[0], str(self.reference), *command[1:]], stdout=self.log,
-                                        stderr=subprocess.STDOUT, env={**os.environ, **(environment or {})},
-                                        preexec_fn=end_with_parent)
+        self.process = start([command[0], str(self.reference), *command[1:]], environment, stdout=self.log,
+                             stderr=subprocess.STDOUT)
 
     def wait_until_ready(self):
         deadline = time.monotonic() + 20

@@ -21,7 +21,7 @@ import time
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
-from processes import Failure, end_tidily, end_with_parent, free_port  # noqa: E402
+from processes import Failure, end_tidily, end_with_parent, free_port, start  # noqa: E402
 from servers import library_server, measure_calls, seam_server  # noqa: E402
 
 THREADS = (1, 4)
@@ -94,10 +94,9 @@ class Trouble:
     """Peers that misbehave as long as this stands; `made` is how often they did."""
 
     def __init__(self, bench, kind, per_second):
-        self.process = subprocess.Popen(
+        self.process = start(
             [bench.build / "bin/bench_ssl_trouble", kind, str(bench.plain_port), str(bench.ssl_port),
-             bench.client_profile, str(per_second)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-            preexec_fn=end_with_parent)
+             bench.client_profile, str(per_second)], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.made = 0
 
     def __enter__(self):
