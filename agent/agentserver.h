@@ -40,8 +40,8 @@ class QV_API AgentServer {
     /// Destroys the ORB and ends the companion services.
     static void Destroy();
 
-    static bool m_bExit;  ///< the pool has ended; set by Run, never cleared
-    static ACE_Thread_Mutex m_mutexORBDestroy;
+    static bool m_bExit;                        ///< the pool has ended; set by Run, never cleared
+    static ACE_Thread_Mutex m_mutexORBDestroy;  ///< to be held while waiting for m_condORBDestroy
     static ACE_Condition<ACE_Thread_Mutex> m_condORBDestroy;  ///< signalled when m_bExit becomes true
 };
 

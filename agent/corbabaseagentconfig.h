@@ -60,11 +60,13 @@ class QV_API CorbaBaseAgentConfig {
     char** GetArgv();  ///< the ORB arguments, which stay the singleton's; null before Init
 
     /// A count of registered managers and modules. Nothing happens at zero, and it may go below. Any thread.
+    /// @{
     void _add_ref();
     void _remove_ref();
+    /// @}
 
-    void SetCorbaBundleName(const std::string& name);
-    std::string GetCorbaBundleName();
+    void SetCorbaBundleName(const std::string& name);  ///< for the bundle's own use, as Init keeps it
+    std::string GetCorbaBundleName();                  ///< the name that Init or SetCorbaBundleName was given
 
     /// May a client at this IPv4 address, in host byte order, use the agent? To be asked by the bundle: the
     /// library itself refuses nobody. Any thread, from Init on.
@@ -75,9 +77,11 @@ class QV_API CorbaBaseAgentConfig {
     /// Reads all settings, replaces loopback host names and composes the command lines. Always true.
     bool GetOption();
 
+    /// Settings as the platform delivers them.
+    using NameValueList = std::vector<NS_BUNDLEMGR1::NameValueStru>;
     /// Looks `key` up in `items`; when it is there, converts its value (decimal, unvalidated, cut to the
     /// width of `out`) and stores it, else logs and leaves `out` as it is.
-    using NameValueList = std::vector<NS_BUNDLEMGR1::NameValueStru>;
+    /// @{
     void GetOptionByName(const NameValueList& items, const std::string& key, bool& out);
     void GetOptionByName(const NameValueList& items, const std::string& key, int& out);
     void GetOptionByName(const NameValueList& items, const std::string& key, unsigned int& out);
@@ -85,6 +89,7 @@ class QV_API CorbaBaseAgentConfig {
     void GetOptionByName(const NameValueList& items, const std::string& key, unsigned short& out);
     void GetOptionByName(const NameValueList& items, const std::string& key, char& out);
     void GetOptionByName(const NameValueList& items, const std::string& key, std::string& out);
+    /// @}
 
     /// True for exactly "localhost" and "127.0.0.1".
     bool IsLocalHost(const char* host);
@@ -93,39 +98,47 @@ class QV_API CorbaBaseAgentConfig {
     /// The node name as last asked for; "localhost" at first.
     std::string GetHostNameAndReturn();
 
-    unsigned long IteratorNum() const { return m_IteratorNum; }
-    unsigned long IteratorRestriction() const { return m_IteratorRestriction; }
-    unsigned long TimeInterval() const { return m_TimeInterval; }
-    unsigned long TimeOut() const { return m_TimeOut; }
+    unsigned long IteratorNum() const { return m_IteratorNum; }  ///< most iterators of all OSSs together
+    unsigned long IteratorRestriction() const { return m_IteratorRestriction; }  ///< most of one OSS
+    unsigned long TimeInterval() const { return m_TimeInterval; }  ///< seconds, of the bundle's timer
+    unsigned long TimeOut() const { return m_TimeOut; }  ///< seconds that an iterator may be left unused
     unsigned long EventQueueLength() const { return m_EventQueueLength; }    ///< events
     unsigned long AlarmTimeout() const { return m_AlarmTimeout; }            ///< seconds
     unsigned long HeartBeatTimeout() const { return m_HeartBeatTimeout; }    ///< seconds
     unsigned long OtherEventTimeout() const { return m_OtherEventTimeout; }  ///< seconds
-    bool ORBThreadPool() const { return m_ORBThreadPool; }
+    bool ORBThreadPool() const { return m_ORBThreadPool; }       ///< whether a pool serves requests
     unsigned int GetORBThrdNum() const { return m_ORBThrdNum; }  ///< 0 stands for 4
-    unsigned int GetSSLMode() const { return m_SSLMode; }
+    unsigned int GetSSLMode() const { return m_SSLMode; }        ///< 0 plain IIOP, 1 SSL
+    /// Whether the calls of each operation are counted.
     bool IsInterceptorEnabled() const { return m_vecFlags[kFlagInterceptor] != 0; }
+    /// The form of time strings, see TimeChange.
     int TimeShowAppearance() const { return static_cast<signed char>(m_vecFlags[kFlagTimeShow]); }
+    /// The zone of time strings, see TimeChange.
     int TimeZoneRefPoint() const { return static_cast<signed char>(m_vecFlags[kFlagTimeZone]); }
+    /// Whether events are pushed one after the other.
     bool IsSingleThreadPushEvent() const { return m_SingleThreadPushEvent != 0; }
-    bool IsUseIPAndPort() const { return m_UseIPAndPort; }
+    bool IsUseIPAndPort() const { return m_UseIPAndPort; }  ///< whether IOR_Parser::GetHostInfo adds the port
+    /// Whether the event channel outlives the agent.
     bool PersistentEventChannel() const { return m_PersistentEventChannel; }
-    bool GetEmsPingMode() const { return m_EmsPingMode; }
+    bool GetEmsPingMode() const { return m_EmsPingMode; }  ///< whether the bundle is to ping each OSS
+    /// What the bundle is to do when all sessions are taken: 1 ends the oldest, else the newcomer is refused.
     int GetSessionReleaseStrategy() const { return m_SessionReleaseStrategy; }
-    int GetMaxSession() const { return m_MaxSession; }
-    int GetSilentTime() const { return m_SilentTime; }  ///< seconds
-    std::string EmsName() const { return m_EmsName; }
+    int GetMaxSession() const { return m_MaxSession; }       ///< most sessions at once
+    int GetSilentTime() const { return m_SilentTime; }       ///< seconds
+    std::string EmsName() const { return m_EmsName; }        ///< part of the session factory's name
     std::string EmsVersion() const { return m_EmsVersion; }  ///< always empty
-    std::string IDLVersion() const { return m_IDLVersion; }
+    std::string IDLVersion() const { return m_IDLVersion; }  ///< part of the session factory's name
     std::string GetCorbaAgentAddress() const { return m_CorbaAgentHost; }  ///< the host, without a port
-    std::string GetNonSSLProfile() const { return m_NonSSLProfile; }
+    std::string GetNonSSLProfile() const { return m_NonSSLProfile; }       ///< file name, or empty
 
     // -- Command lines: command_lines.cpp -------------------------------------------------------------------
 
     /// Append the composed command to the member of that name, which they don't clear first.
+    /// @{
     void GetNamingServiceCmd();
     void GetNotifyServiceCmd();
     void GetCorbaAgentCmd();
+    /// @}
 
     /// Reads the settings and splits the agent's command into GetArgc and GetArgv. False when it can't be
     /// split.
@@ -149,15 +162,19 @@ class QV_API CorbaBaseAgentConfig {
 
     // -- Naming service: naming.cpp; nothing is cached, no lock is held -------------------------------------
 
+    /// The root context, by the IOR file of option -ns if there is one, else by host and port.
     bool GetNamingService(TAO_Objref_Out_T<CosNaming::NamingContext> context);
+    /// The object bound under `name`. False, with `object` as it was or nil, when there is none.
     bool GetRef(const CosNaming::Name& name, TAO_Pseudo_Out_T<CORBA::Object> object);
     /// Binds `object`, making the contexts on its way. An existing binding of that name is replaced.
     bool RegistName(const CosNaming::Name& name, CORBA::Object* object);
     /// Unbinds `name` and every context on its way, from the leaf to the root.
     bool UnRegistName(const CosNaming::Name& name);
+    /// The five components of the session factory's name, as TMF MTNM prescribes them.
     void ConstructEmsFactoryName(CosNaming::Name& name);
     /// Binds the session factory under its TMF MTNM name and writes it to the file of option -out.
     bool RegistEMSFactoryName(CORBA::Object* object);
+    /// Unbinds the session factory as UnRegistName does. The file stays.
     bool UnRegistEMSFactoryName();
     /// Where the EMS stands, and the host and port of the agent as "host:port".
     void GetEmsAdditionalInfo(std::string& location, std::string& address);
@@ -169,15 +186,20 @@ class QV_API CorbaBaseAgentConfig {
     bool AutoStartService();
     /// Kills the services that were started, without waiting for them.
     void AutoExitService();
-    void DestroyService();
+    void DestroyService();  ///< AutoExitService, for AgentServer::Destroy
 
     /// Read a service's settings again, for the operations that look for the service. Names and options that
     /// are missing become empty; a port that is missing stays (naming) or becomes 0 (notify).
+    /// @{
     bool UpdateNamingServiceParams();
     bool UpdateNotifyServiceParams(const char* name);
+    /// @}
 
+    /// Host and port as configured, the port for SSL if `ssl`. Always true.
+    /// @{
     bool GetNamingServiceAddr(std::string& host, int& port, bool ssl);
     bool GetNotifyServiceAddr(std::string& host, int& port, bool ssl);
+    /// @}
 
     /// Finds the channel factory, by its IOR file if there is one, else in the naming service.
     bool GetNotifyFactory(TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory);
@@ -192,8 +214,10 @@ class QV_API CorbaBaseAgentConfig {
     /// Bound every outgoing call of the ORB, or of the calling thread, to `ullTimeOut` units of 100
     /// nanoseconds. What was set before at that level is replaced. False when the ORB refuses; nothing is
     /// raised.
+    /// @{
     bool SetORBTimeOutPolicy(TAO_Pseudo_Var_T<CORBA::ORB>& orb, const unsigned long& ullTimeOut);
     bool SetCurrentThreadTimeOutPolicy(TAO_Pseudo_Var_T<CORBA::ORB>& orb, const unsigned long& ullTimeOut);
+    /// @}
     /// The longest timeout that a bundle is to ask for, one day, in units of 100 nanoseconds.
     unsigned long GetMaxNanoSecondForTimeOut();
 
@@ -203,9 +227,9 @@ class QV_API CorbaBaseAgentConfig {
     /// that can't be opened is logged and changes nothing. A line of 512 characters or more is never got
     /// past.
     void GetNBISSLCertificateInfo();
-    std::string GetNBISSLPrivateKey() { return m_NBISSLPrivateKey; }
-    std::string GetNBISSLCertificate() { return m_NBISSLCertificate; }
-    std::string GetNBISSLCAfile() { return m_NBISSLCAfile; }
+    std::string GetNBISSLPrivateKey() { return m_NBISSLPrivateKey; }              ///< file name
+    std::string GetNBISSLCertificate() { return m_NBISSLCertificate; }            ///< file name
+    std::string GetNBISSLCAfile() { return m_NBISSLCAfile; }                      ///< file name
     std::string GetNBISSLPrivateKeyPasswd() { return m_NBISSLPrivateKeyPasswd; }  ///< not to be logged
     std::string GetNBISSLCRL() { return m_NBISSLCRL; }  ///< directory of the revocation lists, with a slash
     /// False when the agent's certificate was found revoked at the start.
@@ -223,32 +247,37 @@ class QV_API CorbaBaseAgentConfig {
     bool verifyNBICertCRL(const std::string& caFile, const std::string& certFile, const std::string& crlFile);
     /// Read the first certificate, or the revocation list, of a PEM file; the caller frees it. Without a file
     /// name it becomes null, and so it does when the file holds none; one that can't be opened leaves it.
+    /// @{
     void GetX509Ptr(x509_st*& certificate, const std::string& file);
     void GetX509CRLPtr(X509_crl_st*& crl, const std::string& file);
+    /// @}
 
     // -- Registries: registry.cpp; none owns what it points to ----------------------------------------------
 
-    /// Managers by name; a null name throws std::logic_error. One thread at a time.
-    void RegisterMgr(const char* name, MgrFactory* factory);
-    void UnregisterMgr(const char* name);
-    MgrFactory* GetNorthMgr(const char* name);
-    std::map<std::string, MgrFactory*>& GetNorthMgrMap();
+    // Managers by name; a null name throws std::logic_error. One thread at a time.
+
+    void RegisterMgr(const char* name, MgrFactory* factory);  ///< replaces an entry of that name
+    void UnregisterMgr(const char* name);                     ///< takes the entry out, if there is one
+    MgrFactory* GetNorthMgr(const char* name);                ///< null for an unknown name
+    std::map<std::string, MgrFactory*>& GetNorthMgrMap();     ///< the table itself
 
     /// Locks and hands out the module list. After a result that isn't null call FreeMGRList, and no _add_ref,
     /// _remove_ref, RegisterModule or UnRegisterModule before that: the lock isn't recursive.
     std::list<CorbaI*>* GetMGRList();
-    void FreeMGRList();
+    void FreeMGRList();  ///< gives up the lock that GetMGRList took
     /// 0, or -1 when the list can't be locked. Any thread.
     int RegisterModule(CorbaI* module);
-    void UnRegisterModule(CorbaI* module);
+    void UnRegisterModule(CorbaI* module);  ///< also for a module that isn't in the list; any thread
 
     /// The disconnect alarm cache. One thread at a time.
+    /// @{
     std::map<std::string, std::string> GetDisconnectMap();
     void SetDisconnectMap(const std::string& key, const std::string& value);
+    /// @}
 
     /// The bundle's request hooks; `impl` must outlive every request. Any thread.
     void SetReqInterceptorImpl(RequestInterceptorBase* impl);
-    RequestInterceptorBase* GetReqInterceptorImpl();
+    RequestInterceptorBase* GetReqInterceptorImpl();  ///< null while requests are refused for want of hooks
 
   private:
     friend class CorbaBaseAgentConfigProbe;  // lets the unit tests see values that no accessor exposes

@@ -23,15 +23,19 @@ class QV_API MgrFactory {
 /// destroyed on one thread at a time; the list itself is guarded (CorbaBaseAgentConfig::GetMGRList).
 class QV_API CorbaI {
   public:
+    /// Enters the module into the list. When the list can't be locked it stays outside.
     CorbaI();
     CorbaI(const CorbaI&) = delete;
     CorbaI& operator=(const CorbaI&) = delete;
+    /// Takes the module out of the list.
     virtual ~CorbaI() = 0;
 
-    // For the bundle to drive its modules with; the library calls none of them.
+    /// For the bundle to drive its modules with; the library calls none of them.
+    /// @{
     virtual bool Init() = 0;
     virtual bool Start() = 0;
     virtual void Stop() = 0;
+    /// @}
 };
 
 }  // namespace NS_CORBA

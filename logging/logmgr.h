@@ -115,19 +115,19 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     /// Writes to the alarm channel when alarms are logged.
     void WriteAlarmLog(const std::stringstream& text);
 
-    static CorbaLogMgr* m_pInstance;
+    static CorbaLogMgr* m_pInstance;  ///< what Instance() has made; null before
 
   protected:
-    CORBA::ORB_var m_ORB;
-    LogWriter<TALogRecord>* m_pOperLog = nullptr;
-    LogWriter<TANotifyRecord>* m_pNotifyLog = nullptr;
-    LogWriter<std::stringstream>* m_pAlarmLog = nullptr;
-    LogWriter<TADebugRecord>* m_pDebugLog = nullptr;
-    LogWriter<std::string>* m_pSysLog = nullptr;
-    bool m_bLogOperation = false;
-    bool m_bLogNotify = false;
-    bool m_bLogAlarm = false;
-    bool m_bInited = false;
+    CORBA::ORB_var m_ORB;                                 ///< the agent's; nil when it had none
+    LogWriter<TALogRecord>* m_pOperLog = nullptr;         ///< channel "corbaoper"
+    LogWriter<TANotifyRecord>* m_pNotifyLog = nullptr;    ///< channel "corbanotify"
+    LogWriter<std::stringstream>* m_pAlarmLog = nullptr;  ///< channel "corba_alarm"
+    LogWriter<TADebugRecord>* m_pDebugLog = nullptr;      ///< channel "corbadebug"
+    LogWriter<std::string>* m_pSysLog = nullptr;          ///< channel "corbasys"
+    bool m_bLogOperation = false;                         ///< setting bLogOperation
+    bool m_bLogNotify = false;                            ///< setting bLogNotify
+    bool m_bLogAlarm = false;                             ///< setting bLogAlaram
+    bool m_bInited = false;                               ///< nothing sets it
     /// Operation name to the positions, from 0, of its secret parameters.
     std::map<std::string, std::vector<int>> m_IfNameToParamPos;
 

@@ -57,7 +57,7 @@ class QV_API AsynNotifyMgr : public ACE_Task<ACE_MT_SYNCH, ACE_System_Time_Polic
     ///         there is no instance
     int Push(NotifyCmd* cmd, int size);
 
-    static AsynNotifyMgr* instance;
+    static AsynNotifyMgr* instance;  ///< what Instance() has made; null before
 
   private:
     bool RunNext();

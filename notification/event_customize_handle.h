@@ -25,10 +25,12 @@ class QV_API EventCustomizeHandle {
 /// Handles by the type name of the events that they are asked about. A null handle counts as none.
 extern QV_API std::map<std::string, EventCustomizeHandle*> g_mapEventCustomizeHandle;
 
-// For the bundles' own use: the library only holds them.
+/// For the bundles' own use: the library only holds them.
+/// @{
 extern QV_API std::map<std::string, void*> g_customizePreMap;
 extern QV_API std::map<std::string, void*> g_customizeReplaceMap;
 extern QV_API std::map<std::string, void*> g_customizePostMap;
 extern QV_API std::list<void*> g_listCustomizeManager;
+/// @}
 
 }  // namespace NS_CORBA

@@ -18,6 +18,7 @@ namespace NS_CORBA {
 /// held.
 class QV_API EventMgr {
   public:
+    /// Owns a reference to a channel.
     using ChannelVar = TAO_Objref_Var_T<CosNotifyChannelAdmin::EventChannel>;
 
     /// No factory, no channel.
@@ -46,7 +47,7 @@ class QV_API EventMgr {
     /// destroys every channel of the factory, makes one and writes its reference to "channel.ior".
     int CreatePersistentEventChannel(const char* filename, int& id, ChannelVar& channel);
 
-    static EventMgr* m_pInstance;
+    static EventMgr* m_pInstance;  ///< what Instance() has made; null before
 
     /// The channel in use, nil until the first Init that succeeded. After an Init that failed it may be one
     /// that was destroyed.

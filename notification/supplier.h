@@ -56,8 +56,10 @@ class QV_API SuppilerMgr : public ACE_Task_Base {
     int svc() override;
 
     /// Lets events of `type` pass, or no longer, until NotifyServiceInit sets the types anew. Always 0.
+    /// @{
     int regist(std::string type);
     int unRegist(std::string type);
+    /// @}
 
     /// A new reference to the channel in use, which the caller releases; nil before NotifyServiceInit.
     CosNotifyChannelAdmin::EventChannel_ptr getChannel();
@@ -93,11 +95,13 @@ class QV_API SuppilerMgr : public ACE_Task_Base {
     /// Announces a loss that the bundle noticed itself, with a new id.
     void NotifyEventLossOccurred();
 
-    // These pass the call on to the callback object; without one they trace that.
+    /// These pass the call on to the callback object; without one they trace that.
+    /// @{
     void EventLossOccurred(const std::string& time, const std::string& notificationId);
     void EventLossCleared(const std::string& time);
     void HeartBeating();
     void StructuredEventToStr(std::stringstream& out, const CosNotification::StructuredEvent& event);
+    /// @}
 
     // -- Connection: channel_connection.cpp -----------------------------------------------------------------
 
@@ -117,10 +121,12 @@ class QV_API SuppilerMgr : public ACE_Task_Base {
     /// also returns in `notificationId`. Always 0; CORBA::BAD_PARAM for an event without filterable data.
     int FillEvent(CosNotification::StructuredEvent& event, std::string& notificationId);
     /// Append "{name <name> value <value>}" to `out`, for the bundle's StructuredEventToStr.
+    /// @{
     static void FormatLog(const std::string& name, const std::string& value, std::stringstream& out);
     static void FormatLog(const std::string& name, int value, std::stringstream& out);
+    /// @}
 
-    static SuppilerMgr* m_pInstance;
+    static SuppilerMgr* m_pInstance;  ///< what Instance() has made; null before
 
   private:
     friend class SuppilerMgrProbe;  // lets the unit tests see and set what nothing else shows

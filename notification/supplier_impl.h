@@ -42,8 +42,8 @@ class QV_API SuppilerImpl : public virtual POA_CosNotifyComm::StructuredPushSupp
     friend class SuppilerMgr;
     friend class SuppilerMgrProbe;  // lets the unit tests see what nothing else shows
 
-    CosNotifyChannelAdmin::StructuredProxyPushConsumer_var m_proxyConsumer;
-    PortableServer::POA_var m_poa;  // set once, by SuppilerMgr's constructor
+    CosNotifyChannelAdmin::StructuredProxyPushConsumer_var m_proxyConsumer;  ///< nil when not connected
+    PortableServer::POA_var m_poa;  ///< set once, by SuppilerMgr's constructor
 
   private:
     int Push(const CosNotification::StructuredEvent& event);

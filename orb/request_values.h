@@ -15,18 +15,19 @@ namespace qv_orb {
 /// around them only the first `size % kCdrPhase` of them stand, at `place`, so that the alignment of what
 /// follows is the same.
 struct CdrDetour {
-    std::size_t place = 0;
-    const char* data = nullptr;
-    std::size_t size = 0;
+    std::size_t place = 0;       ///< offset in the CDR around them
+    const char* data = nullptr;  ///< the bytes, which stay the servant's
+    std::size_t size = 0;        ///< bytes
 };
+/// Detours begin and end at this alignment of the CDR around them, the largest that CDR has.
 constexpr std::size_t kCdrPhase = 8;
 
 /// Bytes in CDR, in this machine's byte order and counted from an address that is divisible by 8.
 struct CdrBytes {
-    const char* data = nullptr;
-    std::size_t size = 0;
+    const char* data = nullptr;          ///< not owned
+    std::size_t size = 0;                ///< bytes
     const CdrDetour* detours = nullptr;  ///< in the order of their places
-    std::size_t detour_count = 0;
+    std::size_t detour_count = 0;        ///< how many there are at `detours`
 };
 
 /// The parameters and the result of one request, as ServerRequestInfo::arguments and result give them.
@@ -39,11 +40,13 @@ class QV_ORB_API RequestValues {
 
     virtual ~RequestValues() = default;
 
-    virtual std::size_t parameters() const = 0;
-    virtual CORBA::ParameterMode mode(std::size_t parameter) const = 0;
+    virtual std::size_t parameters() const = 0;                          ///< how many the operation has
+    virtual CORBA::ParameterMode mode(std::size_t parameter) const = 0;  ///< of the parameter, from 0 on
     /// The types stay the ORB's.
+    /// @{
     virtual CORBA::TypeCode_ptr type(std::size_t parameter) const = 0;
     virtual CORBA::TypeCode_ptr result_type() const = 0;
+    /// @}
 
     /// Whether the servant has returned, so that there are values of both kinds.
     virtual bool returned() const = 0;

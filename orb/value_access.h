@@ -34,8 +34,8 @@ class QV_ORB_API ValueBytes {
     ValueBytes(const ValueBytes&) = delete;
     ValueBytes& operator=(const ValueBytes&) = delete;
 
-    const char* data() const noexcept { return m_data; }
-    std::size_t size() const noexcept { return m_size; }
+    const char* data() const noexcept { return m_data; }  ///< stays this object's or the Any's
+    std::size_t size() const noexcept { return m_size; }  ///< bytes
     /// True when the bytes are in the other byte order than this machine's.
     bool swapped() const noexcept { return m_swapped; }
 

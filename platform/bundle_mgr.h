@@ -29,6 +29,7 @@ class QV_API Bundle {
   public:
     virtual ~Bundle() = default;
 
+    /// The bundle's name, which stays the same. Any thread may call it.
     virtual std::string GetName() const = 0;
 
     /// A copy of the table of service objects; the objects stay the bundle's. Any thread may call it.

@@ -18,14 +18,15 @@ class QV_API xDENCallChainInst {
     /// Makes these the calling thread's ids. 0 on success.
     virtual int SetCallChainInfo(const std::string& traceId, const std::string& parentId,
                                  const std::string& spanId) = 0;
-    virtual std::string GetTraceId() = 0;
-    virtual std::string GetParentId() = 0;
-    virtual std::string GetSpanId() = 0;
+    virtual std::string GetTraceId() = 0;   ///< the calling thread's
+    virtual std::string GetParentId() = 0;  ///< the calling thread's
+    virtual std::string GetSpanId() = 0;    ///< the calling thread's
 
     /// Hands a finished span over for transport. 0 on success.
     virtual int ReportSpan(const Json::Value& span, const Json::Value& extra) = 0;
 };
 
+/// Finds call chains. Any thread may ask.
 class QV_API xDENCallChainInstMgr {
   public:
     xDENCallChainInstMgr() = delete;
@@ -34,6 +35,7 @@ class QV_API xDENCallChainInstMgr {
     static xDENCallChainInst* Instance(const std::string& name);
 };
 
+/// Makes ids. Any thread may ask.
 class QV_API xDENCallChainHelper {
   public:
     xDENCallChainHelper() = delete;

@@ -9,8 +9,8 @@ namespace NS_BUNDLEMGR1 {
 
 /// One entry of the configuration store: a pair of strings.
 struct QV_API NameValueStru {
-    std::string name;
-    std::string value;
+    std::string name;   ///< the key
+    std::string value;  ///< as configured; numbers are texts, too
 };
 
 /// Looks `key` up in `items` (exact, case-sensitive; the first entry of that name counts).

@@ -11,9 +11,12 @@ class QV_API ServiceInterface {
     virtual ~ServiceInterface() = default;
 
   protected:
+    /// For who implements a service; the base holds nothing.
+    /// @{
     ServiceInterface() = default;
     ServiceInterface(const ServiceInterface&) = default;
     ServiceInterface& operator=(const ServiceInterface&) = default;
+    /// @}
 };
 
 }  // namespace NS_BUNDLEMGR1

@@ -10,11 +10,14 @@ namespace NS_UTIL {
 /// origin. Thread safety: as a string's; one object isn't shared between threads without a lock.
 class QV_API ThreadContextInfo {
   public:
+    /// An empty context, or one with what `other` holds; moved from, `other` is empty.
+    /// @{
     ThreadContextInfo();
     ThreadContextInfo(const ThreadContextInfo& other);
     ThreadContextInfo(ThreadContextInfo&& other) noexcept;
     ThreadContextInfo& operator=(const ThreadContextInfo& other);
     ThreadContextInfo& operator=(ThreadContextInfo&& other) noexcept;
+    /// @}
     ~ThreadContextInfo();
 
     /// A new unique text on each call, on any thread.

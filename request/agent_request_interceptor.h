@@ -16,6 +16,7 @@
 class QV_API Server_ORBInitializer : public virtual PortableInterceptor::ORBInitializer,
                                      public virtual CORBA::LocalObject {
   public:
+    /// Does nothing.
     void pre_init(PortableInterceptor::ORBInitInfo* info) override;
 
     /// Creates the interceptor and hands it to the ORB, which then holds the only reference.
@@ -42,17 +43,26 @@ class QV_API Server_Request_Interceptor : public virtual PortableInterceptor::Se
 
     /// A copy of the name, which the caller frees with CORBA::string_free.
     char* name() override;
+    /// Does nothing: what the interceptor holds ends with it.
     void destroy() override;
 
+    /// The name that name() answers. Not to be set while the ORB runs.
     void SetInterceptorName(const std::string& name);
-    std::string GetInterceptorName() const;
+    std::string GetInterceptorName() const;  ///< as name(), as a copy of its own
 
+    // The interception points of ServerRequestInterceptor (CORBA 3.0, chapter 21).
+
+    /// Does nothing.
     void receive_request_service_contexts(PortableInterceptor::ServerRequestInfo* info) override;
 
+    /// Brings the request past the two hooks, with record and count between them.
     /// @throws CORBA::NO_PERMISSION while no hooks are plugged in, and whatever a hook raises
     void receive_request(PortableInterceptor::ServerRequestInfo* info) override;
+    /// Writes the record of the reply. Raises nothing.
     void send_reply(PortableInterceptor::ServerRequestInfo* info) override;
+    /// Writes the record of the exception. Raises nothing.
     void send_exception(PortableInterceptor::ServerRequestInfo* info) override;
+    /// A request that was forwarded: leaves no record.
     void send_other(PortableInterceptor::ServerRequestInfo* info) override;
 
     /// Writes the request's operation record and, with the statistics on, raises the operation's count and
@@ -71,8 +81,8 @@ class QV_API Server_Request_Interceptor : public virtual PortableInterceptor::Se
 
     CORBA::String_var m_name;
     std::map<std::string, unsigned long> m_operCounts;
-    std::string m_statisticsPath;       ///< empty while the statistics are off
-    std::fstream m_statisticsStream;    ///< open only while the file is read or written
+    std::string m_statisticsPath;     ///< empty while the statistics are off
+    std::fstream m_statisticsStream;  ///< open only while the file is read or written
     /// Guards the three members above, and the request's log record.
     ACE_Thread_Mutex m_statisticsLock;
 };

@@ -16,15 +16,21 @@ namespace NS_CORBA {
 /// Two texts of a client: a value. Equal when both texts are, byte for byte.
 class QV_API CorbaClientInfo {
   public:
+    /// Empty texts, or those of `other`.
+    /// @{
     CorbaClientInfo();
     CorbaClientInfo(const CorbaClientInfo& other);
     CorbaClientInfo& operator=(const CorbaClientInfo& other);
+    /// @}
 
+    /// Compares both texts, byte for byte.
+    /// @{
     bool operator==(const CorbaClientInfo& other) const;
     bool operator!=(const CorbaClientInfo& other) const;
+    /// @}
 
-    std::string m_strName;
-    std::string m_strAddress;
+    std::string m_strName;     ///< the client's user
+    std::string m_strAddress;  ///< where it calls from
 };
 
 /// A counter that starts at 100. Nothing moves it.
@@ -60,9 +66,9 @@ class QV_API CorbaSecurityMgr : public ACE_Task_Base {
 
     /// Starts the task, whose thread ends at once. Always true.
     bool Init();
-    int open(void* args = nullptr) override;
-    int close(u_long flags = 0) override;
-    int svc() override;
+    int open(void* args = nullptr) override;  ///< starts the thread; always 0
+    int close(u_long flags = 0) override;     ///< called at the thread's end; always 0
+    int svc() override;                       ///< what the thread runs: blocks all signals and returns 0
     /// Waits for the task's thread.
     void ExitThread();
 
@@ -87,7 +93,7 @@ class QV_API CorbaSecurityMgr : public ACE_Task_Base {
     /// Fills `cipherText`. @throws InterfaceNotExistException when the security service is not there
     void EncryptPasswd(const std::string& plainText, std::string& cipherText);
 
-    static CorbaSecurityMgr* m_pInstance;
+    static CorbaSecurityMgr* m_pInstance;  ///< what Instance() has made; null before
 
   private:
     friend class CorbaSecurityMgrProbe;

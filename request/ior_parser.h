@@ -31,16 +31,19 @@ class QV_API IOR_Parser {
     /// Parses `reference`; a null one is invalid.
     void DoWork(const char* reference);
 
-    /// The steps of DoWork, each for what stands behind a prefix: hexadecimal digits, or text.
-    void CatIOR(const char* hexDigits);
-    void CatIIOP(const char* text);  ///< takes the host only: the port comes out 0
-    void CatPOOP(const char* text);
+    // The steps of DoWork, each for what stands behind a prefix.
 
-    /// Decode one profile's body, whose length comes next in `stream`.
+    void CatIOR(const char* hexDigits);  ///< "IOR:", a reference in CDR (CORBA 3.0, 13.6.10)
+    void CatIIOP(const char* text);      ///< "IIOP:"; takes the host only: the port comes out 0
+    void CatPOOP(const char* text);      ///< ":IR"; as CatIIOP
+
+    /// Decode one profile's body (CORBA 3.0, 15.7.2), whose length comes next in `stream`.
+    /// @{
     void Cat_IIOP_Profile(TAO_InputCDR& stream);
     void Cat_SHMIOP_Profile(TAO_InputCDR& stream);
     void Cat_UIOP_Profile(TAO_InputCDR& stream);
     void Cat_Profile_Helper(TAO_InputCDR& stream);
+    /// @}
     /// Skips a sequence of octets. Always true.
     bool Cat_Octet_Seq(TAO_InputCDR& stream);
 

@@ -23,20 +23,21 @@ class QV_API ProcessException : public std::exception {
 
     ~ProcessException() override;
 
-    std::uint32_t m_code = 0;
+    std::uint32_t m_code = 0;      ///< result code; 0 when none was given
     std::int32_t m_line = 0;       ///< source line of the raise
     std::stringstream m_file;      ///< source file of the raise
     std::stringstream m_function;  ///< function of the raise
     std::stringstream m_detail;    ///< further text for who catches; never logged here
-    std::stringstream m_message;
+    std::stringstream m_message;   ///< what NbiException logs
 };
 
 /// Raised when a platform service is absent. Its m_code is kInterfaceNotExist.
 class QV_API InterfaceNotExistException : public ProcessException {
   public:
-    static constexpr std::uint32_t kInterfaceNotExist = 0x41180004;
+    static constexpr std::uint32_t kInterfaceNotExist = 0x41180004;  ///< the result code
 
     InterfaceNotExistException() = default;
+    /// As the base's copy: takes the texts of `other` with it.
     InterfaceNotExistException(InterfaceNotExistException& other) = default;
     ~InterfaceNotExistException() override;
 };

@@ -40,8 +40,10 @@ class QV_API TimeChange {
     /// By configuration, the digits of `value`. A text that can't be made still gets its "Z".
     static std::string time2strByConf(tm value);
     /// By configuration, UTC digits when TimeZoneRefPoint() is 0 and local ones otherwise; 0 stands for now.
+    /// @{
     static std::string Time2strByConf(const long& t);
     static std::string time2strByConf(const long& t);
+    /// @}
     /// By configuration, the local digits of what str2Time reads; empty when it refuses the text.
     static std::string time2strByConf(const std::string& text);
     /// Time2strByConf of `seconds` from now.
@@ -52,9 +54,11 @@ class QV_API TimeChange {
     /// By configuration, local digits; 0 stands for 1970.
     static std::string time2str(const long& t);
     /// By configuration, local digits in spite of the names; `value` is local time too.
+    /// @{
     static std::string time2GMStr(const long& t);
     static std::string localTime2UTCstr(const long& t);
     static std::string localTime2UTCstr(tm value);
+    /// @}
 
     /// The current time by configuration, local digits.
     static std::string getTime();
