@@ -107,8 +107,11 @@ function(qv_add_idl target)
   set_target_properties(${target} PROPERTIES
     QV_IDL_DIRS "${include_dirs}" QV_IDL_FILES "${idl_files}" POSITION_INDEPENDENT_CODE ON)
   target_compile_features(${target} PUBLIC cxx_std_17)
-  # With sanitizers the compiler takes four times as long to optimise what is generated.
-  target_compile_options(${target} PRIVATE -w $<$<BOOL:${QV_SANITIZE}>:-O0>)
+  target_compile_options(${target} PRIVATE -w)
+  if(QV_SANITIZE)
+    # The compiler takes four times as long to optimise what is generated.
+    target_compile_options(${target} PRIVATE -O0)
+  endif()
   target_include_directories(${target} SYSTEM PUBLIC $<BUILD_INTERFACE:${dir}>)
   if(TARGET qv::orb)
     target_link_libraries(${target} PUBLIC qv::orb ${arg_LINK})
