@@ -2,7 +2,8 @@
 """Prepares a Markdown page for Doxygen, on standard output: page_filter.py ROOT PAGE.
 
 The pages are written for a repository viewer. Doxygen finds links between them, and to their headings, only by labels,
-which are put in here; a link to a file that is no part of the manual becomes the file's path.
+which are put in here; a link to a file that is no part of the manual becomes the file's path. What an entrance (index.md,
+a folder's README.md) links to stands below it in the manual's tree.
 """
 import pathlib
 import re
@@ -20,10 +21,17 @@ def is_in_manual(file, root):
     return file.suffix == ".md" and root / "docs" in file.parents and file.exists()
 
 
+def entrance_of(page, root):
+    """The page that this one stands below in the tree."""
+    index, readme = root / "docs" / "index.md", page.parent / "README.md"
+    return readme if readme.exists() and page != readme else index
+
+
 class Filter:
     def __init__(self, root, page):
         self._root = root
         self._page = page
+        self._below = set()  # pages that stand below this one already
 
     def run(self):
         text = self._page.read_text(encoding="utf-8")
@@ -55,6 +63,9 @@ class Filter:
             return f"![{text}]({file.name})"
         if not is_in_manual(file, self._root):
             return self._outside(text, file)
+        if not anchor and file not in self._below and file != self._page and entrance_of(file, self._root) == self._page:
+            self._below.add(file)
+            return f'@subpage {label_of(file, self._root)} "{text}"'
         name = label_of(file, self._root) + (f"_{anchor}" if anchor and not self._is_title(file, anchor) else "")
         return f"[{text}](@ref {name})"
 

@@ -1,0 +1,94 @@
+"""The manual's helpers: which links count as broken, and what a page looks like to Doxygen."""
+import contextlib
+import io
+import pathlib
+import tempfile
+import unittest
+
+import check_links
+import markdown
+import page_filter
+
+
+class PagesInAFolder(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name).resolve()
+        (self.root / "docs" / "part").mkdir(parents=True)
+        self.write("docs/other.md", "# Other\n\n## What it `is`, really\n")
+        self.write("time/header.h", "")
+
+    def write(self, name, text):
+        path = self.root / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, encoding="utf-8")
+        return path
+
+    def broken_links(self, text):
+        self.write("docs/part/page.md", text)
+        told = io.StringIO()
+        with contextlib.redirect_stderr(told):
+            code = check_links.main([str(self.root)])
+        self.assertEqual(code, 1 if told.getvalue() else 0)
+        return told.getvalue()
+
+    def filtered(self, text):
+        page = self.write("docs/part/page.md", text)
+        return list(page_filter.Filter(self.root, page).run())
+
+
+class LinksTest(PagesInAFolder):
+    def test_links_to_files_and_headings_pass(self):
+        self.assertEqual(self.broken_links("# Page\n[a](../other.md) [b](../other.md#what-it-is-really) [c](#page)\n"
+                                           "[`d.h`](../../time/header.h) [e](https://example.net/x) [f](../part)\n"), "")
+
+    def test_a_missing_file_is_told_with_its_line(self):
+        self.assertIn("docs/part/page.md:3: gone.md: there is no such file", self.broken_links("# P\n\n[a](gone.md)\n"))
+
+    def test_a_missing_heading_is_told(self):
+        self.assertIn("no such heading", self.broken_links("# P\n[a](../other.md#what-it-was)\n"))
+        self.assertIn("no such heading", self.broken_links("# P\n[a](#q)\n"))
+
+    def test_code_holds_no_links(self):
+        self.assertEqual(self.broken_links("# P\n`[a](gone.md)`\n```cpp\n[b](gone.md)\n```\n"), "")
+
+    def test_links_in_tables_and_behind_code_count(self):
+        self.assertIn("gone.md", self.broken_links("# P\n| `x` | [a](gone.md) |\n"))
+
+
+class AnchorsTest(unittest.TestCase):
+    def test_headings_that_are_alike_are_numbered(self):
+        self.assertEqual(markdown.anchors_of("# A b\n## A b\n```sh\n# no heading\n```\n"), ["a-b", "a-b-1"])
+
+
+class FilterTest(PagesInAFolder):
+    def test_headings_get_labels(self):
+        self.assertEqual(self.filtered("# Page\n## A part\n"),
+                         ["# Page {#page_part_page}", "## A part {#page_part_page_a-part}"])
+
+    def test_links_between_pages_become_references(self):
+        self.assertEqual(self.filtered("# P\n[a](../other.md) and [b](../other.md#what-it-is-really)")[1],
+                         "[a](@ref page_other) and [b](@ref page_other_what-it-is-really)")
+        self.assertEqual(self.filtered("# P\n[a](../other.md#other)")[1], "[a](@ref page_other)")
+
+    def test_links_out_of_the_manual_become_paths(self):
+        self.assertEqual(self.filtered("# P\n[header.h](../../time/header.h), [this](../../time/header.h)")[1],
+                         "`time/header.h`, this (`time/header.h`)")
+
+    def test_what_an_entrance_links_to_stands_below_it_once(self):
+        self.write("docs/index.md", "# I\n[other](other.md), [again](other.md), [page](part/page.md)\n")
+        self.write("docs/part/README.md", "# R\n[page](page.md)\n")
+        self.write("docs/part/page.md", "# P\n")
+        index = list(page_filter.Filter(self.root, self.root / "docs" / "index.md").run())
+        self.assertEqual(index[1], '@subpage page_other "other", [again](@ref page_other), [page](@ref page_part_page)')
+        readme = list(page_filter.Filter(self.root, self.root / "docs" / "part" / "README.md").run())
+        self.assertEqual(readme[1], '@subpage page_part_page "page"')
+
+    def test_code_stays(self):
+        self.assertEqual(self.filtered("# P\n```sh\n# [a](../other.md)\n```\n`[a](../other.md)`")[1:],
+                         ["```sh", "# [a](../other.md)", "```", "`[a](../other.md)`"])
+
+
+if __name__ == "__main__":
+    unittest.main()
