@@ -26,7 +26,7 @@ settings() {
   cat "$REFERENCE/Doxyfile"
   printf 'PROJECT_NUMBER = %s\n' "$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' "$ROOT/CMakeLists.txt")"
   printf 'OUTPUT_DIRECTORY = "%s"\n' "$1"
-  printf 'STRIP_FROM_PATH = "%s"\n' "$ROOT"
+  printf 'STRIP_FROM_PATH = "%s"\nSTRIP_FROM_INC_PATH = "%s"\n' "$ROOT" "$ROOT"
   printf 'USE_MDFILE_AS_MAINPAGE = "%s/docs/index.md"\n' "$ROOT"
   printf 'FILTER_PATTERNS = "*.md=python3 -B %s/page_filter.py %s"\n' "$REFERENCE" "$ROOT"
   printf 'INPUT += "%s"\n' "$ROOT/docs/index.md"

@@ -46,50 +46,50 @@ class TutorialInAFolder(unittest.TestCase):
 
 
 class PagesTest(TutorialInAFolder):
-    RUN = "<!-- run: shell -->\n```console\n$ true\n```\n"
+    RUN = "Terminal *shell*:\n\n```console\n$ true\n```\n"
 
     def test_lines_of_a_file_pass(self):
-        self.write_page("<!-- file: 01_first/main.cpp -->\n```cpp\nint main() {}\n```\n" + self.RUN)
+        self.write_page("`01_first/main.cpp`:\n\n```cpp\nint main() {}\n```\n" + self.RUN)
         self.assertEqual(tutorial_test.check_pages(self.docs), [])
 
     def test_lines_that_are_not_in_the_file_are_told(self):
-        self.write_page("<!-- file: 01_first/main.cpp -->\n```cpp\nint main() { }\n```\n" + self.RUN)
-        self.assertIn("01-first.md:2", "".join(tutorial_test.check_pages(self.docs)))
+        self.write_page("`01_first/main.cpp`:\n\n```cpp\nint main() { }\n```\n" + self.RUN)
+        self.assertIn("01-first.md:3", "".join(tutorial_test.check_pages(self.docs)))
 
     def test_unmarked_blocks_missing_pages_and_pages_without_a_run_are_told(self):
         self.assertIn("no page", "".join(tutorial_test.check_pages(self.docs)))
-        self.write_page("```cpp\nint main() {}\n```\n")
+        self.write_page("`01_first/main.cpp`:\n\n```cpp\nint main() {}\n```\n\n```cpp\nint other() {}\n```\n")
         problems = "".join(tutorial_test.check_pages(self.docs))
-        self.assertIn("isn't marked", problems)
+        self.assertIn("names neither", problems)
         self.assertIn("shows no run", problems)
 
 
 class SessionTest(TutorialInAFolder):
     def test_what_is_shown_passes(self):
-        self.play("<!-- run: a -->\n```console\n$ echo hello; ls\nhello\nmain.cpp\n$ true\n```\n")
+        self.play("Terminal *a*:\n\n```console\n$ echo hello; ls\nhello\nmain.cpp\n$ true\n```\n")
 
     def test_other_output_is_told(self):
-        with self.assertRaisesRegex(terminal.Mismatch, "(?s)01-first.md:2.*hello"):
-            self.play("<!-- run: a -->\n```console\n$ echo hello\ngood-bye\n```\n")
+        with self.assertRaisesRegex(terminal.Mismatch, "(?s)01-first.md:3.*hello"):
+            self.play("Terminal *a*:\n\n```console\n$ echo hello\ngood-bye\n```\n")
 
     def test_a_command_that_stays_goes_on_and_is_interrupted(self):
-        self.play("<!-- run: a, stays -->\n```console\n$ trap 'echo bye; exit' INT; echo up; read < go; echo on; "
+        self.play("Terminal *a*: <!-- stays -->\n\n```console\n$ trap 'echo bye; exit' INT; echo up; read < go; echo on; "
                   "while :; do sleep 0.01; done\nup\n```\n"
-                  "<!-- run: b -->\n```console\n$ mkfifo pipe; echo\n\n```\n"
+                  "Terminal *b*:\n\n```console\n$ mkfifo pipe; echo\n\n```\n"
                   .replace("read < go", "until [ -e pipe ]; do sleep 0.01; done")
-                  + "<!-- run: a, goes on -->\n```console\non\n^C\nbye\n```\n")
+                  + "Terminal *a*: <!-- goes on -->\n\n```console\non\n^C\nbye\n```\n")
 
     def test_output_that_no_page_shows_is_told(self):
         with self.assertRaisesRegex(terminal.Mismatch, "no page shows"):
-            self.play("<!-- run: a, stays -->\n```console\n$ echo up; touch here; echo more; exec sleep 60\nup\nmore\n```\n"
-                      "<!-- run: b, stays -->\n```console\n$ echo 1; sleep 0.01; echo 2; touch two; exec sleep 60\n1\n```\n"
-                      "<!-- run: c -->\n```console\n$ until [ -e two ]; do sleep 0.01; done\n```\n")
+            self.play("Terminal *a*: <!-- stays -->\n\n```console\n$ echo up; touch here; echo more; exec sleep 60\nup\nmore\n```\n"
+                      "Terminal *b*: <!-- stays -->\n\n```console\n$ echo 1; sleep 0.01; echo 2; touch two; exec sleep 60\n1\n```\n"
+                      "Terminal *c*:\n\n```console\n$ until [ -e two ]; do sleep 0.01; done\n```\n")
 
     def test_commands_are_repeated_until_they_fit(self):
-        self.play("<!-- run: a, until it fits -->\n```console\n$ echo x >> tries; wc -l < tries\n3\n```\n")
+        self.play("Terminal *a*: <!-- until it fits -->\n\n```console\n$ echo x >> tries; wc -l < tries\n3\n```\n")
 
     def test_ports_of_the_page_are_not_those_of_the_run(self):
-        self.play("<!-- run: a -->\n```console\n$ port=12001; echo $port; echo ${#port}; [ $port != 12''001 ] && echo other\n"
+        self.play("Terminal *a*:\n\n```console\n$ port=12001; echo $port; echo ${#port}; [ $port != 12''001 ] && echo other\n"
                   "12001\n5\nother\n```\n")
 
 

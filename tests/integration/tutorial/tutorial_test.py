@@ -25,7 +25,7 @@ def steps_of(docs):
 def block_problems(docs, path):
     for block in page.read_blocks(path):
         if block.kind == "":
-            yield f"{block.place}: the block isn't marked as from a file, as a run or as something to try"
+            yield f"{block.place}: the line ahead of the block names neither a file nor a terminal"
         if block.kind == "file":
             file = docs / "steps" / block.subject
             if not file.is_file():

@@ -1,20 +1,20 @@
 """The marked blocks of a page of the tutorial.
 
-A comment ahead of a fenced block says what stands in it:
+The line ahead of a fenced block says what stands in it:
 
-    <!-- file: 03_interface/main.cpp -->     these lines stand so in that file below docs/bundle/steps
-    <!-- run: agent -->                      what is typed into the terminal "agent" of the step, and what it prints
-    <!-- to try: why -->                     for the reader; nothing holds it against anything
+    `03_interface/main.cpp`:               these lines stand so in that file below docs/bundle/steps
+    Terminal *agent*: <!-- stays -->       what is typed into that terminal of the step's reader, and what it prints
 
-Behind the terminal's name may stand, after a comma, what distinguishes a run: "stays" (its last command is still
-running at the block's end), "goes on" (of such a command), "until it fits" (commands that are repeated until they
-print what is expected, since what they look at takes a moment).
+The comment tells what distinguishes a run: "stays" (its last command is still running at the block's end), "goes on" (of
+such a command), "until it fits" (commands that are repeated until they print what is expected, since what they look at
+takes a moment).
 """
 import dataclasses
 import pathlib
 import re
 
-_MARK = re.compile(r"<!-- (file|run|to try): (.*?) -->$")
+_FILE = re.compile(r"`([\w./]+)`:$")
+_RUN = re.compile(r"Terminal \*(\w+)\*:(?: <!-- (.*) -->)?$")
 _FENCE = re.compile(r"(```+|~~~+)(\w*)$")
 MODES = ("", "stays", "goes on", "until it fits")
 
@@ -25,8 +25,8 @@ class PageError(Exception):
 
 @dataclasses.dataclass
 class Block:
-    kind: str  # file, run, to try; empty without a mark
-    subject: str
+    kind: str  # file, run; empty without a mark
+    subject: str  # the file or the terminal
     mode: str
     lines: list
     place: str  # page:line
@@ -36,34 +36,36 @@ class Block:
         return "".join(line + "\n" for line in self.lines)
 
 
-def _subject_and_mode(kind, text, place):
-    if kind != "run":
-        return text, ""
-    subject, _, mode = (part.strip() for part in text.partition(","))
+def _mark_of(line, place):
+    """Kind, subject and mode, if the line is a mark."""
+    file, run = _FILE.match(line), _RUN.match(line)
+    if file:
+        return "file", file.group(1), ""
+    if not run:
+        return "", "", ""
+    mode = run.group(2) or ""
     if mode not in MODES:
         raise PageError(f"{place}: \"{mode}\" is none of {MODES}")
-    return subject, mode
+    return "run", run.group(1), mode
 
 
 def read_blocks(page: pathlib.Path):
     """All fenced blocks, in their order."""
-    blocks, mark, block, fence = [], None, None, None
+    blocks, mark, block, fence = [], ("", "", ""), None, None
     for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
         if block is not None:
             if line == fence:
                 blocks.append(block)
-                block = None
+                block, mark = None, ("", "", "")
             else:
                 block.lines.append(line)
             continue
         opening = _FENCE.match(line)
         if opening:
             fence = opening.group(1)
-            kind, text = mark or ("", "")
-            place = f"{page.name}:{number}"
-            block = Block(kind, *_subject_and_mode(kind, text, place), [], place)
-        marked = _MARK.match(line)
-        mark = marked.groups() if marked else None
+            block = Block(*mark, [], f"{page.name}:{number}")
+        if line:
+            mark = _mark_of(line, f"{page.name}:{number}")
     if block is not None:
         raise PageError(f"{block.place}: the block has no end")
     return blocks
