@@ -31,6 +31,7 @@ settings() {
   printf 'FILTER_PATTERNS = "*.md=python3 -B %s/page_filter.py %s"\n' "$REFERENCE" "$ROOT"
   printf 'INPUT += "%s"\n' "$ROOT/docs/index.md"
   find "$ROOT/docs" -name '*.md' ! -path "$ROOT/docs/index.md" -printf 'INPUT += "%p"\n' | sort
+  printf 'INPUT += "%s/namespaces.dox"\n' "$REFERENCE"
   public_headers | sort | sed "s#.*#INPUT += \"$ROOT/&\"#"
   for image in "$ROOT"/docs/*/; do
     printf 'IMAGE_PATH += "%s"\n' "$image"

@@ -14,6 +14,7 @@ namespace CosNotification {
 struct StructuredEvent;
 }
 
+/// @file
 /// The free log functions: what every source of the library, and every agent bundle, logs through.
 ///
 /// All of them may be called from any thread at any time and none of them reports anything: while the log

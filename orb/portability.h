@@ -39,6 +39,6 @@ QV_ORB_API DynamicAny::DynAny_ptr MakeDynAny(const CORBA::Any& value);
 /// Where the seam reports what it has to say to an operator (an option without effect, an unknown one). The
 /// default writes one line to standard error. Not thread-safe: call it before CORBA::ORB_init.
 using DiagnosticSink = void (*)(const std::string& line);
-QV_ORB_API void SetDiagnosticSink(DiagnosticSink sink);
+QV_ORB_API void SetDiagnosticSink(DiagnosticSink sink);  ///< null brings the default back
 
 }  // namespace qv_orb

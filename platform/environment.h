@@ -4,6 +4,7 @@
 
 #include "platform/export.h"
 
+/// @file
 /// Where the installation lies. Thread safety: reentrant, as long as nobody changes the environment
 /// meanwhile.
 namespace NS_BUNDLEMGR1 {
