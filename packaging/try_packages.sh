@@ -30,7 +30,7 @@ wait_for() {
 # All files that a package could have left: the system without what changes by itself.
 list_files() {
   find /etc /usr /lib /opt /srv /var /home /root -xdev \
-    \( -path /var/cache -o -path /var/log -o -path /var/lib/dpkg -o -path /var/lib/apt -o -path /var/lib/systemd/deb-systemd-helper-enabled \) \
+    \( -path /var/cache -o -path /var/log -o -path /var/lib/dpkg -o -path /var/lib/apt \) \
     -prune -o ! -type d -print -o -type d -path '*qv*' -print | sort
 }
 
@@ -39,7 +39,9 @@ install_packages() {
   for package in "${BINARIES[@]}"; do
     files+=("$PACKAGES_DIR/${package}"_*.deb)
   done
-  apt-get install --yes --no-install-recommends --no-download "${files[@]}" >"$WORK/install.log" 2>&1 || {
+  # Small systems are set up to leave manual pages and documents out.
+  apt-get install --yes --no-install-recommends --no-download -o 'DPkg::Options::=--path-include=/usr/share/man/*' \
+    -o 'DPkg::Options::=--path-include=/usr/share/doc/*' "${files[@]}" >"$WORK/install.log" 2>&1 || {
     cat "$WORK/install.log" >&2
     die "the packages could not be installed, see above. What they depend on has to be installed on this machine."
   }
@@ -98,6 +100,17 @@ try_services() {
   wait "$notify" || die "qv-notify did not end in order: $(cat "$WORK/qv-notify.log")"
 }
 
+# A project with IDL of its own.
+try_idl() {
+  local build="$WORK/consumer" server
+  build_project consumer
+  "$build/consumer" serve "$WORK/host.ior" >"$WORK/consumer.log" 2>&1 &
+  server=$!
+  wait_for "the reference of the project with IDL" test -s "$WORK/host.ior"
+  "$build/consumer" call "$(cat "$WORK/host.ior")" | grep -q '^hello world$' || die "its call was not answered."
+  wait "$server" || die "the project with IDL failed: $(cat "$WORK/consumer.log")"
+}
+
 try_units() {
   local unit
   systemd-analyze verify /lib/systemd/system/qv-{naming,notify}.service || die "systemd finds fault with the units."
@@ -108,13 +121,19 @@ try_units() {
   done
 }
 
-# An agent bundle and a client, from the sources' own example, on nothing but what is installed.
-try_bundle() {
-  local example="$PACKAGES_DIR/source/tests/integration/install_consume/bundle" build="$WORK/bundle" bundle
+# build_project NAME: one of the sources' own examples, on nothing but what is installed.
+build_project() {
+  local example="$PACKAGES_DIR/source/tests/integration/install_consume/$1" build="$WORK/$1"
   if ! { cmake -S "$example" -B "$build" -G Ninja && cmake --build "$build"; } >"$WORK/build.log" 2>&1; then
     cat "$WORK/build.log" >&2
-    die "a bundle cannot be built on the packages."
+    die "the project $1 cannot be built on the packages."
   fi
+}
+
+# An agent bundle and a client of it.
+try_bundle() {
+  local build="$WORK/bundle" bundle
+  build_project bundle
   ldd "$build/bundle" | grep -q '=> /lib/.*/libqv_corba_pub.so.1\|=> /usr/lib/.*/libqv_corba_pub.so.1' ||
     die "the bundle does not run on the installed library."
   printf '[agent]\nCORBAAgent_Host = "127.0.0.1"\nCORBAAgent_Port = 12003\n[platform]\nenv_root = "."\n' >"$build/agent.toml"
@@ -141,6 +160,8 @@ say "checking the units"
 try_units
 say "running the services, and a bundle built on the library"
 try_services
+say "compiling IDL"
+try_idl
 say "removing"
 dpkg --purge "${BINARIES[@]}" >"$WORK/purge.log" 2>&1 || { cat "$WORK/purge.log" >&2; die "the packages could not be purged."; }
 list_files >"$WORK/after"
