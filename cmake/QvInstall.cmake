@@ -66,6 +66,9 @@ foreach(name qv_corba_pub qv_orb)
 endforeach()
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  FILES_MATCHING PATTERN "*.md" PATTERN "bundle/steps/*")
+  FILES_MATCHING PATTERN "*.md" PATTERN "steps" EXCLUDE)
+# The tutorial's projects, to be copied and built.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/bundle/steps DESTINATION ${CMAKE_INSTALL_DOCDIR}/bundle
+  COMPONENT documentation OPTIONAL)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/docs/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
   OPTIONAL)

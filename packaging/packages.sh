@@ -50,7 +50,7 @@ build_packages() {
 }
 
 check_packages() {
-  lintian --allow-root --no-tag-display-limit --fail-on error,warning "$work"/*.changes ||
+  lintian --allow-root --tag-display-limit 0 --fail-on error,warning "$work"/*.changes ||
     die "lintian found faults in the packages, see above. Correct debian/, or override there with a reason."
 }
 

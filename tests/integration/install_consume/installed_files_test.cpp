@@ -12,6 +12,7 @@ namespace qv_test {
 namespace {
 
 using ::testing::Contains;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
@@ -96,6 +97,12 @@ TEST_F(InstalledFiles, UnitsNameProgramsThatAreThere) {
                     HasSubstr("EnvironmentFile=-" + Installed().Prefix() + "/etc/default/" + unit + "\n"));
         EXPECT_THAT(text, Not(HasSubstr("dir@"))) << "something was left to be filled in";
     }
+}
+
+TEST_F(InstalledFiles, DocumentationHasThePagesAndTheProjectsOfTheTutorial) {
+    const std::vector<std::string> files = FilesOf("documentation");
+    EXPECT_THAT(files, Contains(EndsWith("/bundle/building.md")));
+    EXPECT_THAT(files, Contains(EndsWith("/bundle/steps/01_orb/CMakeLists.txt")));
 }
 
 TEST_F(InstalledFiles, NothingIsLeftWithoutAComponent) {
