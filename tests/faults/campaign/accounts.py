@@ -31,17 +31,19 @@ class Account:
             self.problems.append(f"{what}: {', '.join(map(str, subjects[:MOST_NAMED]))}{more}")
 
 
-def _within(moment, spans):
-    return any(begin <= moment <= end for begin, end in spans)
+def _touches(call, spans):
+    """Whether the call was under way in one of the spans of time."""
+    return any(call.begin <= end and begin <= call.end for begin, end in spans)
 
 
-def account_requests(calls, log, *, until, dead, record_gaps, records_told):
+def account_requests(calls, log, *, until, dead, record_gaps, full_spans, records_told):
     """`calls` are those of all OSSs; those that began at or after `until` may be under way still. `dead` are the
     incarnations (the token's beginning) of OSSs that were killed: the last call of each has no end. `record_gaps` are
-    the times (ms) in which an answer may lack its records because the agent was killed before they were written out,
-    and `records_told` the number that it said were lost."""
+    the times (ms) in which an answer may lack its records because the agent was killed before they were written out;
+    `full_spans` those in which it may because the disk was full, as far as the agent told that records were lost:
+    `records_told` of them."""
     account = Account()
-    late, open_ones, unrecorded, unanswered_record = [], [], [], []
+    late, open_ones, unrecorded, excused = [], [], [], []
     for call in calls:
         if call.begin >= until:
             continue
@@ -56,24 +58,24 @@ def account_requests(calls, log, *, until, dead, record_gaps, records_told):
         limit = COMPOSITE_LIMIT_MS if call.operation in COMPOSITE else SINGLE_CALL_LIMIT_MS
         if call.end - call.begin > limit:
             late.append(f"{call.token} ({call.operation}, {call.end - call.begin} ms)")
-        if call.operation in TOKEN_OPERATIONS and call.outcome == "ok" and not _within(call.end, record_gaps):
-            if call.token not in log.requests:
-                unrecorded.append(call.token)
-            elif call.token not in log.replies:
-                unanswered_record.append(call.token)
+        if call.operation in TOKEN_OPERATIONS and call.outcome == "ok" and not _touches(call, record_gaps):
+            missing = [kind for kind, seen in (("request", log.requests), ("reply", log.replies))
+                       if call.token not in seen]
+            if missing:
+                (excused if _touches(call, full_spans) else unrecorded).append(f"{call.token} ({', '.join(missing)})")
     twice = [token for token, count in log.requests.items() if count > 1]
     replies_twice = [token for token, count in log.replies.items() if count > 1]
     account.counts["twice"] = len(twice)
     account.counts["lost"] = len(open_ones)
-    account.counts["unrecorded"] = len(unrecorded) + len(unanswered_record)
+    account.counts["unrecorded"] = len(unrecorded) + len(excused)
     account.blame("no answer and no exception within the bound", open_ones)
     account.blame("an answer or exception came too late", late)
     account.blame("executed twice", twice)
     account.blame("replied to twice in the operation records", replies_twice)
-    if account.counts["unrecorded"] > records_told:
-        account.blame(f"answered, but without the record of the request ({records_told} lost records told)", unrecorded)
-        account.blame(f"answered, but without the record of the reply ({records_told} lost records told)",
-                      unanswered_record)
+    account.blame("answered, but without a record", unrecorded)
+    if len(excused) > records_told:
+        account.blame(f"answered while the disk was full, but without a record ({records_told} lost records told)",
+                      excused)
     return account
 
 
@@ -88,16 +90,17 @@ class AuditRow:
     open_for: float = 0.0  # seconds since it was first seen without its end
 
 
-def account_audit(calls, rows, *, until, running, killed, rows_told):
+def account_audit(calls, rows, *, until, running, killed, full_spans, rows_told):
     """Each risky operation that returned has its row, with its end. An open row belongs to an operation under way or
-    to an agent that was killed; `running` is the agent's process, if any, and `killed` those that were. `rows_told` is
-    the number of rows that the agent said were lost; a row that was begun and not ended counts as one, too."""
+    to an agent that was killed; `running` is the agent's process, if any, and `killed` those that were. In
+    `full_spans` (ms) the disk was full: rows may be missing then, as many as `rows_told`, the number that the agent
+    said were lost; a row that was begun and not ended counts as one, too."""
     account = Account()
     by_token = {}
     for row in rows:
         if row.token:
             by_token.setdefault(row.token, []).append(row)
-    missing, unended, wrong, known = [], [], [], set()
+    missing, unended, wrong, excused, known = [], [], [], [], set()
     for call in calls:
         if call.operation != AUDITED_TOKEN_OPERATION:
             continue
@@ -106,24 +109,24 @@ def account_audit(calls, rows, *, until, running, killed, rows_told):
             continue
         account.add("returned")
         own = by_token.get(call.token, [])
-        if not own:
-            missing.append(call.token)
-        elif not own[0].ended:
-            unended.append(call.token)
+        if not own or not own[0].ended:
+            known_gap = _touches(call, full_spans)
+            (excused if known_gap else unended if own else missing).append(call.token)
         elif own[0].result != 0:
             wrong.append(call.token)
     still_open = [row for row in rows if not row.ended and row.process not in killed
                   and (row.process != running or row.open_for > LONGEST_OPERATION_S)]
     account.counts["rows"] = len(rows)
-    account.counts["open"] = sum(not row.ended for row in rows)
-    account.counts["lost"] = len(missing) + len(unended)
+    account.counts["open"] = sum(not row.ended and row.process != running for row in rows)
+    account.counts["lost"] = len(missing) + len(unended) + len(excused)
     account.counts["told"] = rows_told
     account.blame("two rows of one operation", [token for token, own in by_token.items() if len(own) > 1])
     account.blame("rows of operations that nobody asked for", [token for token in by_token if token not in known])
     account.blame("rows that say that the operation failed, which it did not", wrong)
-    if account.counts["lost"] > rows_told:
-        account.blame(f"returned, but without a row ({rows_told} lost rows told)", missing)
-        account.blame(f"returned, but its row has no end ({rows_told} lost rows told)", unended)
+    account.blame("returned, but without a row", missing)
+    account.blame("returned, but its row has no end", unended)
+    if len(excused) > rows_told:
+        account.blame(f"returned while the disk was full, but without a whole row ({rows_told} lost rows told)", excused)
     if len(still_open) > rows_told:
         account.blame("rows that stay open, though the agent was not killed",
                       [f"row {row.id} ({row.operation})" for row in still_open])
@@ -131,8 +134,10 @@ def account_audit(calls, rows, *, until, running, killed, rows_told):
 
 
 def _judge_missing(ledger, missing, arrived, queue_length):
-    """Splits the held events that did not come into those whose loss is told and those whose loss is not."""
+    """Splits the held events that did not come into those whose loss is told and those whose loss is not. What nothing
+    younger has overtaken may still come."""
     told, untold = [], []
+    newest = max((ledger.by_id[event_id].place for event_id in arrived if event_id in ledger.by_id), default=0)
     by_outage = {}
     for event in missing:
         by_outage.setdefault(event.outage, []).append(event)
@@ -142,7 +147,8 @@ def _judge_missing(ledger, missing, arrived, queue_length):
         # A heartbeat whose push failed may have taken a place, and so may the event that is being pushed.
         overflowed = kept >= queue_length - 2
         explained = outage.killed or (overflowed and outage.told)
-        (told if explained else untold).extend(events)
+        for event in events:
+            (told if explained and event.place < newest else untold).append(event)
     return told, untold
 
 

@@ -8,6 +8,8 @@ from .journals import (AgentWords, CallJournal, ConsumerJournal, Ledger, LineSou
 
 # What the agent's flush may come late by on a machine that is busy with all hosts.
 FLUSH_SLACK_MS = 400
+# The agent tries once a second whether there is room again.
+ROOM_AGAIN_MS = 1500
 
 
 def now_ms():
@@ -55,18 +57,24 @@ class Books:
     def _agent_deaths(self):
         return [life for life in self._deployment.processes["agent"].lives if life.killed]
 
+    def _full_spans(self):
+        return [(int(begin * 1000) - FLUSH_INTERVAL_MS - FLUSH_SLACK_MS,
+                 now_ms() if end is None else int(end * 1000) + ROOM_AGAIN_MS)
+                for begin, end in self._deployment.network.hosts["ems"].full_spans]
+
     def requests(self, until):
         deaths = [int(life.ended * 1000) for life in self._agent_deaths()]
         gaps = [(death - FLUSH_INTERVAL_MS - FLUSH_SLACK_MS, death + 50) for death in deaths]
         return accounts.account_requests(self.all_calls(), self.log, until=until, dead=self._dead_osss(),
-                                         record_gaps=gaps, records_told=self.agent.records_lost)
+                                         record_gaps=gaps, full_spans=self._full_spans(),
+                                         records_told=self.agent.records_lost)
 
     def audit(self, until):
         agent = self._deployment.processes["agent"]
         return accounts.account_audit(self.all_calls(), self._rows, until=until,
                                       running=agent.pid if agent.running() else None,
                                       killed={life.pid for life in self._agent_deaths()},
-                                      rows_told=self.agent.rows_lost)
+                                      full_spans=self._full_spans(), rows_told=self.agent.rows_lost)
 
     def events(self, until):
         """One account for each consumer."""

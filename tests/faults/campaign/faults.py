@@ -8,7 +8,8 @@ from . import kernel
 from .deployment import AGENT_PORT, CONSUMERS, OSSS
 from .hosts import LINKS
 
-LONG_WAIT = (2.0, 8.0)
+SPAN = (2.0, 8.0)
+BEYOND_LIMITS = (2.0, 14.0)  # a client gives a call up after 8 s, the notification service after 10 s
 HOUR = 3600
 
 
@@ -32,7 +33,7 @@ class Fault:
         return f"{self.kind.name} ({', '.join(words)})"
 
 
-def _hold(rng, span=LONG_WAIT):
+def _hold(rng, span=SPAN):
     return round(rng.uniform(*span), 1)
 
 
@@ -47,19 +48,19 @@ def _kill(target_names, recovery, name, span=(0.0, 6.0)):
 
 def _stop(target_names, recovery, name):
     def draw(rng):
-        return {"target": rng.choice(target_names), "hold": _hold(rng)}
+        return {"target": rng.choice(target_names), "hold": _hold(rng, BEYOND_LIMITS)}
 
     return Kind(name, recovery, draw,
                 lambda deployment, p: deployment.processes[p["target"]].freeze(),
                 lambda deployment, p: deployment.processes[p["target"]].thaw())
 
 
-def _packets(name, recovery, draw_numbers):
+def _packets(name, recovery, draw_numbers, span=SPAN):
     """An order to the switch about one link, or all of them."""
     def draw(rng):
         links = rng.choice([[link] for link in LINKS] + [LINKS])
         return {"links": "+".join("-".join(link) for link in links), "order": f"{name} {draw_numbers(rng)}".strip(),
-                "hold": _hold(rng)}
+                "hold": _hold(rng, span)}
 
     def begin(deployment, p):
         order, *numbers = p["order"].split()
@@ -155,14 +156,14 @@ def _clock(recovery):
 KINDS = [
     _kill(["agent"], 15, "kill agent"),
     _kill(["naming"], 10, "kill naming"),
-    _kill(["notify"], 20, "kill notify", (0.0, 9.0)),
+    _kill(["notify"], 20, "kill notify", (0.0, 12.0)),
     _kill(OSSS, 10, "kill oss"),
     _kill(CONSUMERS, 30, "kill consumer"),
     _stop(["agent"], 15, "stop agent"),
     _stop(["naming"], 15, "stop naming"),
     _stop(["notify"], 20, "stop notify"),
     _stop(CONSUMERS, 30, "stop consumer"),
-    _packets("cut", 45, lambda rng: ""),
+    _packets("cut", 45, lambda rng: "", BEYOND_LIMITS),
     _packets("delay", 20, lambda rng: f"{rng.randint(20, 300)} {rng.randint(0, 50)}"),
     _packets("drop", 30, lambda rng: f"{rng.uniform(0.02, 0.25):.2f}"),
     _packets("duplicate", 15, lambda rng: f"{rng.uniform(0.05, 0.5):.2f}"),

@@ -3,8 +3,8 @@
 Everything goes with this process, however it ends: the namespaces have processes of ours alone, which are killed with
 it, and the disks are mounted in a mount namespace that it has for itself.
 """
-import os
 import subprocess
+import time
 from pathlib import Path
 
 from . import kernel
@@ -23,6 +23,7 @@ class Host:
         self.address = ADDRESSES[name]
         self.disk = Path(directory) / name / "disk"
         self.disk.mkdir(parents=True)
+        self.full_spans = []  # [begin, end or None], by the clock that never jumps
         subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={disk_mib}m", "qv-faults", self.disk], check=True)
         self._holder = subprocess.Popen(
             ["unshare", "--net", "sh", "-c", "echo there; exec sleep infinity"],
@@ -36,6 +37,7 @@ class Host:
 
     def fill_disk(self):
         """Leaves no room at all."""
+        self.full_spans.append([time.monotonic(), None])
         block = b"\0" * 65536
         with open(self.disk / BALLAST, "ab", buffering=0) as ballast:
             for size in (65536, 4096):
@@ -47,10 +49,8 @@ class Host:
 
     def release_disk(self):
         (self.disk / BALLAST).unlink(missing_ok=True)
-
-    def free_bytes(self):
-        stat = os.statvfs(self.disk)
-        return stat.f_bavail * stat.f_frsize
+        if self.full_spans and self.full_spans[-1][1] is None:
+            self.full_spans[-1][1] = time.monotonic()
 
     def close(self):
         self._holder.kill()

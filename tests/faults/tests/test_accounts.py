@@ -38,7 +38,7 @@ def whole_log(*numbers):
 
 class Requests(unittest.TestCase):
     def account(self, calls, log, **changes):
-        options = {"until": LATER, "dead": set(), "record_gaps": [], "records_told": 0, **changes}
+        options = {"until": LATER, "dead": set(), "record_gaps": [], "full_spans": [], "records_told": 0, **changes}
         return accounts.account_requests(calls, log, **options)
 
     def assert_blames(self, account, words):
@@ -83,22 +83,24 @@ class Requests(unittest.TestCase):
         self.assert_blames(self.account(failed, log), "executed twice")
 
     def test_names_missing_records(self):
-        self.assert_blames(self.account(calls_of(*call(1)), log_of()), "without the record of the request")
+        self.assert_blames(self.account(calls_of(*call(1)), log_of()), "without a record: oss1.1.1 (request, reply)")
         self.assert_blames(self.account(calls_of(*call(1)), log_of(("REQUEST", "oss1.1.1"))),
-                           "without the record of the reply")
+                           "without a record: oss1.1.1 (reply)")
 
     def test_records_may_be_missing_before_a_kill_of_the_agent(self):
         self.assertEqual(self.account(calls_of(*call(1)), log_of(), record_gaps=[(900, 1100)]).problems, [])
 
-    def test_as_many_records_may_be_missing_as_the_agent_told(self):
+    def test_as_many_records_may_be_missing_of_a_full_disk_as_the_agent_told(self):
         calls = calls_of(*call(1), *call(2))
-        self.assertEqual(self.account(calls, log_of(), records_told=2).problems, [])
-        self.assertNotEqual(self.account(calls, log_of(), records_told=1).problems, [])
+        full = {"full_spans": [(900, 1100)]}
+        self.assertEqual(self.account(calls, log_of(), records_told=2, **full).problems, [])
+        self.assert_blames(self.account(calls, log_of(), records_told=1, **full), "while the disk was full")
+        self.assert_blames(self.account(calls, log_of(), records_told=2), "without a record: oss1.1.1")
 
 
 class Audit(unittest.TestCase):
     def account(self, calls, rows, **changes):
-        options = {"until": LATER, "running": 7, "killed": set(), "rows_told": 0, **changes}
+        options = {"until": LATER, "running": 7, "killed": set(), "full_spans": [], "rows_told": 0, **changes}
         return accounts.account_audit(calls, rows, **options)
 
     @staticmethod
@@ -113,8 +115,11 @@ class Audit(unittest.TestCase):
     def test_names_a_missing_row(self):
         self.assertIn("without a row", self.account(calls_of(*call(1)), []).problems[0])
 
-    def test_as_many_rows_may_be_missing_as_the_agent_told(self):
-        self.assertEqual(self.account(calls_of(*call(1)), [], rows_told=1).problems, [])
+    def test_as_many_rows_may_be_missing_of_a_full_disk_as_the_agent_told(self):
+        calls, full = calls_of(*call(1)), {"full_spans": [(900, 1100)]}
+        self.assertEqual(self.account(calls, [], rows_told=1, **full).problems, [])
+        self.assertIn("while the disk was full", self.account(calls, [], **full).problems[0])
+        self.assertIn("without a row", self.account(calls, [], rows_told=1).problems[0])
 
     def test_names_a_row_without_its_end(self):
         self.assertIn("no end", self.account(calls_of(*call(1)), [self.row(1, ended=False)]).problems[0])
@@ -194,14 +199,15 @@ class Events(unittest.TestCase):
         self.assertIn("nobody told", self.problems(ledger, ["e1", "e2"], queue_length=100)[0])
 
     def test_what_a_full_buffer_dropped_is_told(self):
-        ledger = ledger_of(event(1), "loss,t,e2", *(event(n, "held") for n in range(2, 8)), "cleared,t")
-        account = self.account(ledger, ["e1", "e2", "e3", "e4"])
+        ledger = ledger_of(event(1), "loss,t,e2", *(event(n, "held") for n in range(2, 8)), "cleared,t", event(8))
+        account = self.account(ledger, ["e1", "e2", "e3", "e4", "e8"])
         self.assertEqual(account.problems, [])
         self.assertEqual(account.counts["dropped, told"], 3)
+        self.assertIn("nobody told", self.problems(ledger, ["e1", "e2", "e3", "e4"], until=7)[0])
 
     def test_a_full_buffer_explains_nothing_that_was_not_told(self):
-        ledger = ledger_of(event(1), *(event(n, "held") for n in range(2, 8)), "cleared,t")
-        self.assertIn("nobody told", self.problems(ledger, ["e1", "e2", "e3", "e4"])[0])
+        ledger = ledger_of(event(1), *(event(n, "held") for n in range(2, 8)), "cleared,t", event(8))
+        self.assertIn("nobody told", self.problems(ledger, ["e1", "e2", "e3", "e4", "e8"])[0])
 
     def test_a_killed_agent_takes_its_buffer_along(self):
         ledger = ledger_of(event(1), "loss,t,e2", event(2, "held"), "restart", "cleared,t", event(1).replace("e1", "f1"))
