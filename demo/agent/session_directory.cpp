@@ -17,9 +17,7 @@ SessionDirectory::SessionDirectory(PortableServer::POA_ptr parent, SessionLimits
       iterators_(iterators),
       table_(limits, std::move(clock)) {}
 
-std::shared_ptr<const Session> SessionDirectory::Open(const std::string& user, const std::string& address,
-                                                      nmsSession::NmsSession_I_ptr client) {
-    const std::string identity = MakeIdentity(user, address);
+SessionId SessionDirectory::Admit(const std::string& identity) {
     SessionTable::Admission admission;
     std::vector<std::shared_ptr<const Session>> evicted;
     {
@@ -37,33 +35,44 @@ std::shared_ptr<const Session> SessionDirectory::Open(const std::string& user, c
     if (!admission.admitted) {
         Fail(globaldefs::EXCPT_ACCESS_DENIED, "session limit reached");
     }
-    auto session = std::make_shared<Session>();
-    session->id = admission.id;
-    session->user = user;
-    session->address = address;
-    session->client = nmsSession::NmsSession_I::_duplicate(client);
+    return admission.id;
+}
+
+ClientPoas SessionDirectory::MakePoas(SessionId id, const std::string& identity) {
     try {
-        session->poas = CreateClientPoas(parent_.in(), identity);
+        return CreateClientPoas(parent_.in(), identity);
     } catch (CORBA::Exception& e) {
         TA_POS;
         NS_CORBA::TaException(e, "[SessionDirectory::Open] Raised while a client's adapters were made");
         const std::lock_guard<std::mutex> guard(mutex_);
-        table_.Remove(admission.id);
+        table_.Remove(id);
         Fail(globaldefs::EXCPT_UNABLE_TO_COMPLY, "no session can be made at the moment; try again");
     }
-    bool stands = false;
+}
+
+void SessionDirectory::Enter(const std::shared_ptr<const Session>& session) {
     {
         // Between the admission and now another newcomer may have taken the place.
         const std::lock_guard<std::mutex> guard(mutex_);
-        stands = table_.Touch(session->id);
-        if (stands) {
+        if (table_.Touch(session->id)) {
             sessions_.emplace(session->id, session);
+            return;
         }
     }
-    if (!stands) {
-        DestroyClientPoas(session->poas);
-        Fail(globaldefs::EXCPT_ACCESS_DENIED, "session limit reached");
-    }
+    DestroyClientPoas(session->poas);
+    Fail(globaldefs::EXCPT_ACCESS_DENIED, "session limit reached");
+}
+
+std::shared_ptr<const Session> SessionDirectory::Open(const std::string& user, const std::string& address,
+                                                      nmsSession::NmsSession_I_ptr client) {
+    const std::string identity = MakeIdentity(user, address);
+    auto session = std::make_shared<Session>();
+    session->id = Admit(identity);
+    session->user = user;
+    session->address = address;
+    session->client = nmsSession::NmsSession_I::_duplicate(client);
+    session->poas = MakePoas(session->id, identity);
+    Enter(session);
     Say("login   " + user + " from " + address + ", sessions open: " + std::to_string(size()));
     return session;
 }

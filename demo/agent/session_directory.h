@@ -53,6 +53,11 @@ class SessionDirectory {
     std::size_t size();
 
   private:
+    // The steps of Open; each raises what Open does.
+    SessionId Admit(const std::string& identity);
+    ClientPoas MakePoas(SessionId id, const std::string& identity);
+    void Enter(const std::shared_ptr<const Session>& session);
+
     void Close(const Session& session, const std::string& why);
     std::shared_ptr<const Session> Take(SessionId id);
 

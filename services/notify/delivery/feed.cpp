@@ -25,24 +25,13 @@ void AddIfKept(std::vector<std::int64_t>& done, const EventPtr& event) {
     }
 }
 
-const char* AdviceFor(ConsumerState state) {
-    switch (state) {
-        case ConsumerState::kOnline:
-            return "Nothing needs to be done.";
-        case ConsumerState::kSuspect:
-            return "It is tried again with growing pauses; look whether its process runs and can be reached.";
-        case ConsumerState::kSuspended:
-            return "Its events are kept until it resumes.";
-        case ConsumerState::kGone:
-            break;
-    }
-    return "Its proxy is ended; a consumer that comes back has to connect anew.";
-}
-
 }  // namespace
 
 Feed::Feed(std::string path, const QueuePolicy& policy, const RetryPolicy& retry, Surroundings around)
-    : m_path(std::move(path)), m_around(std::move(around)), m_queue(policy), m_health(retry) {}
+    : m_around(std::move(around)),
+      m_report(std::move(path), *m_around.log),
+      m_queue(policy),
+      m_health(retry) {}
 
 void Feed::Connect(std::shared_ptr<ConsumerPort> port) {
     const std::lock_guard<std::mutex> guard(m_mutex);
@@ -259,10 +248,7 @@ Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome,
     }
     if (outcome.in_doubt && std::exchange(m_in_doubt, event) != event) {
         ++m_counts.in_doubt;
-        m_around.log->Tell(m_path + " in doubt", "consumer " + Peer() + " of proxy " + m_path +
-                                                     " may get event " + std::to_string(event->sequence) +
-                                                     " twice: its answer did not come (" + outcome.reason +
-                                                     ")");
+        m_report.InDoubt(event->sequence, Peer(), outcome.reason);
     }
     TellDropped(m_queue.Return(event), "there is no room for more", m_counts.discarded, done);
     NoteState(outcome.reason);
@@ -292,18 +278,13 @@ Feed::Step Feed::AnnounceOne(std::unique_lock<std::mutex>& lock) {
 void Feed::NoteState(const std::string& reason) {
     const ConsumerState state = m_health.State();
     m_slow.store(state == ConsumerState::kSuspect, std::memory_order_relaxed);
-    if (state == m_told_state) {
-        return;
+    if (state != m_report.ToldState()) {
+        m_report.State(state, Peer(), reason, m_queue.Size());
     }
-    m_told_state = state;
-    m_around.log->Tell(m_path, "consumer " + Peer() + " of proxy " + m_path + " is " + NameOf(state) + ": " +
-                                   reason + "; " + std::to_string(m_queue.Size()) + " events wait for it. " +
-                                   AdviceFor(state));
 }
 
 std::string Feed::Peer() const {
-    const std::string peer = m_port == nullptr ? std::string() : m_port->Peer();
-    return peer.empty() ? "(unknown)" : peer;
+    return m_port == nullptr ? std::string() : m_port->Peer();
 }
 
 void Feed::TellExpired(const std::vector<EventPtr>& events, std::vector<std::int64_t>& done) {
@@ -312,11 +293,7 @@ void Feed::TellExpired(const std::vector<EventPtr>& events, std::vector<std::int
         AddIfKept(done, event);
     }
     if (!events.empty()) {
-        m_around.log->Tell(m_path + " expired",
-                           std::to_string(events.size()) + " events for consumer " + Peer() + " of proxy " +
-                               m_path + " were older than their time-out allows and were dropped, " +
-                               std::to_string(m_counts.expired) +
-                               " so far. The consumer is too slow or away.");
+        m_report.Expired(events.size(), Peer(), m_counts.expired);
     }
 }
 
@@ -325,12 +302,7 @@ void Feed::TellDropped(const std::vector<EventPtr>& events, const std::string& w
     count += events.size();
     for (const EventPtr& event : events) {
         AddIfKept(done, event);
-        m_around.log->Tell(
-            m_path + " dropped",
-            "event " + std::to_string(event->sequence) + " for consumer " + Peer() + " of proxy " + m_path +
-                " was dropped: " + why + "; " + std::to_string(m_queue.Size()) + " events wait, " +
-                std::to_string(count) +
-                " were dropped so far. A faster consumer or a higher MaxEventsPerConsumer helps.");
+        m_report.Dropped(event->sequence, Peer(), why, m_queue.Size(), count);
     }
 }
 

@@ -12,6 +12,7 @@
 
 #include "services/notify/delivery/consumer_health.h"
 #include "services/notify/delivery/consumer_port.h"
+#include "services/notify/delivery/feed_report.h"
 #include "services/notify/delivery/operator_log.h"
 #include "services/notify/delivery/work_pool.h"
 #include "services/notify/queue/event_queue.h"
@@ -93,14 +94,13 @@ class Feed : public Job {
     void ScheduleIfUseful();
     bool AnythingToDo() const;
 
-    const std::string m_path;
     const Surroundings m_around;
     std::atomic<bool> m_slow{false};
 
     mutable std::mutex m_mutex;
+    FeedReport m_report;
     EventQueue m_queue;
     ConsumerHealth m_health;
-    ConsumerState m_told_state = ConsumerState::kOnline;
     std::shared_ptr<ConsumerPort> m_port;
     std::vector<Announcement> m_announcements;
     std::chrono::nanoseconds m_pacing{0};

@@ -80,6 +80,31 @@ void StopRequests(CORBA::ORB_ptr orb) {
     }
 }
 
+void ServeRequests(CORBA::ORB_ptr orb) {
+    const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
+    const PortableServer::POA_var root = PortableServer::POA::_narrow(object.in());
+    const PortableServer::POAManager_var manager = root->the_POAManager();
+    manager->activate();
+}
+
+/// Brings to an end, within the time of grace, what runs; an orderly end is noted in the store.
+void End(CORBA::ORB_ptr orb, ServiceContext& service, NamingRegistration* registration, Store* store,
+         OperatorLog& log) {
+    const auto deadline = std::chrono::steady_clock::now() + kGrace;
+    if (registration != nullptr) {
+        registration->Stop();
+    }
+    StopRequests(orb);
+    const bool drained = Drain(service, deadline);
+    if (drained && store != nullptr) {
+        NoteOrderlyEnd(*store, log);
+    }
+    log.TellLeftOut(true);
+    if (drained && (registration == nullptr || registration->WaitUntilEnded(deadline))) {
+        orb->shutdown(false);
+    }
+}
+
 }  // namespace
 
 void Tell(const std::string& sentence) {
@@ -89,10 +114,7 @@ void Tell(const std::string& sentence) {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
 }
 
-int NotifyFront::Run() {
-    const sigset_t signals = EndingSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    signal(SIGPIPE, SIG_IGN);
+void NotifyFront::CheckSurroundings() const {
     for (const std::string& sentence : m_settings.ignored) {
         Tell(sentence);
     }
@@ -105,6 +127,13 @@ int NotifyFront::Run() {
     if (m_settings.ssl_port) {
         qv_service::LoadSslProfile(m_settings.ssl_profile);
     }
+}
+
+int NotifyFront::Run() {
+    const sigset_t signals = EndingSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+    CheckSurroundings();
     const std::unique_ptr<Store> store = OpenStore();
     OperatorLog log(Tell);
     // Who asks for a channel now is not to hear that it doesn't exist, and make another one.
@@ -121,10 +150,7 @@ int NotifyFront::Run() {
     factory->SetReference(reference.in());
     const FactoryServant::Restored restored = Restore(*factory, store.get());
 
-    const CORBA::Object_var root_object = orb->resolve_initial_references("RootPOA");
-    const PortableServer::POA_var root = PortableServer::POA::_narrow(root_object.in());
-    const PortableServer::POAManager_var manager = root->the_POAManager();
-    manager->activate();
+    ServeRequests(orb.in());
     hold.reset();
     const CORBA::String_var text = orb->object_to_string(reference.in());
     Announce(text.in(), store.get(), restored);
@@ -136,19 +162,7 @@ int NotifyFront::Run() {
 
     WaitForSignal(log);
     qv_service::TellStopping();
-    const auto deadline = std::chrono::steady_clock::now() + kGrace;
-    if (registration) {
-        registration->Stop();
-    }
-    StopRequests(orb.in());
-    const bool drained = Drain(service, deadline);
-    if (drained && store) {
-        NoteOrderlyEnd(*store, log);
-    }
-    log.TellLeftOut(true);
-    if (drained && (!registration || registration->WaitUntilEnded(deadline))) {
-        orb->shutdown(false);
-    }
+    End(orb.in(), service, registration ? &*registration : nullptr, store.get(), log);
     // A client or the naming service may keep a thread; all that is to be kept is in the store.
     std::_Exit(0);
 }

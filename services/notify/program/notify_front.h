@@ -21,6 +21,7 @@ class NotifyFront {
     int Run();
 
   private:
+    void CheckSurroundings() const;
     std::unique_ptr<Store> OpenStore() const;
     std::string Corbaloc() const;
     CORBA::ORB_ptr StartOrb() const;
