@@ -49,7 +49,7 @@ OUT="$(cd "$1" && pwd)"
 rm -rf "$OUT/html"
 
 say "checking the links between the pages"
-python3 -B "$REFERENCE/check_links.py" "$ROOT" || die "links are broken; they are listed above"
+python3 -B "$ROOT/tests/integration/docs/links_test.py" "$ROOT" || die "links are broken; they are listed above"
 say "building the manual"
 settings "$OUT" >"$OUT/Doxyfile"
 if ! doxygen "$OUT/Doxyfile" 2>"$OUT/warnings.txt" || [[ -s "$OUT/warnings.txt" ]]; then

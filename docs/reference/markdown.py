@@ -46,18 +46,6 @@ def without_code(line):
     return CODE.sub(lambda found: " " * len(found.group()), line)
 
 
-def links_of(text):
-    """(line number, target) of each link outside of code."""
-    for number, (line, code) in enumerate(lines_of(text), 1):
-        if code:
-            continue
-        # A link's text may be code; its target may not begin inside of some.
-        hidden = without_code(line)
-        for found in LINK.finditer(line):
-            if hidden[found.start(3) - 1] == "(":
-                yield number, found.group(3)
-
-
 def is_elsewhere(target):
     """A link that leaves the repository."""
     return re.match(r"[a-z][a-z0-9+.-]*:", target) is not None

@@ -1,11 +1,8 @@
-"""The manual's helpers: which links count as broken, and what a page looks like to Doxygen."""
-import contextlib
-import io
+"""What a page looks like to Doxygen."""
 import pathlib
 import tempfile
 import unittest
 
-import check_links
 import markdown
 import page_filter
 
@@ -25,36 +22,9 @@ class PagesInAFolder(unittest.TestCase):
         path.write_text(text, encoding="utf-8")
         return path
 
-    def broken_links(self, text):
-        self.write("docs/part/page.md", text)
-        told = io.StringIO()
-        with contextlib.redirect_stderr(told):
-            code = check_links.main([str(self.root)])
-        self.assertEqual(code, 1 if told.getvalue() else 0)
-        return told.getvalue()
-
     def filtered(self, text):
         page = self.write("docs/part/page.md", text)
         return list(page_filter.Filter(self.root, page).run())
-
-
-class LinksTest(PagesInAFolder):
-    def test_links_to_files_and_headings_pass(self):
-        self.assertEqual(self.broken_links("# Page\n[a](../other.md) [b](../other.md#what-it-is-really) [c](#page)\n"
-                                           "[`d.h`](../../time/header.h) [e](https://example.net/x) [f](../part)\n"), "")
-
-    def test_a_missing_file_is_told_with_its_line(self):
-        self.assertIn("docs/part/page.md:3: gone.md: there is no such file", self.broken_links("# P\n\n[a](gone.md)\n"))
-
-    def test_a_missing_heading_is_told(self):
-        self.assertIn("no such heading", self.broken_links("# P\n[a](../other.md#what-it-was)\n"))
-        self.assertIn("no such heading", self.broken_links("# P\n[a](#q)\n"))
-
-    def test_code_holds_no_links(self):
-        self.assertEqual(self.broken_links("# P\n`[a](gone.md)`\n```cpp\n[b](gone.md)\n```\n"), "")
-
-    def test_links_in_tables_and_behind_code_count(self):
-        self.assertIn("gone.md", self.broken_links("# P\n| `x` | [a](gone.md) |\n"))
 
 
 class AnchorsTest(unittest.TestCase):
