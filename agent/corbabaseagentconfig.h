@@ -166,7 +166,8 @@ class QV_API CorbaBaseAgentConfig {
     bool GetNamingService(TAO_Objref_Out_T<CosNaming::NamingContext> context);
     /// The object bound under `name`. False, with `object` as it was or nil, when there is none.
     bool GetRef(const CosNaming::Name& name, TAO_Pseudo_Out_T<CORBA::Object> object);
-    /// Binds `object`, making the contexts on its way. An existing binding of that name is replaced.
+    /// Binds `object` (OMG Naming Service), making the contexts on its way. An existing binding of that name
+    /// is replaced.
     bool RegistName(const CosNaming::Name& name, CORBA::Object* object);
     /// Unbinds `name` and every context on its way, from the leaf to the root.
     bool UnRegistName(const CosNaming::Name& name);
@@ -212,8 +213,8 @@ class QV_API CorbaBaseAgentConfig {
     // -- Timeouts: timeout_policies.cpp; any thread ---------------------------------------------------------
 
     /// Bound every outgoing call of the ORB, or of the calling thread, to `ullTimeOut` units of 100
-    /// nanoseconds. What was set before at that level is replaced. False when the ORB refuses; nothing is
-    /// raised.
+    /// nanoseconds, by the policy RelativeRoundtripTimeout (CORBA 3.0, chapter 22). What was set before at
+    /// that level is replaced. False when the ORB refuses; nothing is raised.
     /// @{
     bool SetORBTimeOutPolicy(TAO_Pseudo_Var_T<CORBA::ORB>& orb, const unsigned long& ullTimeOut);
     bool SetCurrentThreadTimeOutPolicy(TAO_Pseudo_Var_T<CORBA::ORB>& orb, const unsigned long& ullTimeOut);

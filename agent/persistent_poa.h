@@ -7,10 +7,11 @@
 
 namespace NS_CORBA {
 
-/// Makes the child POA `name` of `parent` for references that outlive a restart of the agent: persistent,
-/// with servants retained under ids that the caller assigns, served by the parent's manager. An existing
-/// child of that name is returned as it is. Returns a new reference, which the caller releases; nil on
-/// failure, which is logged. A CORBA::Exception of looking up the existing child passes through.
+/// Makes the child POA `name` of `parent` for references that outlive a restart of the agent: PERSISTENT,
+/// with servants RETAINed under a USER_ID that the caller assigns (CORBA 3.0, chapter 11), served by the
+/// parent's manager. An existing child of that name is returned as it is. Returns a new reference, which the
+/// caller releases; nil on failure, which is logged. A CORBA::Exception of looking up the existing child
+/// passes through.
 QV_API PortableServer::POA* get_persistent_poa(PortableServer::POA* parent, const char* name);
 
 /// Activates `servant` under `id` in `poa`, unless that was done before, and returns a new reference to it,

@@ -8,7 +8,8 @@
 
 namespace NS_CORBA {
 
-/// The servant by which the agent is a supplier of the channel; do_push is the last step of every event.
+/// The servant by which the agent is a supplier of the channel, a StructuredPushSupplier of the OMG
+/// Notification Service; do_push is the last step of every event.
 ///
 /// Made and reference-counted by SuppilerMgr. Thread safety: do_push may run in several threads, also while
 /// the proxy is replaced: each push uses the proxy that stood when it began. connect and disconnect are one

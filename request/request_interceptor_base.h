@@ -6,7 +6,8 @@
 
 namespace NS_CORBA {
 
-/// The agent bundle's hooks around each request, plugged in with CorbaBaseAgentConfig::SetReqInterceptorImpl.
+/// The agent bundle's hooks around each request, at its point receive_request (CORBA 3.0, chapter 21),
+/// plugged in with CorbaBaseAgentConfig::SetReqInterceptorImpl.
 ///
 /// Both run on the thread of the request, with no lock of the library held, and for many requests at once. An
 /// exception that leaves a hook rejects the request and reaches the client. The library never owns or deletes

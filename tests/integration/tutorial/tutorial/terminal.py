@@ -7,7 +7,7 @@ import time
 
 from tutorial import output
 
-PATIENCE = 30  # seconds that an expected line may take
+PATIENCE = 60  # seconds that an expected line may take
 PAUSE = 0.02
 
 
