@@ -7,6 +7,7 @@ import signal
 import socket
 import subprocess
 import sys
+import threading
 
 LIBC = ctypes.CDLL(None)
 PR_SET_PDEATHSIG = 1
@@ -100,6 +101,10 @@ class Process:
         except BrokenPipeError:
             raise Failure(f"{self.name} ended{last_words(self.log.name)}") from None
         return json.loads(self.line())
+
+    def ignore_rest(self):
+        """Reads what else it prints, so that it never waits for a reader."""
+        threading.Thread(target=self.process.stdout.read, daemon=True).start()
 
     def memory_kib(self):
         return status_kib(self.pid, "VmRSS")

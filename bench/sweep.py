@@ -5,7 +5,7 @@ from report.arithmetic import doubling, has_bent
 
 
 def goes_on(samples):
-    """Whether no cost per unit has doubled so far; two steps in a row decide."""
+    """Whether no cost per unit has doubled for good so far."""
     return not any(has_bent(sample["costs"][name] for sample in samples) for name in samples[0]["costs"])
 
 

@@ -92,4 +92,5 @@ def demo_agent(build, folder, sessions):
         with Process([bin_folder / "qv_demo_agent", "--config", config, "--inventory", inventory],
                      folder / "agent.log") as agent:
             agent.lines_until("ready")
+            agent.ignore_rest()  # it tells each session
             yield agent, folder / "factory.ior"

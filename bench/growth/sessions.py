@@ -54,7 +54,7 @@ def main():
     parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--first", type=int, default=16, help="sessions at the first step")
-    parser.add_argument("--limit", type=int, default=2048, help="sessions at the last step, at most")
+    parser.add_argument("--limit", type=int, default=8192, help="sessions at the last step, at most")
     parser.add_argument("--json", type=pathlib.Path)
     options = parser.parse_args()
     end_tidily()

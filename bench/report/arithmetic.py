@@ -49,14 +49,14 @@ def bend(points, factor=BEND_FACTOR):
     return None
 
 
-def has_bent(costs, factor=BEND_FACTOR):
-    """Whether the last two of a growing sweep's costs per unit are both `factor` times the least before them, so that
-    going on shows nothing new."""
+def has_bent(costs, factor=BEND_FACTOR, steps=3):
+    """Whether the last `steps` of a growing sweep's costs per unit are all `factor` times the least before them, so
+    that going on shows nothing new."""
     costs = list(costs)
-    if len(costs) < 3:
+    if len(costs) <= steps:
         return False
-    least = min(costs[:-2])
-    return least > 0 and min(costs[-2:]) >= factor * least
+    least = min(costs[:-steps])
+    return least > 0 and min(costs[-steps:]) >= factor * least
 
 
 def growth(first, last):

@@ -72,14 +72,14 @@ class BendTest(unittest.TestCase):
 
 
 class HasBentTest(unittest.TestCase):
-    def test_needs_two_steps_in_a_row(self):
-        self.assertFalse(has_bent([5, 5, 10]))
-        self.assertTrue(has_bent([5, 5, 10, 12]))
-        self.assertFalse(has_bent([5, 10, 5, 5]))
+    def test_needs_three_steps_in_a_row(self):
+        self.assertFalse(has_bent([5, 5, 10, 12]))
+        self.assertTrue(has_bent([5, 5, 10, 12, 11]))
+        self.assertFalse(has_bent([5, 10, 12, 9]))
 
-    def test_does_not_judge_by_one_step(self):
-        self.assertFalse(has_bent([5]))
-        self.assertFalse(has_bent([5, 20]))
+    def test_needs_a_step_to_compare_with(self):
+        self.assertFalse(has_bent([10, 12, 11]))
+        self.assertTrue(has_bent([5, 10, 12, 11]))
 
 
 class GrowthTest(unittest.TestCase):

@@ -29,14 +29,14 @@ class SweepTest(unittest.TestCase):
         self.assertEqual(units(result), [[1, 2, 4, 8]])
         self.assertTrue(result["reached_limit"])
 
-    def test_ends_one_step_behind_the_bend(self):
+    def test_ends_two_steps_behind_the_bend(self):
         result = measured(lambda count: 5 if count < 4 else 11, 1, 64)
-        self.assertEqual(units(result), [[1, 2, 4, 8]])
+        self.assertEqual(units(result), [[1, 2, 4, 8, 16]])
         self.assertFalse(result["reached_limit"])
 
     def test_all_rounds_take_the_steps_of_the_first(self):
-        costs = iter([5, 5, 11, 11] + 4 * [5])
-        self.assertEqual(units(measured(lambda _: next(costs), 1, 64, rounds=2)), 2 * [[1, 2, 4, 8]])
+        costs = iter([5, 5, 11, 11, 11] + 5 * [5])
+        self.assertEqual(units(measured(lambda _: next(costs), 1, 64, rounds=2)), 2 * [[1, 2, 4, 8, 16]])
 
 
 class BenchmarksTest(unittest.TestCase):
