@@ -70,7 +70,7 @@ reports="$(cat "$WORK"/*.log | grep -E "$REPORT" | grep -cvE '== (Thread [0-9]+|
 for log in "$WORK"/*.log; do
   [[ ! -s "$log" ]] || {
     printf -- '---- %s\n' "$log"
-    head -n 60 "$log"
+    head -n 40 "$log" | cut -c 1-160
   }
 done
 say "$reports reports of memcheck from $(find "$WORK" -maxdepth 1 -name '*.log' | wc -l) processes, in $WORK"
