@@ -115,7 +115,7 @@ class Session:
 def build_project(directory, configure_arguments):
     """Configures and builds a project that knows nothing of this tree but the installed package."""
     for command in (["cmake", "-S", directory, "-B", directory / "build", "-G", "Ninja", *configure_arguments],
-                    ["cmake", "--build", directory / "build"]):
+                    ["cmake", "--build", directory / "build", "--parallel", "2"]):
         run = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                              timeout=BUILD_LIMIT, check=False)
         if run.returncode != 0:
