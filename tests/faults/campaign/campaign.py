@@ -96,11 +96,11 @@ class Campaign:
         line = self.lines.setdefault(fault.kind.name, report.Line(fault.kind.name, fault.kind.recovery))
         self.played += 1
         self.say(f"{self.played}. {fault.describe()}")
-        fault.kind.begin(self.deployment, fault.parameters)
+        fault.begin(self.deployment)
         time.sleep(fault.parameters["hold"])
         place = len(self.books.ledger.events)
         begin = time.monotonic()
-        fault.kind.end(self.deployment, fault.parameters)
+        fault.end(self.deployment)
         self.books.read()
         place = max(place, len(self.books.ledger.events))
         recovery = self._wait_served(int(begin * 1000), place, max(60.0, 2 * fault.kind.recovery))

@@ -11,6 +11,8 @@ from .hosts import LINKS
 SPAN = (2.0, 8.0)
 BEYOND_LIMITS = (2.0, 14.0)  # a client gives a call up after 8 s, the notification service after 10 s
 HOUR = 3600
+BESIDE = ("delay", "drop", "duplicate", "reorder")
+SHARE_BESIDE = 1 / 3
 
 
 @dataclass(frozen=True)
@@ -25,12 +27,24 @@ class Kind:
 
 @dataclass(frozen=True)
 class Fault:
+    """`beside` is a fault of the network that lasts as long as this one, or None."""
     kind: Kind
     parameters: dict
+    beside: "Fault" = None
 
     def describe(self):
         words = [f"{name} {value}" for name, value in self.parameters.items()]
-        return f"{self.kind.name} ({', '.join(words)})"
+        return f"{self.kind.name} ({', '.join(words)})" + (f" beside {self.beside.describe()}" if self.beside else "")
+
+    def begin(self, deployment):
+        if self.beside is not None:
+            self.beside.begin(deployment)
+        self.kind.begin(deployment, self.parameters)
+
+    def end(self, deployment):
+        self.kind.end(deployment, self.parameters)
+        if self.beside is not None:
+            self.beside.end(deployment)
 
 
 def _hold(rng, span=SPAN):
@@ -180,9 +194,14 @@ KINDS = [
 
 
 def schedule(rng, kinds):
-    """Faults without end: all kinds in an order by chance, then all again."""
+    """Faults without end: all kinds in an order by chance, then all again, some beside a fault of the network."""
+    slow = [kind for kind in KINDS if kind.name in BESIDE]
     while True:
         deck = list(kinds)
         rng.shuffle(deck)
         for kind in deck:
-            yield Fault(kind, kind.draw(rng))
+            parameters = kind.draw(rng)
+            other = rng.choice(slow)
+            beside = Fault(other, other.draw(rng))
+            with_it = rng.random() < SHARE_BESIDE and kind not in slow and kind.name != "cut"
+            yield Fault(kind, parameters, beside if with_it else None)

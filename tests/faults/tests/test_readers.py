@@ -120,6 +120,13 @@ class Schedule(unittest.TestCase):
         self.assertEqual(self.first(5), self.first(5))
         self.assertNotEqual(self.first(5), self.first(6))
 
+    def test_has_faults_of_the_network_beside_others(self):
+        plan = faults.schedule(random.Random(1), faults.KINDS)
+        drawn = [next(plan) for _ in range(200)]
+        beside = [fault for fault in drawn if fault.beside is not None]
+        self.assertTrue(20 < len(beside) < 80, len(beside))
+        self.assertFalse([fault for fault in beside if fault.kind.name in (*faults.BESIDE, "cut")])
+
     def test_plays_each_kind_before_any_comes_again(self):
         plan = faults.schedule(random.Random(1), faults.KINDS)
         names = [next(plan).kind.name for _ in faults.KINDS]
