@@ -2,8 +2,8 @@
 """Prepares a Markdown page for Doxygen, on standard output: page_filter.py ROOT PAGE.
 
 The pages are written for a repository viewer. Doxygen finds links between them, and to their headings, only by labels,
-which are put in here; a link to a file that is no part of the manual becomes the file's path. What an entrance (index.md,
-a folder's README.md) links to stands below it in the manual's tree.
+which are put in here; a link to a file that is no part of the manual becomes the file's path. What an entrance
+(index.md, a folder's README.md) links to stands below it in the manual's tree.
 """
 import pathlib
 import re
@@ -63,7 +63,7 @@ class Filter:
             return f"![{text}]({file.name})"
         if not is_in_manual(file, self._root):
             return self._outside(text, file)
-        if not anchor and file not in self._below and file != self._page and entrance_of(file, self._root) == self._page:
+        if not anchor and file not in {*self._below, self._page} and entrance_of(file, self._root) == self._page:
             self._below.add(file)
             return f'@subpage {label_of(file, self._root)} "{text}"'
         name = label_of(file, self._root) + (f"_{anchor}" if anchor and not self._is_title(file, anchor) else "")

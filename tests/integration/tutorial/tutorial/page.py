@@ -5,9 +5,9 @@ The line ahead of a fenced block says what stands in it:
     `03_interface/main.cpp`:               these lines stand so in that file below docs/bundle/steps
     Terminal *agent*: <!-- stays -->       what is typed into that terminal of the step's reader, and what it prints
 
-The comment tells what distinguishes a run: "stays" (its last command is still running at the block's end), "goes on" (of
-such a command), "until it fits" (commands that are repeated until they print what is expected, since what they look at
-takes a moment).
+The comment tells what distinguishes a run: "stays" (its last command is still running at the block's end), "goes on"
+(of such a command), "until it fits" (commands that are repeated until they print what is expected, since what they
+look at takes a moment).
 """
 import dataclasses
 import pathlib
