@@ -49,14 +49,9 @@ def main():
     shutil.rmtree(settings.work, ignore_errors=True)
     settings.work.mkdir(parents=True)
     print(f"==> seed {settings.seed}, {settings.minutes:g} minutes, everything below {settings.work}", flush=True)
-    signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(128 + number))
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     campaign = Campaign(settings)
-    try:
-        campaign.run()
-    except KeyboardInterrupt:
-        print("\ninterrupted", file=sys.stderr)
-        campaign.report()
-        return 130
+    campaign.run()
     return 0 if campaign.report() else 1
 
 

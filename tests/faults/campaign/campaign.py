@@ -37,6 +37,7 @@ class Campaign:
         self.books = None
         self._begin = time.monotonic()
         self._bases = {}  # of (name, incarnation)
+        self._growth = {}  # the first and the last sample of each process
         self._known = set()  # what was off before, as it stays off
         self._before = None
         self.packets = {}
@@ -54,6 +55,8 @@ class Campaign:
             pass
         except RuntimeError as error:
             self._fail("the campaign", [str(error)])
+        except KeyboardInterrupt:
+            self._fail("the campaign", ["it was interrupted"])
         finally:
             self._clean_up()
 
@@ -76,7 +79,7 @@ class Campaign:
         for sentence in sentences:
             self.failures.append((time.monotonic() - self._begin, during, sentence))
             self._known.add(_gist(sentence))
-            self.say(f"NOT BALANCED, {during}: {sentence}")
+            self.say(f"FAILED, {during}: {sentence}")
 
     def _new_problems(self, until_call, until_event):
         return [problem for problem in self.books.problems(until_call, until_event)
@@ -158,6 +161,7 @@ class Campaign:
             process = self.deployment.processes[name]
             sample = process.sample()
             base = self._bases.setdefault((name, process.incarnation), sample)
+            self._growth[name] = {"first": base, "last": sample}
             problems += leaks.judge(name, base, sample)
         return problems
 
@@ -209,11 +213,15 @@ class Campaign:
                 shutil.copytree(host.disk, kept, symlinks=True, dirs_exist_ok=True)
             self.network.close()
 
+    def _losses_told(self):
+        return sum(journal.losses_told for journal in self.books.calls.values()) if self.books else 0
+
     def report(self):
         """Prints the table; True when everything balances."""
         lines = list(self.lines.values())
         summary = {"seed": self.settings.seed, "minutes": self.settings.minutes, "faults_played": self.played,
-                   "packets": self.packets, "balances": not self.failures,
+                   "packets": self.packets,
+                   "losses_told_to_osss": self._losses_told(), "processes": self._growth, "balances": not self.failures,
                    "failures": [{"at_s": round(at, 1), "during": during, "what": what}
                                 for at, during, what in self.failures]}
         report.write_json(self.settings.work / "report.json", summary, lines)

@@ -49,7 +49,8 @@ def _cells(line):
     for _, part, columns in GROUPS:
         counts = getattr(line, part)
         cells += [str(counts.get(column, 0)) for column in columns]
-    return [*cells, "ok" if not line.problems else "FAILED"]
+    played = line.recoveries or not line.stated
+    return [*cells, "FAILED" if line.problems else "ok" if played else "-"]
 
 
 def table(lines):
