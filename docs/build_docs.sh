@@ -28,7 +28,8 @@ settings() {
   printf 'OUTPUT_DIRECTORY = "%s"\n' "$1"
   printf 'STRIP_FROM_PATH = "%s"\nSTRIP_FROM_INC_PATH = "%s"\n' "$ROOT" "$ROOT"
   printf 'USE_MDFILE_AS_MAINPAGE = "%s/docs/index.md"\n' "$ROOT"
-  printf 'FILTER_PATTERNS = "*.md=python3 -B %s/page_filter.py %s"\n' "$REFERENCE" "$ROOT"
+  printf 'FILTER_PATTERNS = "*.h=awk -f %s/header_filter.awk"\n' "$REFERENCE"
+  printf 'FILTER_PATTERNS += "*.md=python3 -B %s/page_filter.py %s"\n' "$REFERENCE" "$ROOT"
   printf 'INPUT += "%s"\n' "$ROOT/docs/index.md"
   find "$ROOT/docs" -name '*.md' ! -path "$ROOT/docs/index.md" -printf 'INPUT += "%p"\n' | sort
   printf 'INPUT += "%s/namespaces.dox"\n' "$REFERENCE"
