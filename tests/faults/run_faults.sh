@@ -39,4 +39,5 @@ done
 cd "$HERE"
 # shellcheck disable=SC2016  # the inner shell's arguments
 exec unshare --mount --propagation private -- \
-  bash -c 'mount -t tmpfs -o size=64m qv-faults /dev/shm && exec python3 -B -m campaign "$@"' campaign "$BUILD" "$WORK" "$@"
+  bash -c 'mount -t tmpfs -o size=64m qv-faults /dev/shm && exec python3 -B -m campaign "$@"' \
+  campaign "$BUILD" "$WORK" "$@"

@@ -126,7 +126,8 @@ def account_audit(calls, rows, *, until, running, killed, full_spans, rows_told)
     account.blame("returned, but without a row", missing)
     account.blame("returned, but its row has no end", unended)
     if len(excused) > rows_told:
-        account.blame(f"returned while the disk was full, but without a whole row ({rows_told} lost rows told)", excused)
+        account.blame(f"returned while the disk was full, but without a whole row ({rows_told} lost rows told)",
+                      excused)
     if len(still_open) > rows_told:
         account.blame("rows that stay open, though the agent was not killed",
                       [f"row {row.id} ({row.operation})" for row in still_open])

@@ -157,7 +157,8 @@ def event(number, fate="sent", kind="NT_ALARM"):
 
 class Events(unittest.TestCase):
     def account(self, ledger, arrivals, **changes):
-        options = {"name": "c", "until": len(ledger.events), "doubts": 0, "agent_kills": 0, "queue_length": 3, **changes}
+        options = {"name": "c", "until": len(ledger.events), "doubts": 0, "agent_kills": 0, "queue_length": 3}
+        options.update(changes)
         return accounts.account_events(ledger, arrivals, **options)
 
     def problems(self, ledger, arrivals, **changes):
@@ -210,7 +211,8 @@ class Events(unittest.TestCase):
         self.assertIn("nobody told", self.problems(ledger, ["e1", "e2", "e3", "e4", "e8"])[0])
 
     def test_a_killed_agent_takes_its_buffer_along(self):
-        ledger = ledger_of(event(1), "loss,t,e2", event(2, "held"), "restart", "cleared,t", event(1).replace("e1", "f1"))
+        younger = event(1).replace("e1", "f1")
+        ledger = ledger_of(event(1), "loss,t,e2", event(2, "held"), "restart", "cleared,t", younger)
         self.assertEqual(self.problems(ledger, ["e1", "f1"], queue_length=100), [])
 
     def test_each_kill_of_the_agent_may_leave_one_event_unnoted(self):
