@@ -24,6 +24,9 @@ def is_in_manual(file, root):
 def entrance_of(page, root):
     """The page that this one stands below in the tree."""
     index, readme = root / "docs" / "index.md", page.parent / "README.md"
+    whole = page.with_name(page.stem.partition("-")[0] + ".md")  # messages.md of messages-agent.md
+    if whole.exists() and whole != page:
+        return whole
     return readme if readme.exists() and page != readme else index
 
 

@@ -55,6 +55,11 @@ class FilterTest(PagesInAFolder):
         readme = list(page_filter.Filter(self.root, self.root / "docs" / "part" / "README.md").run())
         self.assertEqual(readme[1], '@subpage page_part_page "page"')
 
+    def test_the_parts_of_a_page_stand_below_it(self):
+        self.write("docs/other-part.md", "# O\n")
+        other = self.write("docs/other.md", "# Other\n[part](other-part.md)\n")
+        self.assertEqual(list(page_filter.Filter(self.root, other).run())[1], '@subpage page_other_part "part"')
+
     def test_code_stays(self):
         self.assertEqual(self.filtered("# P\n```sh\n# [a](../other.md)\n```\n`[a](../other.md)`")[1:],
                          ["```sh", "# [a](../other.md)", "```", "`[a](../other.md)`"])
