@@ -20,6 +20,26 @@ die() {
   exit 1
 }
 
+# What packages changed without being asked to: package management itself, its caches and logs.
+readonly IGNORED='^(var/cache|var/log|var/lib/dpkg|var/lib/apt|usr/sbin/policy-rc\.d$)'
+
+# require_clean UPPER: fails when the layer has files or folders that the machine lacks, or hides some that it has.
+require_clean() {
+  local path hidden left=()
+  while IFS= read -r path; do
+    hidden="$(stat -c %F:%t:%T "$1/$path")"
+    if [[ "$hidden" == "character special file:0:0" ]]; then
+      left+=("taken along: /$path")
+    elif [[ ! -e "/$path" && ! -L "/$path" ]]; then
+      left+=("left behind: /$path")
+    fi
+  done < <(cd "$1" && find . -mindepth 1 -printf '%P\n' | grep -vE "$IGNORED")
+  if [[ ${#left[@]} -gt 0 ]]; then
+    printf '%s\n' "${left[@]}" >&2
+    die "removing the packages did not restore the system, see above."
+  fi
+}
+
 # Runs in namespaces of its own: whatever is mounted and started here ends with it.
 enter() {
   local packages="$1" layer="$2" system folder
@@ -43,6 +63,8 @@ enter() {
   chmod +x "$system/usr/sbin/policy-rc.d"
   chroot "$system" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
     bash /tmp/try/try_packages.sh /tmp/packages
+  require_clean "$layer/upper"
+  printf '==> the packages install, work, and leave nothing behind\n'
 }
 
 case "${1:-}" in
