@@ -36,12 +36,16 @@ def _touches(call, spans):
     return any(call.begin <= end and begin <= call.end for begin, end in spans)
 
 
-def account_requests(calls, log, *, until, dead, record_gaps, full_spans, records_told):
+def _overlap(call, spans):
+    return sum(max(0, min(call.end, end) - max(call.begin, begin)) for begin, end in spans)
+
+
+def account_requests(calls, log, *, until, dead, record_gaps, full_spans, records_told, frozen):
     """`calls` are those of all OSSs; those that began at or after `until` may be under way still. `dead` are the
     incarnations (the token's beginning) of OSSs that were killed: the last call of each has no end. `record_gaps` are
     the times (ms) in which an answer may lack its records because the agent was killed before they were written out;
     `full_spans` those in which it may because the disk was full, as far as the agent told that records were lost:
-    `records_told` of them."""
+    `records_told` of them. `frozen` are by user the times (ms) in which an OSS was stopped, which don't count."""
     account = Account()
     late, open_ones, unrecorded, excused = [], [], [], []
     for call in calls:
@@ -56,7 +60,7 @@ def account_requests(calls, log, *, until, dead, record_gaps, full_spans, record
             continue
         account.add("answered" if call.answered else "failed")
         limit = COMPOSITE_LIMIT_MS if call.operation in COMPOSITE else SINGLE_CALL_LIMIT_MS
-        if call.end - call.begin > limit:
+        if call.end - call.begin - _overlap(call, frozen.get(call.user, [])) > limit:
             late.append(f"{call.token} ({call.operation}, {call.end - call.begin} ms)")
         if call.operation in TOKEN_OPERATIONS and call.outcome == "ok" and not _touches(call, record_gaps):
             missing = [kind for kind, seen in (("request", log.requests), ("reply", log.replies))

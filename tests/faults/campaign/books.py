@@ -62,12 +62,16 @@ class Books:
                  now_ms() if end is None else int(end * 1000) + ROOM_AGAIN_MS)
                 for begin, end in self._deployment.network.hosts["ems"].full_spans]
 
+    def _frozen(self):
+        return {name: [(int(begin * 1000), now_ms() if end is None else int(end * 1000))
+                       for begin, end in self._deployment.processes[name].frozen_spans] for name in OSSS}
+
     def requests(self, until):
         deaths = [int(life.ended * 1000) for life in self._agent_deaths()]
         gaps = [(death - FLUSH_INTERVAL_MS - FLUSH_SLACK_MS, death + 50) for death in deaths]
         return accounts.account_requests(self.all_calls(), self.log, until=until, dead=self._dead_osss(),
                                          record_gaps=gaps, full_spans=self._full_spans(),
-                                         records_told=self.agent.records_lost)
+                                         records_told=self.agent.records_lost, frozen=self._frozen())
 
     def audit(self, until):
         agent = self._deployment.processes["agent"]

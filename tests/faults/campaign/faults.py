@@ -176,6 +176,7 @@ KINDS = [
     _stop(["agent"], 10, "stop agent"),
     _stop(["naming"], 10, "stop naming"),
     _stop(["notify"], 15, "stop notify"),
+    _stop(OSSS, 10, "stop oss"),
     _stop(CONSUMERS, 20, "stop consumer"),
     _packets("cut", 30, lambda rng: "", BEYOND_LIMITS),
     _packets("delay", 10, lambda rng: f"{rng.randint(20, 300)} {rng.randint(0, 50)}"),

@@ -39,6 +39,10 @@ class Call:
         return self.outcome is not None and not self.outcome.startswith("system:")
 
     @property
+    def user(self):
+        return self.token.split(".")[0]
+
+    @property
     def incarnation(self):
         return self.token.rsplit(".", 1)[0]
 

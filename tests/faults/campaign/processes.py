@@ -48,6 +48,7 @@ class Process:
         self.host = host
         self.incarnation = 0
         self.lives = []
+        self.frozen_spans = []  # [begin, end or None]
         self._command = command
         self._directory = Path(directory)
         self._ready = ready or (lambda process: True)
@@ -123,12 +124,15 @@ class Process:
         return self._popen.returncode
 
     def freeze(self):
+        self.frozen_spans.append([time.monotonic(), None])
         for pid in [self.pid, *descendants(self.pid)]:
             os.kill(pid, signal.SIGSTOP)
 
     def thaw(self):
         for pid in [self.pid, *descendants(self.pid)]:
             os.kill(pid, signal.SIGCONT)
+        if self.frozen_spans and self.frozen_spans[-1][1] is None:
+            self.frozen_spans[-1][1] = time.monotonic()
 
     def working_pid(self):
         """Of a front and the program below it, the latter."""

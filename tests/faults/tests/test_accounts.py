@@ -38,7 +38,8 @@ def whole_log(*numbers):
 
 class Requests(unittest.TestCase):
     def account(self, calls, log, **changes):
-        options = {"until": LATER, "dead": set(), "record_gaps": [], "full_spans": [], "records_told": 0, **changes}
+        options = {"until": LATER, "dead": set(), "record_gaps": [], "full_spans": [], "records_told": 0,
+                   "frozen": {}, **changes}
         return accounts.account_requests(calls, log, **options)
 
     def assert_blames(self, account, words):
@@ -70,6 +71,11 @@ class Requests(unittest.TestCase):
     def test_names_an_answer_that_came_too_late(self):
         late = call(1, end=1000 + accounts.SINGLE_CALL_LIMIT_MS + 1)
         self.assert_blames(self.account(calls_of(*late), whole_log(1)), "came too late: oss1.1.1")
+
+    def test_the_time_in_which_an_oss_was_stopped_does_not_count(self):
+        late = calls_of(*call(1, end=1000 + accounts.SINGLE_CALL_LIMIT_MS + 500))
+        self.assertEqual(self.account(late, whole_log(1), frozen={"oss1": [(900, 1500)]}).problems, [])
+        self.assert_blames(self.account(late, whole_log(1), frozen={"oss2": [(900, 1500)]}), "came too late")
 
     def test_names_a_double_execution(self):
         log = log_of(("REQUEST", "oss1.1.1"), ("REQUEST", "oss1.1.1"), ("REPLY", "oss1.1.1"))
