@@ -6,6 +6,8 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
 readonly ROOT
 readonly TARGETS=(qv_corba_pub qv_orb qv_bundlemgr qv_selfgovernedutil qv_callchain)
 
+export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
+
 usage() {
   cat <<'TEXT'
 usage: check_abi.sh WORKDIR [BASE]
@@ -32,23 +34,22 @@ run() {
   }
 }
 
-# install_commit COMMIT: builds a commit's libraries and installs them in $work/COMMIT/prefix.
+# install_commit COMMIT: builds a commit's libraries and installs them in $work/COMMIT. Always in the same folders, so
+# that a compiler cache knows what both commits have in common.
 install_commit() {
-  local dir="$work/$1"
-  [[ ! -e "$dir/complete" ]] || return 0
-  rm -rf "$dir"
-  mkdir -p "$dir/source"
-  git -C "$ROOT" archive "$1" | tar -x -C "$dir/source"
-  local launcher=()
+  local launcher=() component
+  [[ ! -e "$work/$1.complete" ]] || return 0
+  rm -rf "$work/source" "$work/build" "${work:?}/$1"
+  mkdir "$work/source"
+  git -C "$ROOT" archive "$1" | tar -x -C "$work/source"
   command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-  run "$dir/configure.log" cmake -S "$dir/source" -B "$dir/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+  run "$work/configure.log" cmake -S "$work/source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
     -DQV_BUILD_TESTS=OFF -DQV_BUILD_BENCH=OFF "${launcher[@]}"
-  run "$dir/build.log" cmake --build "$dir/build" --target "${TARGETS[@]}"
-  local component
+  run "$work/build.log" cmake --build "$work/build" --target "${TARGETS[@]}"
   for component in runtime development; do
-    run "$dir/install.log" cmake --install "$dir/build" --component "$component" --prefix "$dir/prefix"
+    run "$work/install.log" cmake --install "$work/build" --component "$component" --prefix "$work/$1"
   done
-  touch "$dir/complete"
+  touch "$work/$1.complete"
 }
 
 [[ "${1:-}" != --help && "${1:-}" != -h ]] || { usage; exit; }
@@ -67,4 +68,4 @@ for built in "$commit" "$head"; do
   install_commit "$built"
 done
 say "comparing"
-"$ROOT/packaging/abi/compare_abi.sh" "$work/$commit/prefix" "$work/$head/prefix" "$base"
+"$ROOT/packaging/abi/compare_abi.sh" "$work/$commit" "$work/$head" "$base"
