@@ -1,6 +1,11 @@
 #include "services/notify/channel/held_events.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -46,5 +51,38 @@ TEST(HeldEventsTest, TheAccountStaysAsLongAsItsEvents) {
     event.reset();
     EXPECT_TRUE(lives.expired());
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // these have a heap of their own
+
+std::size_t ResidentBytes() {
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+TEST(HeldEventsTest, ALargeBacklogGivesItsMemoryBackWhenItHasGone) {
+    constexpr std::size_t kBytes = 2000;
+    constexpr std::size_t kEvents = 100000;
+    const auto account = std::make_shared<HeldEvents>();
+    std::vector<EventPtr> backlog;
+    backlog.reserve(kEvents);
+    std::vector<std::unique_ptr<std::string>> between;  // what else lives, spread over the heap
+    const std::size_t before = ResidentBytes();
+    for (std::size_t i = 0; i < kEvents; ++i) {
+        auto event = EventOfBytes(kBytes);
+        event->body.header.fixed_header.event_name = std::string(kBytes, 'x').c_str();
+        backlog.push_back(HeldEvents::Hold(account, std::move(event)));
+        if (i % 100 == 0) {
+            between.push_back(std::make_unique<std::string>(100, 'y'));
+        }
+    }
+    const std::size_t grown = ResidentBytes() - before;
+    ASSERT_GT(grown, kEvents * kBytes);
+    backlog.clear();
+    EXPECT_LT(ResidentBytes(), before + grown / 4);
+}
+
+#endif
 
 }  // namespace
