@@ -48,6 +48,7 @@ class Section:
     title: str
     what: str
     ratios: List[Ratio] = field(default_factory=list)
-    sentences: List[str] = field(default_factory=list)  # where something bends, what stays
+    sentences: List[str] = field(default_factory=list)
+    bends: List[str] = field(default_factory=list)  # sentences on where a cost bends
     plots: List[Plot] = field(default_factory=list)
     tables: List[Table] = field(default_factory=list)

@@ -20,6 +20,7 @@ th, td { border-bottom: 1px solid var(--line); padding: .25rem .7rem .25rem 0; t
 th:first-child, td:first-child { text-align: left; }
 td { font-variant-numeric: tabular-nums; white-space: nowrap; } th { font-weight: 600; }
 td:first-child { white-space: normal; }
+.texts td { text-align: left; white-space: normal; }
 figure { margin: 1rem 0; } figcaption { font-weight: 600; }
 svg { width: 100%; max-width: 760px; height: auto; color: var(--text); }
 """
@@ -31,6 +32,10 @@ def table(head, rows):
     return "\n".join([*lines, "</table></div>"])
 
 
+def items(sentences):
+    return "<ul>" + "".join(f"<li>{html.escape(text)}</li>" for text in sentences) + "</ul>" if sentences else ""
+
+
 def ratio_rows(ratios):
     return [[ratio.what, f"{range_of(ratio.value)} {ratio.unit}".strip() if ratio.value else "not measured"]
             for ratio in ratios]
@@ -39,8 +44,7 @@ def ratio_rows(ratios):
 def section_lines(section, drawings):
     yield f'<h2 id="{section.name}">{html.escape(section.title)}</h2>'
     yield f'<p class="what">{html.escape(section.what)}</p>'
-    if section.sentences:
-        yield "<ul>" + "".join(f"<li>{html.escape(text)}</li>" for text in section.sentences) + "</ul>"
+    yield items(section.sentences + section.bends)
     for plot in section.plots:
         yield f"<figure><figcaption>{html.escape(plot.title)}</figcaption>\n{drawings[plot.name]}\n</figure>"
     for each in section.tables:
@@ -67,6 +71,7 @@ def about_rows(run):
 def page(run, drawings):
     """drawings: name of a plot -> SVG."""
     ratios = [ratio for section in run.sections for ratio in section.ratios]
+    bends = [sentence for section in run.sections for sentence in section.bends]
     lines = ["<!DOCTYPE html>", '<html lang="en"><head><meta charset="utf-8">',
              '<meta name="viewport" content="width=device-width, initial-scale=1">',
              "<title>Benchmarks of qv_corba_pub</title>", f"<style>{STYLE}</style></head><body>",
@@ -75,7 +80,8 @@ def page(run, drawings):
              "the same. Ratios are taken within a round, so that a slow spell of the machine hits both sides. A cost per "
              "unit bends where it is twice the least at fewer units, and still is at the next step.</p>",
              "<h2>Main ratios</h2>", table(["Figure", "median (least–greatest)"], ratio_rows(ratios)),
-             "<h2>Machine and versions</h2>", table(["", ""], about_rows(run))]
+             *(["<h2>Where it bends</h2>", items(bends)] if bends else []),
+             "<h2>Machine and versions</h2>", '<div class="texts">', table(["", ""], about_rows(run)), "</div>"]
     for section in run.sections:
         lines += section_lines(section, drawings)
     lines += ["<footer><p>Made by <code>./run.sh bench</code>.</p></footer>", "</body></html>"]

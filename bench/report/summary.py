@@ -14,11 +14,12 @@ def summary(run):
     lines += [f"**{one['name']}** failed: {one['error']}\n" for one in run.failed]
     lines += ["Medians of the rounds, with the least and the greatest in brackets. `report.html` has all figures.", ""]
     for section in run.sections:
-        if not section.ratios and not section.sentences:
+        sentences = section.sentences + section.bends
+        if not section.ratios and not sentences:
             continue
         lines += [f"## {section.title}", ""]
         if section.ratios:
             lines += [*table(["Figure", "median (least–greatest)"], ratio_rows(section.ratios)), ""]
-        lines += [f"- {text}" for text in section.sentences] + ([""] if section.sentences else [])
+        lines += [f"- {text}" for text in sentences] + ([""] if sentences else [])
     lines += ["## Machine and versions", "", *table(["", ""], about_rows(run)), ""]
     return "\n".join(lines)

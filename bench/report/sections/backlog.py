@@ -32,9 +32,10 @@ def read(name, title, what, result, push_key):
     section.ratios = [Ratio(f"{title}: an event that waits, of its size as octets", added.scaled(1 / event), "times"),
                       Ratio(f"{title}: an event that waits", added, "octets")]
     section.sentences = [
-        growing.ended(result), f"The event as octets (CDR) has {event}.",
-        growing.bend_sentence(result, "Memory per event", per_event),
-        growing.bend_sentence(result, "Time of a push", push)]
+        growing.ended(result), f"The event as octets (CDR) has {event}."]
+    section.bends = [
+        growing.bend_sentence(result, f"{title}, memory per event", per_event),
+        growing.bend_sentence(result, f"{title}, time of a push", push)]
     section.tables = [Table("", ["Events that wait", "resident memory, MiB", "octets per event", "push p50, µs"], rows)]
     costs = {"memory per event": per_event, "push": push}
     memory_line = growing.series(result, "resident memory", memory)

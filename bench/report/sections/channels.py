@@ -50,8 +50,8 @@ def read(results):
              log_x=True)]
     for kind, result in results.items():
         section.tables.append(table(kind, result))
-        section.sentences += [
-            f"{kind[0].upper()}{kind[1:]}: {growing.ended(result)}",
+        section.sentences.append(f"{kind[0].upper()}{kind[1:]}: {growing.ended(result)}")
+        section.bends += [
             growing.bend_sentence(result, f"Making a channel, {kind}", making),
             growing.bend_sentence(result, f"Time per delivery, {kind}", delivery)]
         first, last = growing.steps(result)[0], growing.steps(result)[-1]

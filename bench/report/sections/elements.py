@@ -43,7 +43,8 @@ def read(result):
     section.tables = [Table("", ["Elements", *(f"{label}, ms" for label in LABELS.values()), "log off of plain",
                                  "log on of plain", "memory plain, MiB", "memory log off, MiB", "memory log on, MiB"],
                             [table_row(units, samples) for units, samples in growing.steps(result)])]
-    section.sentences = [growing.ended(result)] + [
+    section.sentences = [growing.ended(result)]
+    section.bends = [
         growing.bend_sentence(result, f"Time per element, {label}", per_thousand(variant))
         for variant, label in LABELS.items()]
     last_units, last = growing.steps(result)[-1]

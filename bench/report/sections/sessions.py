@@ -38,7 +38,8 @@ def read(result):
         for units, samples in growing.steps(result)])]
     section.sentences = [
         growing.ended(result),
-        f"A log-in with a password as qv_user keeps it takes {number(usual.median)} ms; checking it is meant to be slow.",
+        f"A log-in with a password as qv_user keeps it takes {number(usual.median)} ms; checking it is meant to be slow."]
+    section.bends = [
         growing.bend_sentence(result, "Log-in", log_in), growing.bend_sentence(result, "Ping", ping),
         growing.bend_sentence(result, "Memory per session", per_session)]
     _, last = growing.steps(result)[-1]
