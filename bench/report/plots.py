@@ -88,9 +88,19 @@ def bends_by_place(plot):
     return {x: "bends: " + "; ".join(found) for x, found in labels.items()}
 
 
+def apart(places, share=0.07):
+    """Those places of a linear axis whose names don't touch, from the last one down."""
+    kept = []
+    for x in reversed(places):
+        if not kept or kept[-1] - x >= share * (places[-1] - places[0]):
+            kept.append(x)
+    return kept
+
+
 def axes_of_lines(plot):
     places = places_of(plot)
-    tics = ", ".join(f"{quoted(short(x))} {x}" for x in places)
+    named = places if plot.log_x else apart(places)
+    tics = ", ".join(f"{quoted(short(x) if x in named else '')} {x}" for x in places)
     lines = [f"set xtics ({tics})", "set logscale y 10" if plot.log_y else "set yrange [0:*]"]
     lines.append("set format y '%g'")
     margin = 1.15 if plot.log_x else 1

@@ -38,9 +38,10 @@ def bend_marks(result, costs):
 
 
 def added_per_unit(result, value):
-    """The spread over the rounds of what each unit between the first and the last step added to value(sample)."""
-    return spread(growth((first["units"], value(first)), (last["units"], value(last)))
-                  for first, last in ((samples[0], samples[-1]) for samples in result["rounds"]))
+    """The spread over the rounds of what each unit of the last step added to value(sample). First units may find room
+    that the process had anyway."""
+    return spread(growth((before["units"], value(before)), (last["units"], value(last)))
+                  for before, last in (samples[-2:] for samples in result["rounds"]))
 
 
 def ended(result):

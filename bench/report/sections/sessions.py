@@ -40,8 +40,7 @@ def read(result):
         growing.ended(result),
         f"A log-in with a password as qv_user keeps it takes {number(usual.median)} ms; checking it is meant to be slow."]
     section.bends = [
-        growing.bend_sentence(result, "Log-in", log_in), growing.bend_sentence(result, "Ping", ping),
-        growing.bend_sentence(result, "Memory per session", per_session)]
+        growing.bend_sentence(result, "Log-in", log_in), growing.bend_sentence(result, "Ping", ping)]
     _, last = growing.steps(result)[-1]
     section.ratios = [
         Ratio("Log-in without the check of the password, of a ping", ratios(map(log_in, last), map(ping, last)), "times"),

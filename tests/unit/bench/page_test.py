@@ -4,7 +4,7 @@ import bench_path  # noqa: F401
 from report.arithmetic import Spread
 from report.model import Plot, Series
 from report.page import page
-from report.plots import fit_into_page, script_of, wrapped
+from report.plots import apart, fit_into_page, script_of, wrapped
 from report.sections import growing, request_path
 from report.summary import summary
 from report.text import number, range_of, short
@@ -49,6 +49,11 @@ class SweepTest(unittest.TestCase):
         result["rounds"] += 2 * sweep([(8, 5), (16, 5), (32, 6)])["rounds"]
         self.assertIsNone(growing.bend_of(result, cost))
 
+    def test_tells_what_a_unit_of_the_last_step_added(self):
+        # The first units found room: 0 for 8 of them, 100 for the next 8, 400 for the last 16.
+        result = sweep([(8, 1000), (16, 1100), (32, 1500)])
+        self.assertEqual(growing.added_per_unit(result, cost), Spread(25, 25, 25))
+
     def test_says_how_it_ended(self):
         self.assertIn("limit of 16", growing.ended(sweep([(8, 5), (16, 5)])))
         self.assertIn("had doubled", growing.ended(sweep([(8, 5), (16, 11)], reached_limit=False)))
@@ -65,6 +70,9 @@ class PlotTest(unittest.TestCase):
         script = script_of(self.lines)
         self.assertIn('set ylabel "time [ms]"', script)
         self.assertIn('"bends: a; b"', script)
+
+    def test_names_on_a_linear_axis_do_not_touch(self):
+        self.assertEqual(apart([0, 10, 20, 40, 80, 160, 640]), [640, 160, 80, 20])
 
     def test_bars_without_a_value_leave_a_gap(self):
         bars = Plot("two", "", "", "", [Series("a", [("x", Spread(1, 1, 1)), ("y", Spread(1, 1, 1))]),
