@@ -9,7 +9,7 @@ from pathlib import Path
 from . import faults
 from .campaign import Campaign
 
-QUICK_MINUTES = 2.0
+QUICK_MINUTES = 2.5
 DEFAULT_MINUTES = 15.0
 MOST_MINUTES = 60.0
 
@@ -23,8 +23,8 @@ def parse():
     parser.add_argument("work", type=Path, metavar="WORK_DIR")
     parser.add_argument("--seed", type=int, help="play the faults of an earlier run (default: by chance)")
     parser.add_argument("--minutes", type=float, default=DEFAULT_MINUTES,
-                        help="how long faults are played (default %(default)s, at most 60)")
-    parser.add_argument("--quick", action="store_true", help=f"for {QUICK_MINUTES:.0f} minutes")
+                        help="how long faults are played (default %(default)g, at most 60)")
+    parser.add_argument("--quick", action="store_true", help=f"for {QUICK_MINUTES:g} minutes")
     parser.add_argument("--only", default="", metavar="WORD,...",
                         help="only kinds of faults whose name holds one of the words: " +
                              ", ".join(kind.name for kind in faults.KINDS))
