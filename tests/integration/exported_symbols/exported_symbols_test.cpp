@@ -77,6 +77,7 @@ TEST(ExportedSymbols, OfTheOrbAreThoseOfTheMappingAndOfItsOwnHeaders) {
         Stray("libqv_orb.so",
               "CORBA::|PortableInterceptor::|PortableServer::|Dynamic::|Messaging::|TimeBase::|CosEvent|"
               "CosNotif|POA_|OBV_|TAO_DynAnyFactory::|operator(<<|>>)=\\(CORBA::Any|omniRemoteIdentity::|"
+              "cdrEncapsulationStream::cdrEncapsulationStream|"
               "qv_tables_|qv_orb::(CountedLocalObject|RequestValues|RequestHold|ValueBytes|ExceptionText|"
               "SetServantThreads|SetIpFlag|PeerAddress|TaoMinorCode|MakeDynAny|SetDiagnosticSink|TakeEvent|"
               "EventToOctets|EventFromOctets|PublishUnderKey|EndpointOf|TypeOf|TypeCodeBytes|"
@@ -156,6 +157,7 @@ TEST(ExportedSymbols, CarryTheVersionOfTheirLibrary) {
     EXPECT_THAT(unversioned,
                 UnorderedElementsAre(
                     "_ZN18omniRemoteIdentity8dispatchER18omniCallDescriptor",
+                    "_ZN22cdrEncapsulationStreamC1Ejb",
                     "_ZN14PortableServer21DynamicImplementation9_dispatchER14omniCallHandle",
                     "_ZTv0_n80_N14PortableServer21DynamicImplementation9_dispatchER14omniCallHandle"));
 }
