@@ -1,4 +1,4 @@
-// Two functions of the ORB that the seam puts its own in place of, since no hook of the ORB stands there.
+// Functions of the ORB that the seam puts its own in place of, since no hook of the ORB stands there.
 #pragma once
 
 #include <string>

@@ -154,12 +154,12 @@ TEST(ExportedSymbols, CarryTheVersionOfTheirLibrary) {
         }
     }
     // They replace the ORB's own, to which its libraries refer without a version.
-    EXPECT_THAT(unversioned,
-                UnorderedElementsAre(
-                    "_ZN18omniRemoteIdentity8dispatchER18omniCallDescriptor",
-                    "_ZN22cdrEncapsulationStreamC1Ejb",
-                    "_ZN14PortableServer21DynamicImplementation9_dispatchER14omniCallHandle",
-                    "_ZTv0_n80_N14PortableServer21DynamicImplementation9_dispatchER14omniCallHandle"));
+    EXPECT_THAT(
+        unversioned,
+        UnorderedElementsAre(
+            "_ZN18omniRemoteIdentity8dispatchER18omniCallDescriptor", "_ZN22cdrEncapsulationStreamC1Ejb",
+            "_ZN14PortableServer21DynamicImplementation9_dispatchER14omniCallHandle",
+            "_ZTv0_n80_N14PortableServer21DynamicImplementation9_dispatchER14omniCallHandle"));
 }
 
 TEST(ExportedSymbols, OfThePlatformHaveNoVersionSinceOthersTakeTheirPlace) {
