@@ -29,14 +29,19 @@ class Line:
 
     def as_json(self):
         return {"kind": self.kind, "times": len(self.recoveries), "recovery_stated_s": self.stated,
-                "recovery_median_s": _median(self.recoveries), "recovery_worst_s": max(self.recoveries, default=None),
+                "recovery_median_s": _rounded(_median(self.recoveries)),
+                "recovery_worst_s": _rounded(max(self.recoveries, default=None)),
                 "requests": self.requests, "events": self.events, "audit": self.audit,
                 "problems": self.problems,
                 "balances": not self.problems}
 
 
 def _median(numbers):
-    return round(statistics.median(numbers), 2) if numbers else None
+    return statistics.median(numbers) if numbers else None
+
+
+def _rounded(number):
+    return None if number is None else round(number, 2)
 
 
 def _seconds(number):
