@@ -66,7 +66,7 @@ foreach(name qv_corba_pub qv_orb)
 endforeach()
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  FILES_MATCHING PATTERN "*.md" PATTERN "steps" EXCLUDE)
+  FILES_MATCHING PATTERN "*.md" PATTERN "steps" EXCLUDE PATTERN "reference" EXCLUDE)
 # The tutorial's projects, to be copied and built.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/bundle/steps DESTINATION ${CMAKE_INSTALL_DOCDIR}/bundle
   COMPONENT documentation OPTIONAL)
