@@ -1,6 +1,6 @@
 #include "tests/unit/logging/golden_values.h"
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 
 namespace qv_test {
@@ -15,7 +15,7 @@ Values::Point Point(CORBA::Long x, const char* label) {
 Values::Octets Octets(const std::string& bytes) {
     Values::Octets octets;
     octets.length(static_cast<CORBA::ULong>(bytes.size()));
-    std::memcpy(octets.get_buffer(), bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), octets.get_buffer());
     return octets;
 }
 
