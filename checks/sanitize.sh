@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds everything with sanitizers, runs the tests, and counts what the sanitizers reported in any process, also in
-# those whose output a test keeps to itself or whose end it doesn't look at.
+# those whose output a test keeps to itself.
 set -euo pipefail
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 # shellcheck source=checks/checks_lib.sh
@@ -46,17 +46,18 @@ sanitizer_options() {
 # A report's first line, such as "ERROR: AddressSanitizer: …", "x.cpp:7:3: runtime error: …".
 readonly REPORT='(ERROR: (Address|Leak)Sanitizer|WARNING: ThreadSanitizer|FATAL: ThreadSanitizer|runtime error):'
 
-count_reports() { cat "$REPORTS"/* 2>/dev/null | grep -cE "$REPORT" || true; }
+# The checks of undefined behaviour write to the standard error all the same, and so to ctest's log.
+reports_of_all() { cat "$REPORTS"/* "$BUILD/sanitize.log" 2>/dev/null | grep -E "$REPORT" || true; }
 
 show_reports() {
   local file
   for file in "$REPORTS"/*; do
-    grep -qE "$REPORT" "$file" || continue
+    [[ -f "$file" ]] || continue
     printf -- '---- %s\n' "$file"
     head -n 40 "$file"
   done
   say "what was reported, and how often"
-  grep -hE "$REPORT" "$REPORTS"/* | sed -E 's/^==[0-9]+==//; s/0x[0-9a-f]+/…/g; s/\(pid=[0-9]+\)//' | sort | uniq -c |
+  reports_of_all | sed -E 's/^==[0-9]+==//; s/0x[0-9a-f]+/…/g; s/\(pid=[0-9]+\)//' | sort | uniq -c |
     sort -rn
 }
 
@@ -69,7 +70,7 @@ say "testing"
 failed=0
 ctest --test-dir "$BUILD" --parallel "$(jobs_at_once)" --timeout 300 --output-on-failure --no-tests=error "$@" \
   >"$BUILD/sanitize.log" 2>&1 || failed=1
-reports="$(count_reports)"
+reports="$(reports_of_all | wc -l)"
 [[ "$reports" == 0 ]] || show_reports
 sed -n '/tests passed\|^No tests were found/,$p' "$BUILD/sanitize.log"
 say "$reports reports of the sanitizers; log: $BUILD/sanitize.log"
