@@ -19,8 +19,16 @@ DynamicAny::DynAnyFactory_ptr Factory() {
 }  // namespace
 
 DynamicAny::DynAny_ptr TAO_DynAnyFactory::create_dyn_any(const CORBA::Any& value) {
-    const DynamicAny::DynAnyFactory_var factory = Factory();
-    return factory->create_dyn_any(value);
+    // In two steps, as the ORB's own way loses the object when the value doesn't go into it.
+    const CORBA::TypeCode_var type = value.type();
+    DynamicAny::DynAny_var made = create_dyn_any_from_type_code(type.in());
+    try {
+        made->from_any(value);
+    } catch (...) {
+        made->destroy();
+        throw;
+    }
+    return made._retn();
 }
 
 DynamicAny::DynAny_ptr TAO_DynAnyFactory::create_dyn_any_from_type_code(CORBA::TypeCode_ptr type) {
