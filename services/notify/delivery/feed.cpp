@@ -120,6 +120,7 @@ void Feed::SetPacing(std::chrono::nanoseconds interval) {
         return;
     }
     m_pacing = interval;
+    m_in_round = false;
     m_next_round = SteadyTime::min();
     ScheduleIfUseful();
 }
@@ -158,13 +159,15 @@ Job::Next Feed::Run() {
     Next next = Next::OnSchedule();
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        for (int share = 0; share < kShare && MayRun(SteadyNow()); ++share) {
+        BeginRound();
+        for (int share = 0; share < kShare && MayRun(SteadyNow()) && !RoundOver(); ++share) {
             const Step step = m_announcements.empty() ? DeliverOne(lock) : AnnounceOne(lock);
             if (step == Step::kStop) {
                 break;
             }
         }
-        if (m_pacing.count() > 0 && m_queue.Empty()) {
+        if (RoundOver()) {
+            m_in_round = false;
             m_next_round = SteadyNow() + std::chrono::duration_cast<SteadyTime::duration>(m_pacing);
         }
         gone = m_health.State() == ConsumerState::kGone && !m_closed && !std::exchange(m_gone_told, true);
@@ -174,6 +177,18 @@ Job::Next Feed::Run() {
         m_around.gone();
     }
     return next;
+}
+
+// What comes while a round is delivered is collected for the next one.
+void Feed::BeginRound() {
+    if (m_pacing.count() > 0 && !m_in_round && MayRun(SteadyNow())) {
+        m_in_round = true;
+        m_round_left = m_queue.Size();
+    }
+}
+
+bool Feed::RoundOver() const {
+    return m_in_round && m_announcements.empty() && (m_round_left == 0 || m_queue.Empty());
 }
 
 bool Feed::AnythingToDo() const {
@@ -201,6 +216,7 @@ Feed::Step Feed::DeliverOne(std::unique_lock<std::mutex>& lock) {
     TellExpired(expired, done);
     Step step = Step::kGoOn;
     if (event != nullptr) {
+        m_round_left -= std::min<std::size_t>(m_round_left, 1);
         const std::shared_ptr<ConsumerPort> port = m_port;
         lock.unlock();
         const CallOutcome outcome = port->Push(event->body);
@@ -250,6 +266,7 @@ Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome,
         ++m_counts.in_doubt;
         m_report.InDoubt(event->sequence, Peer(), outcome.reason);
     }
+    ++m_round_left;
     TellDropped(m_queue.Return(event), "there is no room for more", m_counts.discarded, done);
     NoteState(outcome.reason);
     return action == ConsumerHealth::Action::kTryAtOnce ? Step::kGoOn : Step::kStop;

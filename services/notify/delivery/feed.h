@@ -60,7 +60,8 @@ class Feed : public Job {
     bool Suspended() const;
 
     void SetPolicy(const QueuePolicy& policy);
-    /// Events are collected for that long between two rounds of delivery; 0: no pause.
+    /// Events are collected for that long between two rounds of delivery, each of which takes what waits when
+    /// it begins; 0: no pause.
     void SetPacing(std::chrono::nanoseconds interval);
 
     /// Drops one event by the discard policy; false when there is none.
@@ -80,6 +81,8 @@ class Feed : public Job {
     };
     enum class Step { kGoOn, kStop };
 
+    void BeginRound();
+    bool RoundOver() const;
     bool MayRun(SteadyTime now) const;
     Next WhenToGoOn(SteadyTime now) const;
     Step DeliverOne(std::unique_lock<std::mutex>& lock);
@@ -105,6 +108,8 @@ class Feed : public Job {
     std::vector<Announcement> m_announcements;
     std::chrono::nanoseconds m_pacing{0};
     SteadyTime m_next_round = SteadyTime::min();
+    bool m_in_round = false;       // of pacing
+    std::size_t m_round_left = 0;  // events of the round that still wait
     bool m_closed = false;
     bool m_gone_told = false;
     EventPtr m_in_doubt;  // the last event of which that was told

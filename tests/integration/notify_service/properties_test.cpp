@@ -209,15 +209,12 @@ TEST_F(NotifyProperties, EventsAreCollectedWithinThePacingInterval) {
     const auto consumer = RecordingConsumer::Connect(channel.consumers.in());
     const auto supplier = RecordingSupplier::Connect(channel.suppliers.in());
     consumer->Proxy()->set_qos(Properties({PropertyOf("PacingInterval", CORBA::ULongLong{5000000})}));
-    // An event that comes while the one before is being delivered still belongs to the same round.
-    bool collected = false;
-    for (std::int32_t number = 1; number <= 20 && !collected; ++number) {
-        const auto start = std::chrono::steady_clock::now();
-        supplier->Push(EventOf("NT_ALARM", number));
-        ASSERT_TRUE(consumer->WaitForCount(static_cast<std::size_t>(number)));
-        collected = std::chrono::steady_clock::now() - start > std::chrono::milliseconds(250);
-    }
-    EXPECT_TRUE(collected);
+    const auto start = std::chrono::steady_clock::now();
+    supplier->Push(EventOf("NT_ALARM", 1));
+    ASSERT_TRUE(consumer->WaitForCount(1));
+    supplier->Push(EventOf("NT_ALARM", 2));
+    ASSERT_TRUE(consumer->WaitForCount(2));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
 }
 
 TEST_F(NotifyProperties, AChannelTakesSoManyClients) {

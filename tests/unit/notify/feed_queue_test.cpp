@@ -154,6 +154,38 @@ TEST_F(FeedQueueTest, CollectsEventsBetweenTwoRounds) {
     EXPECT_EQ(port->Got(), Names(1, 4));
 }
 
+TEST_F(FeedQueueTest, AnEventThatComesDuringARoundBelongsToTheNext) {
+    Gate gate;
+    const OpensAtEnd opens(gate);
+    const auto feed = MakeFeed();
+    port->AnswerWith([&](std::int64_t sequence) {
+        if (sequence == 1) {
+            gate.Wait();
+        }
+        return CallOutcome{};
+    });
+    feed->Connect(port);
+    feed->SetPacing(1h);
+    feed->Add(EventNumber(1));
+    ASSERT_TRUE(WaitFor([&] { return port->Tried().size() == 1; }));
+    feed->Add(EventNumber(2));
+    gate.Open();
+    ASSERT_TRUE(port->WaitForGot(1));
+    WaitUntilIdle();
+    EXPECT_EQ(port->Got(), Names(1, 1));
+    feed->SetPacing(1ms);
+    EXPECT_TRUE(port->WaitForGot(2));
+}
+
+TEST_F(FeedQueueTest, ARoundTakesAllThatWaitedWhenItBegan) {
+    const auto feed = MakeFeed();
+    AddFromTo(*feed, 1, 100);
+    feed->SetPacing(1h);
+    feed->Connect(port);
+    ASSERT_TRUE(port->WaitForGot(100));
+    EXPECT_EQ(port->Got(), Names(1, 100));
+}
+
 TEST_F(FeedQueueTest, ResumedWithinAPauseOfPacingItGoesOnAfterIt) {
     const auto feed = MakeFeed();
     feed->Connect(port);
