@@ -1,6 +1,5 @@
 #include "demo/agent/session_directory.h"
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -103,10 +102,17 @@ std::shared_ptr<const Session> SessionDirectory::Find(SessionId id) {
 }
 
 std::shared_ptr<const Session> SessionDirectory::Of(PortableServer::POA_ptr session_poa) {
+    const PortableServer::POA_var client_poa = session_poa->the_parent();
+    const CORBA::String_var identity = client_poa->the_name();
+    const auto session = Find(identity.in());
+    // The same client may have logged in anew, below an adapter of the same name.
+    return session && session->poas.session->_is_equivalent(session_poa) ? session : nullptr;
+}
+
+std::shared_ptr<const Session> SessionDirectory::Find(const std::string& identity) {
     const std::lock_guard<std::mutex> guard(mutex_);
-    const auto found = std::find_if(sessions_.begin(), sessions_.end(), [&](const auto& entry) {
-        return entry.second->poas.session->_is_equivalent(session_poa);
-    });
+    const auto id = table_.Find(identity);
+    const auto found = id ? sessions_.find(*id) : sessions_.end();
     return found == sessions_.end() ? nullptr : found->second;
 }
 

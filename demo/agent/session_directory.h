@@ -43,7 +43,8 @@ class SessionDirectory {
     /// Null when it has ended.
     std::shared_ptr<const Session> Find(SessionId id);
 
-    /// The session that `session_poa`, an adapter named "session", belongs to; null when it has ended.
+    /// The session that `session_poa`, an adapter named "session", belongs to; null when it has ended. Raises
+    /// CORBA::OBJECT_NOT_EXIST when the adapter is gone as well.
     std::shared_ptr<const Session> Of(PortableServer::POA_ptr session_poa);
 
     /// Ends those that have been silent for too long.
@@ -60,6 +61,7 @@ class SessionDirectory {
 
     void Close(const Session& session, const std::string& why);
     std::shared_ptr<const Session> Take(SessionId id);
+    std::shared_ptr<const Session> Find(const std::string& identity);
 
     const PortableServer::POA_var parent_;
     IteratorDirectory& iterators_;

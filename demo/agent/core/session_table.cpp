@@ -13,24 +13,26 @@ SessionTable::SessionTable(SessionLimits limits, Clock clock) : limits_(limits),
 
 SessionTable::Admission SessionTable::Admit(const std::string& identity) {
     Admission admission;
-    const auto same = std::find_if(sessions_.begin(), sessions_.end(),
-                                   [&](const auto& entry) { return entry.second.identity == identity; });
-    if (same != sessions_.end()) {
-        admission.evicted.push_back(same->first);
-        sessions_.erase(same);
+    if (const auto same = Find(identity)) {
+        admission.evicted.push_back(Evict(sessions_.find(*same)));
     }
     const auto limit = static_cast<std::size_t>(std::max(limits_.max_sessions, 1));
     if (sessions_.size() >= limit && limits_.strategy == ReleaseStrategy::kRefuseNewcomer) {
         return admission;
     }
     while (sessions_.size() >= limit) {
-        admission.evicted.push_back(sessions_.begin()->first);
-        sessions_.erase(sessions_.begin());
+        admission.evicted.push_back(Evict(sessions_.begin()));
     }
     admission.admitted = true;
     admission.id = next_id_++;
     sessions_.emplace(admission.id, Entry{identity, clock_()});
+    by_identity_.emplace(identity, admission.id);
     return admission;
+}
+
+std::optional<SessionId> SessionTable::Find(const std::string& identity) const {
+    const auto found = by_identity_.find(identity);
+    return found == by_identity_.end() ? std::nullopt : std::optional<SessionId>(found->second);
 }
 
 bool SessionTable::Touch(SessionId id) {
@@ -43,7 +45,12 @@ bool SessionTable::Touch(SessionId id) {
 }
 
 bool SessionTable::Remove(SessionId id) {
-    return sessions_.erase(id) != 0;
+    const auto found = sessions_.find(id);
+    if (found == sessions_.end()) {
+        return false;
+    }
+    Erase(found);
+    return true;
 }
 
 std::vector<SessionId> SessionTable::TakeSilent() {
@@ -55,12 +62,23 @@ std::vector<SessionId> SessionTable::TakeSilent() {
     for (auto entry = sessions_.begin(); entry != sessions_.end();) {
         if (now - entry->second.last_heard > limits_.silent_time) {
             silent.push_back(entry->first);
-            entry = sessions_.erase(entry);
+            entry = Erase(entry);
         } else {
             ++entry;
         }
     }
     return silent;
+}
+
+SessionTable::Entries::iterator SessionTable::Erase(Entries::iterator session) {
+    by_identity_.erase(session->second.identity);
+    return sessions_.erase(session);
+}
+
+SessionId SessionTable::Evict(Entries::iterator session) {
+    const SessionId id = session->first;
+    Erase(session);
+    return id;
 }
 
 }  // namespace qv_demo

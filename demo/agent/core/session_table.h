@@ -3,7 +3,9 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "demo/agent/core/clock.h"
@@ -45,6 +47,9 @@ class SessionTable {
     /// user on one connection is one OSS, and it has just started anew.
     Admission Admit(const std::string& identity);
 
+    /// The session of that identity, nothing when there is none.
+    std::optional<SessionId> Find(const std::string& identity) const;
+
     /// Notes that the session was heard of. False when there is no such session.
     bool Touch(SessionId id);
 
@@ -61,11 +66,17 @@ class SessionTable {
         std::string identity;
         TimePoint last_heard;
     };
+    using Entries = std::map<SessionId, Entry>;
+
+    /// Takes the session out and returns what follows it.
+    Entries::iterator Erase(Entries::iterator session);
+    SessionId Evict(Entries::iterator session);
 
     const SessionLimits limits_;
     const Clock clock_;
     SessionId next_id_ = 1;
-    std::map<SessionId, Entry> sessions_;  // ids rise, so the map's order is the order of opening
+    Entries sessions_;  // ids rise, so the map's order is the order of opening
+    std::unordered_map<std::string, SessionId> by_identity_;
 };
 
 }  // namespace qv_demo

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
+
 #include "manual_clock.h"
 
 namespace qv_demo {
@@ -94,6 +96,25 @@ TEST(SessionTable, RemoveMakesRoomOnce) {
     EXPECT_TRUE(table.Remove(first.id));
     EXPECT_FALSE(table.Remove(first.id));
     EXPECT_TRUE(table.Admit("b").admitted);
+}
+
+TEST(SessionTable, FindsASessionByItsIdentityUntilItIsGoneWhateverTheWay) {
+    ManualClock time;
+    SessionTable table(Limits(2, ReleaseStrategy::kFirstInFirstOut, seconds(10)), time.clock());
+    EXPECT_EQ(table.Find("a"), std::nullopt);
+    table.Admit("a");
+    const auto again = table.Admit("a");
+    EXPECT_EQ(table.Find("a"), again.id) << "replaced by its own client";
+    table.Remove(again.id);
+    EXPECT_EQ(table.Find("a"), std::nullopt) << "removed";
+    table.Admit("b");
+    table.Admit("c");
+    const auto newcomer = table.Admit("d");
+    EXPECT_EQ(table.Find("b"), std::nullopt) << "made room";
+    EXPECT_EQ(table.Find("d"), newcomer.id);
+    time.Advance(seconds(11));
+    table.TakeSilent();
+    EXPECT_EQ(table.Find("d"), std::nullopt) << "silent";
 }
 
 TEST(SessionTable, OnlyTheValueOneMeansFirstInFirstOut) {
