@@ -126,6 +126,7 @@ class Scene {
     void Overflow() {
         m_suppliers->Allow(m_suppliers->Taken() + kOverflow);
         Consumer& small = Join("small");
+        Consumer& watcher = Join("watcher");
         // What is lost from now on is lost between events that it gets.
         ASSERT_TRUE(qv_test::WaitFor([&] { return small.HasOneOfEach(); })) << m_service.Said();
         const auto proxy = small.Servant().Proxy();
@@ -136,6 +137,10 @@ class Scene {
         const std::int64_t begin = m_suppliers->Taken();
         m_suppliers->Allow(begin + kOverflow + kAhead);
         ASSERT_TRUE(m_suppliers->WaitForTaken(begin + kOverflow)) << m_service.Said();
+        // The service takes events before it hands them to the queues; the watcher never hangs.
+        m_suppliers->Pause();
+        ASSERT_TRUE(qv_test::WaitFor([&] { return watcher.HasTheLast(*m_suppliers); })) << m_service.Said();
+        m_suppliers->GoOn();
         // Nothing is lost any more, and each supplier thread pushes once again: then the last of each
         // arrives.
         Insist([&] {
@@ -146,6 +151,7 @@ class Scene {
         m_suppliers->Pause();
         ASSERT_TRUE(qv_test::WaitFor([&] { return small.HasTheLast(*m_suppliers); })) << m_service.Said();
         small.Leave();
+        watcher.Leave();
         ASSERT_EQ(m_service.Stop(), 0);
         m_service.Start();
         m_suppliers->GoOn();

@@ -7,16 +7,14 @@
 
 #include "bench/ssl/trouble.h"
 #include "ssl_server.h"
+#include "tests/support/sanitized.h"
 
 namespace {
 
 using namespace qv_test;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr double kLeastRatio = 0.1;  // a handshake costs many times what it does otherwise
-#else
-constexpr double kLeastRatio = 0.2;
-#endif
+// Under a sanitizer a handshake costs many times what it does otherwise.
+constexpr double kLeastRatio = kSanitized ? 0.1 : 0.2;
 
 class TroubleTest : public SslTest, public ::testing::WithParamInterface<std::string> {
   protected:
