@@ -24,6 +24,12 @@ std::string Caller(const Json::Value& host) {
     return ip.empty() && port.empty() ? "" : ip + ":" + port;
 }
 
+/// Milliseconds since 1970, of the years up to 9999, so that differences and sums of times stay numbers.
+std::int64_t Time(const Json::Value& timestamp) {
+    constexpr std::int64_t kLatest = 253402300799999;
+    return std::clamp<std::int64_t>(timestamp.asInt64(), 0, kLatest);
+}
+
 /// Throws Json::Exception when it is no span.
 SpanRow Row(const Json::Value& span) {
     SpanRow row;
@@ -31,8 +37,8 @@ SpanRow Row(const Json::Value& span) {
     if (!annotations.isArray() || annotations.size() != 2) {
         throw Json::RuntimeError("no times");
     }
-    row.begin_ms = annotations[0]["timestamp"].asInt64();
-    row.duration_ms = std::max<std::int64_t>(0, annotations[1]["timestamp"].asInt64() - row.begin_ms);
+    row.begin_ms = Time(annotations[0]["timestamp"]);
+    row.duration_ms = std::max<std::int64_t>(0, Time(annotations[1]["timestamp"]) - row.begin_ms);
     row.caller = Caller(annotations[0]["host"]);
     row.trace = span["traceId"].asString();
     const std::string name = span["name"].asString();
