@@ -4,6 +4,8 @@ set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 readonly ROOT
+# shellcheck source=scripts/build_lib.sh
+source "$ROOT/scripts/build_lib.sh"
 readonly WORK_DIR="${QV_WORK_DIR:-$ROOT/build/work}"
 
 # Debian packages that building and running need.
@@ -28,14 +30,6 @@ packages_of() {
     faults) echo iproute2 faketime procps ;;
     bench) echo gnuplot-nox ;;
   esac
-}
-
-say() { printf '==> %s\n' "$*"; }
-
-# One sentence on what went wrong and one on what to do; ends the script.
-die() {
-  printf 'run.sh: %s\n' "$*" >&2
-  exit 1
 }
 
 usage() {
@@ -104,33 +98,10 @@ install_deps() {
     die "installing failed; apt's message above says why. This needs Debian 12 or later: ${missing[*]}"
 }
 
-# Compiling takes up to 1.5 GB per job; more jobs than fit into memory would make the machine swap.
-build_jobs() {
-  local cores memory_kb fitting
-  cores="$(nproc)"
-  memory_kb="$(awk '/^MemAvailable:/ { print $2 }' /proc/meminfo)"
-  fitting=$((${memory_kb:-0} / 1500000))
-  ((fitting >= 1)) || fitting=1
-  echo $((fitting < cores ? fitting : cores))
-}
-
-# build PRESET [TARGET...]
-build() {
-  local preset="$1" launcher=()
-  shift
-  if command -v ccache >/dev/null; then
-    export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
-    launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-  fi
-  mkdir -p "$ROOT/build" || die "the directory $ROOT/build cannot be made. Give this user the right to write there."
-  say "configuring build/$preset"
-  cmake --preset "$preset" "${launcher[@]}" >"$ROOT/build/$preset-configure.log" 2>&1 || {
-    cat "$ROOT/build/$preset-configure.log" >&2
-    die "configuring failed; the message above says why. If the folder was moved, delete build/$preset and try again."
-  }
-  say "building build/$preset"
-  cmake --build --preset "$preset" --parallel "${QV_JOBS:-$(build_jobs)}" ${1:+--target "$@"} ||
-    die "the build failed; the first error above says why. If memory ran out, try QV_JOBS=1 ./run.sh ..."
+# build_preset PRESET [TARGET...]
+build_preset() {
+  configure "$ROOT" "$1"
+  build "$ROOT" "$@"
 }
 
 # build_programs: what the demo and the agent run, without tests and benchmarks.
@@ -139,7 +110,7 @@ build_programs() {
   for folder in standalone services demo tools; do
     [[ ! -f "$ROOT/$folder/CMakeLists.txt" ]] || targets+=("$folder/all")
   done
-  build default "${targets[@]}"
+  build_preset default "${targets[@]}"
 }
 
 make_work_dir() {
@@ -189,7 +160,7 @@ run_agent() {
 }
 
 run_test() {
-  build default
+  build_preset default
   say "testing"
   exec ctest --preset default "$@"
 }
@@ -201,12 +172,12 @@ run_packages() { run_script packaging/packages.sh "$ROOT/build/packages" "$@"; }
 run_abi() { run_script packaging/abi/check_abi.sh "$ROOT/build/abi" "$@"; }
 
 run_bench() {
-  build bench bench/all
+  build_preset bench bench/all
   run_script bench/run_bench.sh "$ROOT/build/bench" "$@"
 }
 
 run_faults() {
-  build default standalone/all services/all demo/all tools/all faults
+  build_preset default standalone/all services/all demo/all tools/all faults
   make_work_dir
   run_script tests/faults/run_faults.sh "$ROOT/build/default" "$WORK_DIR" "$@"
 }

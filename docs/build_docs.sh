@@ -6,12 +6,8 @@ set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 readonly ROOT
 readonly REFERENCE="$ROOT/docs/reference"
-
-say() { printf '==> %s\n' "$*"; }
-die() {
-  printf 'build_docs.sh: %s\n' "$*" >&2
-  exit 1
-}
+# shellcheck source=scripts/build_lib.sh
+source "$ROOT/scripts/build_lib.sh"
 
 # The headers that an installation has, by the rule of cmake/QvInstallHeaders.cmake, and the platform's.
 public_headers() {

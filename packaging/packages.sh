@@ -4,6 +4,8 @@ set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 readonly ROOT
+# shellcheck source=scripts/build_lib.sh
+source "$ROOT/scripts/build_lib.sh"
 
 usage() {
   cat <<'TEXT'
@@ -12,18 +14,6 @@ usage: packages.sh WORKDIR [--no-test]
 Leaves the packages in WORKDIR. The last step, to install, run and remove them in a throw-away system, needs root; it is
 left out with --no-test.
 TEXT
-}
-
-say() { printf '==> %s\n' "$*"; }
-
-die() {
-  printf 'packages.sh: %s\n' "$*" >&2
-  exit 1
-}
-
-# need PROGRAM PACKAGE
-need() {
-  command -v "$1" >/dev/null || die "$1 is missing; install the package $2."
 }
 
 export_head() {

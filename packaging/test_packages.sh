@@ -4,6 +4,8 @@ set -euo pipefail
 
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 readonly HERE
+# shellcheck source=scripts/build_lib.sh
+source "$HERE/../scripts/build_lib.sh"
 
 usage() {
   cat <<'TEXT'
@@ -13,11 +15,6 @@ WORKDIR holds the packages, as packages.sh leaves them there. The system they ar
 layer above it that takes all changes and is forgotten at the end; it has no network but the loopback interface. Needs
 root.
 TEXT
-}
-
-die() {
-  printf 'test_packages.sh: %s\n' "$*" >&2
-  exit 1
 }
 
 # What packages changed without being asked to: package management itself, its caches and logs.
