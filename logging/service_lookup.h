@@ -22,7 +22,8 @@ class ServiceLookup {
     /// @param name the service's name, under which the platform caches it
     /// @param bundle the one bundle to ask; empty asks all
     /// @param serviceObject the one service object to ask in a bundle; empty asks all
-    explicit ServiceLookup(std::string name, std::string bundle = {}, std::string serviceObject = {}) noexcept
+    explicit ServiceLookup(const std::string& name, std::string bundle = {},
+                           std::string serviceObject = {}) noexcept
         : m_bundle(std::move(bundle)),
           m_serviceObject(std::move(serviceObject)),
           m_null(NS_BUNDLEMGR1::NULLServiceInterface<T>::Instance()),

@@ -127,11 +127,12 @@ int Run(std::size_t count, std::size_t events, const std::string& reference, boo
     }
     std::printf("ready\n");
     std::fflush(stdout);
-    while (count > 0) {
-        tally.WaitAndPrint();
-    }
     for (;;) {
-        pause();
+        if (count > 0) {
+            tally.WaitAndPrint();
+        } else {
+            pause();
+        }
     }
 }
 

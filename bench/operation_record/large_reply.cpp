@@ -152,6 +152,7 @@ int main(int argc, char** argv) {
     PortableInterceptor::register_orb_initializer(initializer);
     std::vector<std::string> words = {"bench", "-ORBEndpoint", "iiop://127.0.0.1:0"};
     std::vector<char*> args;
+    args.reserve(words.size());
     for (std::string& word : words) {
         args.push_back(&word[0]);
     }

@@ -36,7 +36,7 @@ std::string OwnAddress() {
 
 std::string WhyNoOrb() {
     const bool ssl = Config().GetSSLMode() != 0;
-    const std::string reason = WhyNotListening(OwnAddress(), ssl ? "CORBAAgent_SSLPort" : "CORBAAgent_Port");
+    std::string reason = WhyNotListening(OwnAddress(), ssl ? "CORBAAgent_SSLPort" : "CORBAAgent_Port");
     if (!reason.empty()) {
         return reason;
     }

@@ -19,6 +19,9 @@ void EventManager::raiseEvents(CORBA::ULong count, CORBA::ULong per_second) {
         Fail(globaldefs::EXCPT_INVALID_INPUT,
              "perSecond goes from 1 to " + std::to_string(EventSource::kMostPerSecond));
     }
+    if (ems().events == nullptr) {
+        Fail(globaldefs::EXCPT_NOT_IMPLEMENTED, "this EMS sends no events");
+    }
     if (!ems().events->Raise(count, per_second)) {
         Fail(globaldefs::EXCPT_CAPACITY_EXCEEDED,
              "at most " + std::to_string(EventSource::kMostAtOnce) + " events wait to be raised");

@@ -94,13 +94,13 @@ void BeginTask(PortableInterceptor::ServerRequestInfo* info, const std::string& 
                                     ShortName(interface.in()) + "/" + operation.in());
 }
 
-const std::string& CallerAddress() {
+std::string CallerAddress() {
     return caller_address;
 }
 
 void RegisterTaskContext() {
     PortableInterceptor::ORBInitializer_var initializer = new TaskKeeperInitializer;
     PortableInterceptor::register_orb_initializer(initializer.in());
-}
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the ORB counts the reference
 
 }  // namespace qv_demo

@@ -12,7 +12,7 @@ namespace qv_demo {
 void BeginTask(PortableInterceptor::ServerRequestInfo* info, const std::string& address);
 
 /// The address of the running task; empty when there is none.
-const std::string& CallerAddress();
+std::string CallerAddress();
 
 /// To be called before the ORB is initialised: from then on a task ends with its request, however that ended,
 /// and a request that this process made of itself meanwhile leaves the outer one as it was. The library's

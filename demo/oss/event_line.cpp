@@ -22,7 +22,7 @@ std::string Column(const std::string& text, std::size_t width) {
 }
 
 std::string SeverityColumn(const std::string& severity, bool colours) {
-    const std::string column = Column(severity, 8);
+    std::string column = Column(severity, 8);
     for (const auto& [name, colour] : kColours) {
         if (colours && severity == name) {
             return colour + column + kPlain;

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kFactoryKind = "EmsSessionFactory_I";
 // Contexts may be bound in a circle.
 constexpr int kDeepest = 16;
-constexpr std::size_t kLongestReference = 64 * 1024;
+constexpr std::size_t kLongestReference = std::size_t{64} * 1024;
 
 std::string ReadReference(const std::string& file) {
     std::ifstream in(file);

@@ -11,6 +11,7 @@ OssOrb::OssOrb(const char* program, const std::string& ssl_profile) {
         words.insert(words.end(), {"-ORBSvcConf", ssl_profile});
     }
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
