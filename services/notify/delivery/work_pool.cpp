@@ -3,7 +3,11 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <string>
+#include <system_error>
 #include <utility>
+
+#include "services/notify/delivery/operator_log.h"
 
 namespace qv_notify {
 
@@ -19,11 +23,14 @@ void LetOthersGoAhead() {
 
 }  // namespace
 
-WorkPool::WorkPool(std::size_t max_threads)
+WorkPool::WorkPool(std::size_t max_threads, OperatorLog* log, ThreadStart start)
     : m_max_threads(std::max<std::size_t>(1, max_threads)),
       m_least_at_a_time(
           std::min<std::size_t>(m_max_threads, 2 * std::max(1U, std::thread::hardware_concurrency()))),
+      m_log(log),
+      m_start(std::move(start)),
       m_at_a_time(m_least_at_a_time) {
+    m_threads.reserve(m_max_threads);
     m_timekeeper = std::thread([this] { KeepTime(); });
 }
 
@@ -61,34 +68,57 @@ void WorkPool::MakeReady(const std::shared_ptr<Job>& job) {
 }
 
 void WorkPool::AssignReady() {
-    while (!m_ready.empty() && m_running < m_at_a_time && ThreadToBeHad()) {
-        Assign(m_ready.front().job, false);
+    while (!m_ready.empty() && m_running < m_at_a_time && ThreadToBeHad() &&
+           Assign(m_ready.front().job, false)) {
         m_ready.pop_front();
     }
-    while (!m_ready_slow.empty() && m_running_slow < MostSlow() && ThreadToBeHad()) {
-        Assign(m_ready_slow.front(), true);
+    while (!m_ready_slow.empty() && m_running_slow < MostSlow() && ThreadToBeHad() &&
+           Assign(m_ready_slow.front(), true)) {
         m_ready_slow.pop_front();
     }
-    if (!m_ready.empty() &&
+    if (!m_ready.empty() && ThreadToBeHad() &&
         (!m_timekeeper_wakes || *m_timekeeper_wakes > m_ready.front().since + kPatience)) {
         m_time.notify_one();
     }
 }
 
 bool WorkPool::ThreadToBeHad() const {
-    return m_free > m_assigned.size() || m_threads.size() < m_max_threads;
+    return m_free > m_assigned.size() || (m_threads.size() < m_max_threads && !m_no_thread_until);
 }
 
-void WorkPool::Assign(const std::shared_ptr<Job>& job, bool slow) {
+// False when there is no thread for the job, which then stays where it waits.
+bool WorkPool::Assign(const std::shared_ptr<Job>& job, bool slow) {
+    const bool one_is_free = m_assigned.size() < m_free;
+    if (!one_is_free && !AddThread()) {
+        return false;
+    }
     ++(slow ? m_running_slow : m_running);
     job->m_place = Job::Place::kRunning;
     m_assigned.push_back({job, slow});
-    if (m_assigned.size() <= m_free) {
+    if (one_is_free) {
         m_work.notify_one();
-        return;
     }
-    ++m_free;
-    m_threads.emplace_back([this] { Work(); });
+    return true;
+}
+
+// The system may have no thread to give: then no more are asked for until the timekeeper says so.
+bool WorkPool::AddThread() {
+    try {
+        m_threads.push_back(m_start([this] { Work(); }));
+        ++m_free;
+        return true;
+    } catch (const std::system_error& error) {
+        m_no_thread_until = std::chrono::steady_clock::now() + kPauseOfThreads;
+        m_time.notify_one();
+        if (m_log != nullptr) {
+            m_log->Tell("threads", std::string("no thread can be started (") + error.code().message() +
+                                       "): work goes on with " + std::to_string(m_threads.size()) + " of " +
+                                       std::to_string(m_max_threads) +
+                                       ", and what is too much for them waits. Raise the limit of tasks "
+                                       "(TasksMax, ulimit -u) or lower --threads.");
+        }
+        return false;
+    }
 }
 
 std::size_t WorkPool::MostSlow() const {
@@ -196,6 +226,9 @@ void WorkPool::KeepTime() {
             m_time.wait(lock);
         }
         const SteadyTime now = std::chrono::steady_clock::now();
+        if (m_no_thread_until && *m_no_thread_until <= now) {
+            m_no_thread_until.reset();
+        }
         MoveDueToReady(now, let_go);
         LosePatience(now);
         AssignReady();
@@ -211,6 +244,9 @@ std::optional<SteadyTime> WorkPool::NextMoment() const {
     if (!m_ready.empty() && ThreadToBeHad()) {
         const SteadyTime end = m_ready.front().since + kPatience;
         moment = moment ? std::min(*moment, end) : end;
+    }
+    if (m_no_thread_until) {
+        moment = moment ? std::min(*moment, *m_no_thread_until) : m_no_thread_until;
     }
     return moment;
 }

@@ -5,14 +5,18 @@
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace qv_notify {
+
+class OperatorLog;
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
@@ -49,11 +53,19 @@ class Job : public std::enable_shared_from_this<Job> {
 /// As many jobs run at a time as there are processors to run them, twice over, for more would only get in
 /// each other's way. When jobs wait for longer than that takes, those that run wait for something themselves,
 /// for a client far away or one that hangs; then more are run, up to the limit. Threads are started as they
-/// are needed, and stay. Any thread may call.
+/// are needed, and stay. Where the system has none to give, jobs wait for the threads that there are, or for
+/// the next attempt, which is made after kPauseOfThreads. Any thread may call.
 class WorkPool {
   public:
-    /// At least one thread, even for a limit of 0.
-    explicit WorkPool(std::size_t max_threads);
+    static constexpr std::chrono::milliseconds kPauseOfThreads{1000};
+
+    /// Starts a thread with that work; throws std::system_error when there is none to be had.
+    using ThreadStart = std::function<std::thread(std::function<void()> work)>;
+    static std::thread StartThread(std::function<void()> work) { return std::thread(std::move(work)); }
+
+    /// At least one thread, even for a limit of 0. `log` outlives the pool and hears of threads that can't be
+    /// had; null: nobody does. Throws std::system_error when there is no thread for the time either.
+    explicit WorkPool(std::size_t max_threads, OperatorLog* log = nullptr, ThreadStart start = StartThread);
     /// Stops as Stop does, and waits for the threads.
     ~WorkPool();
     WorkPool(const WorkPool&) = delete;
@@ -87,7 +99,8 @@ class WorkPool {
     void KeepTime();
     void MakeReady(const std::shared_ptr<Job>& job);
     void AssignReady();
-    void Assign(const std::shared_ptr<Job>& job, bool slow);
+    bool Assign(const std::shared_ptr<Job>& job, bool slow);
+    bool AddThread();
     bool ThreadToBeHad() const;
     void MoveDueToReady(SteadyTime now, std::vector<std::shared_ptr<Job>>& let_go);
     void LosePatience(SteadyTime now);
@@ -97,6 +110,8 @@ class WorkPool {
 
     const std::size_t m_max_threads;
     const std::size_t m_least_at_a_time;
+    OperatorLog* const m_log;
+    const ThreadStart m_start;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_work;
@@ -111,6 +126,7 @@ class WorkPool {
     std::size_t m_running = 0;  // jobs assigned or running, without the slow ones
     std::size_t m_running_slow = 0;
     std::size_t m_at_a_time;
+    std::optional<SteadyTime> m_no_thread_until;  // after a failure to start one
     std::optional<SteadyTime> m_timekeeper_wakes;
     bool m_stopped = false;
     std::thread m_timekeeper;

@@ -28,8 +28,8 @@ ServiceContext::ServiceContext(CORBA::ORB_ptr orb, Store* store, OperatorLog& lo
       m_store(store),
       m_log(log),
       m_limits(limits),
-      m_intake_pool(kIntakeThreads),
-      m_delivery_pool(limits.delivery_threads) {
+      m_intake_pool(kIntakeThreads, &log),
+      m_delivery_pool(limits.delivery_threads, &log) {
     const CORBA::Object_var object = orb->resolve_initial_references("RootPOA");
     const PortableServer::POA_var root = PortableServer::POA::_narrow(object.in());
     m_poa = MakePoa(root.in(), "notify_run", PortableServer::TRANSIENT);

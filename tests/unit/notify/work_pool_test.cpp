@@ -4,7 +4,11 @@
 
 #include <atomic>
 #include <functional>
+#include <string>
+#include <system_error>
+#include <vector>
 
+#include "services/notify/delivery/operator_log.h"
 #include "tests/support/wait_for.h"
 #include "tests/unit/notify/gate.h"
 
@@ -253,6 +257,92 @@ TEST(WorkPool, LetsGoOfAJobWithoutItsLock) {
     WorkPool pool(1);
     pool.Schedule(std::make_shared<LooksAtThePool>(pool, seen));
     EXPECT_TRUE(WaitFor([&] { return seen == 1; }));
+}
+
+/// A system that gives threads as long as the test lets it.
+class ScarceThreads : public testing::Test {
+  protected:
+    std::thread Start(std::function<void()> work) {
+        if (left-- <= 0) {
+            left = 0;
+            ++refused;
+            throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+        }
+        return std::thread(std::move(work));
+    }
+    std::size_t Told() {
+        const std::lock_guard<std::mutex> guard(mutex);
+        return lines.size();
+    }
+    std::unique_ptr<WorkPool> MakePool() {
+        return std::make_unique<WorkPool>(
+            4, &log, [this](std::function<void()> work) { return Start(std::move(work)); });
+    }
+
+    std::atomic<int> left{0};
+    std::atomic<int> refused{0};
+    std::mutex mutex;
+    std::vector<std::string> lines;
+    qv_notify::OperatorLog log{[this](const std::string& line) {
+        const std::lock_guard<std::mutex> guard(mutex);
+        lines.push_back(line);
+    }};
+};
+
+TEST_F(ScarceThreads, JobsWaitUntilThereIsAThread) {
+    const auto pool = MakePool();
+    const auto quick = Quick();
+    const auto slow = std::make_shared<TestJob>([](int) { return Job::Next::OnSchedule(); }, true);
+    pool->Schedule(quick);
+    pool->Schedule(quick);
+    pool->Schedule(slow);
+    EXPECT_EQ(pool->Threads(), 0U);
+    EXPECT_EQ(Told(), 1U);
+    left = 1;
+    EXPECT_TRUE(WaitFor([&] { return quick->runs == 1 && slow->runs == 1; }, 10s));
+    ASSERT_TRUE(pool->WaitUntilIdle(Now() + 30s));
+    EXPECT_EQ(quick->runs, 1);
+    EXPECT_EQ(slow->runs, 1);
+    EXPECT_EQ(pool->Threads(), 1U);
+}
+
+TEST_F(ScarceThreads, WorkGoesOnWithTheThreadsThereAre) {
+    Gate gate;
+    const auto pool = MakePool();
+    const OpensAtEnd opens(gate);
+    left = 1;
+    const auto hanging = Hanging(gate);
+    pool->Schedule(hanging);
+    std::vector<std::shared_ptr<TestJob>> jobs;
+    for (int i = 0; i < 10; ++i) {
+        jobs.push_back(std::make_shared<TestJob>(
+            [](int run) { return run < 3 ? Job::Next::Now() : Job::Next::OnSchedule(); }));
+        pool->Schedule(jobs.back());
+    }
+    ASSERT_TRUE(WaitFor([&] { return hanging->at_once == 1 && refused > 0; }));
+    gate.Open();
+    ASSERT_TRUE(pool->WaitUntilIdle(Now() + 30s));
+    for (const auto& job : jobs) {
+        EXPECT_EQ(job->runs, 3);
+        EXPECT_EQ(job->most_at_once, 1);
+    }
+    EXPECT_EQ(pool->Threads(), 1U);
+}
+
+TEST_F(ScarceThreads, ATimerThatFiresWithoutAThreadIsNotLost) {
+    const auto pool = MakePool();
+    Gate gate;
+    const OpensAtEnd opens(gate);
+    left = 1;
+    const auto timed = std::make_shared<TestJob>(
+        [](int run) { return run == 1 ? Job::Next::At(Now() + 50ms) : Job::Next::OnSchedule(); });
+    pool->Schedule(timed);
+    ASSERT_TRUE(pool->WaitUntilIdle(Now() + 30s));
+    const auto hanging = Hanging(gate);
+    pool->Schedule(hanging);
+    ASSERT_TRUE(WaitFor([&] { return refused > 0; }));
+    gate.Open();
+    EXPECT_TRUE(WaitFor([&] { return timed->runs == 2; }));
 }
 
 }  // namespace
