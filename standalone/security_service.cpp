@@ -108,9 +108,16 @@ int SecurityService::GetOperRiskLevel(const std::string& operation) {
 
 void SecurityService::Refresh() noexcept {
     try {
-        std::lock_guard<std::mutex> guard(m_refresh_lock);
-        RefreshUsers();
-        RefreshRisks();
+        std::vector<LogLine> told;
+        {
+            std::lock_guard<std::mutex> guard(m_refresh_lock);
+            RefreshUsers(told);
+            RefreshRisks(told);
+        }
+        // The log may have to be looked up first, which takes locks of the platform.
+        for (const LogLine& line : told) {
+            m_log(line.level, line.text);
+        }
     } catch (...) {
         // No memory: the next time.
     }
@@ -121,7 +128,7 @@ std::shared_ptr<const SecurityService::Users> SecurityService::CurrentUsers() {
     return m_users;
 }
 
-void SecurityService::RefreshUsers() {
+void SecurityService::RefreshUsers(std::vector<LogLine>& told) {
     FileStamp stamp = StampOf(m_options.users_file);
     if (m_options.users_file.empty() || stamp == m_users_stamp) {
         return;
@@ -131,17 +138,18 @@ void SecurityService::RefreshUsers() {
         auto users = std::make_shared<Users>();
         users->file = UserFile::Load(m_options.users_file);
         users->nobody = HashOfNobody(users->file.UsualParameters());
-        m_log(kTrace,
-              m_options.users_file + ": " + std::to_string(users->file.Lines().size()) + " user(s) read");
+        told.push_back({kTrace, m_options.users_file + ": " + std::to_string(users->file.Lines().size()) +
+                                    " user(s) read"});
         std::lock_guard<std::mutex> guard(m_users_lock);
         m_users = std::move(users);
     } catch (const std::exception& error) {
-        m_log(kFailure, std::string(error.what()) + (CurrentUsers() ? "; the users read before stay in force"
-                                                                    : "; nobody can log in"));
+        told.push_back(
+            {kFailure, std::string(error.what()) + (CurrentUsers() ? "; the users read before stay in force"
+                                                                   : "; nobody can log in")});
     }
 }
 
-void SecurityService::RefreshRisks() {
+void SecurityService::RefreshRisks(std::vector<LogLine>& told) {
     FileStamp stamp = StampOf(m_options.risk_file);
     if (m_options.risk_file.empty() || stamp == m_risks_stamp) {
         return;
@@ -150,12 +158,12 @@ void SecurityService::RefreshRisks() {
     try {
         m_tables.push_back(std::make_unique<const RiskTable>(RiskTable::Load(m_options.risk_file)));
         m_risks.store(m_tables.back().get(), std::memory_order_release);
-        m_log(kTrace,
-              m_options.risk_file + ": " + std::to_string(m_tables.back()->size()) + " risk level(s) read");
+        told.push_back({kTrace, m_options.risk_file + ": " + std::to_string(m_tables.back()->size()) +
+                                    " risk level(s) read"});
     } catch (const std::exception& error) {
-        m_log(kFailure,
-              std::string(error.what()) + (m_tables.size() > 1 ? "; the levels read before stay in force"
-                                                               : "; the built-in levels stay in force"));
+        told.push_back({kFailure, std::string(error.what()) + (m_tables.size() > 1
+                                                                   ? "; the levels read before stay in force"
+                                                                   : "; the built-in levels stay in force")});
     }
 }
 

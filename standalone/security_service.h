@@ -69,13 +69,17 @@ class SecurityService final : public NS_SECURITY_SERVICE1::SecurityIF {
         UserFile file;
         std::string nobody;  // costs the time of a user when there is none
     };
+    struct LogLine {
+        int level;
+        std::string text;
+    };
 
     unsigned long Check(const char* what, const std::string& user, const std::string& password,
                         const std::string& nmsAddress);
     unsigned long Verify(const Users& users, const std::string& user, const std::string& password);
     std::shared_ptr<const Users> CurrentUsers();
-    void RefreshUsers();
-    void RefreshRisks();
+    void RefreshUsers(std::vector<LogLine>& told);
+    void RefreshRisks(std::vector<LogLine>& told);
 
     const SecurityOptions m_options;
     const Log m_log;

@@ -65,6 +65,7 @@ void ExpectCrowdServed(SeamServer& server, int clients, int calls, int highest) 
         {PeerProgram(), "crowd", server.ior(), "title", "", std::to_string(clients), std::to_string(calls)});
     EXPECT_EQ(result.out, "target x" + std::to_string(clients * calls) + "\n") << result.err;
     EXPECT_EQ(occupancy.highest(), highest);
+    TakeTurns();
     server.servant.on_call = nullptr;  // it counts into what ends here
 }
 
