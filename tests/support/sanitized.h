@@ -4,10 +4,16 @@
 
 namespace qv_test {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef __SANITIZE_THREAD__
+inline constexpr bool kThreadsSanitized = true;
+#else
+inline constexpr bool kThreadsSanitized = false;
+#endif
+
+#ifdef __SANITIZE_ADDRESS__
 inline constexpr bool kSanitized = true;
 #else
-inline constexpr bool kSanitized = false;
+inline constexpr bool kSanitized = kThreadsSanitized;
 #endif
 
 }  // namespace qv_test

@@ -1,15 +1,9 @@
 #include "target_servant.h"
 
-#include <mutex>
 #include <new>
 #include <stdexcept>
 
 namespace qv_test {
-
-void TakeTurns() {
-    static std::mutex turn;
-    const std::lock_guard<std::mutex> taken(turn);
-}
 
 void TargetServant::Called(const char* operation) {
     TakeTurns();

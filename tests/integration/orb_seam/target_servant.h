@@ -5,12 +5,9 @@
 #include <string>
 
 #include "seamS.h"
+#include "tests/support/take_turns.h"
 
 namespace qv_test {
-
-/// Orders what the test's thread and the ORB's threads do to the same variables. They take turns, but through
-/// sockets and another process, where tools that look for data races don't see it.
-void TakeTurns();
 
 /// Answers each operation in its plain way, after `on_call` with the operation's name, where that is set.
 /// Several threads may be inside.

@@ -10,6 +10,7 @@
 #include "request/agent_request_interceptor.h"
 #include "request/request_interceptor_base.h"
 #include "tests/support/scoped_env.h"
+#include "tests/support/take_turns.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/logging/fake_operation.h"
 #include "tests/unit/logging/fake_services.h"
@@ -25,13 +26,17 @@ class NotingHooks : public NS_CORBA::RequestInterceptorBase {
     std::function<void()> after;
 
     void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {
+        TakeTurns();
         calls.push_back("before");
+        TakeTurns();
         if (before) {
             before();
         }
     }
     void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {
+        TakeTurns();
         calls.push_back("after");
+        TakeTurns();
         if (after) {
             after();
         }

@@ -1,12 +1,12 @@
 // The interceptor in a running ORB: what clients in this process and in another one see, and what is logged
 // and counted meanwhile.
 
-#include <mutex>
 #include <sstream>
 #include <stdexcept>
 
 #include "tests/support/child_process.h"
 #include "tests/support/suite_set_up.h"
+#include "tests/support/take_turns.h"
 #include "tests/support/wait_for.h"
 #include "tests/unit/request/gate_agent.h"
 #include "tests/unit/request/interceptor_fixture.h"
@@ -60,7 +60,9 @@ class OrbGateTest : public ::testing::Test {
 
     /// Calls the object from another process and says how that ended.
     static std::string CallFromOutside(const std::string& operation) {
+        qv_test::TakeTurns();
         const qv_test::RunResult result = qv_test::Run({GATE_PEER, "call", Agent().ior, operation});
+        qv_test::TakeTurns();
         EXPECT_EQ(result.code, 0) << result.err;
         return result.out.substr(0, result.out.find('\n'));
     }
@@ -199,18 +201,15 @@ TEST_F(OrbGateTest, ALogThatFailsChangesNothingForTheClient) {
 TEST_F(OrbGateTest, AHookLearnsTargetAndOperation) {
     struct AskingHooks : NS_CORBA::RequestInterceptorBase {
         void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo* request) override {
-            const std::lock_guard<std::mutex> guard(lock);
             qv_test::OwnInterceptor interceptor;
             interceptor->GetMgrAndIfName(manager, operation, request);
         }
-        void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-        std::mutex lock;
+        void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override { qv_test::TakeTurns(); }
         std::string manager;
         std::string operation;
     } asking;
     qv_test::GateAgent::Config().SetReqInterceptorImpl(&asking);
     EXPECT_EQ(CallFromOutside("echo"), "hello");
-    const std::lock_guard<std::mutex> guard(asking.lock);
     EXPECT_EQ(asking.manager, "IDL:GateTest/Gate:1.0");
     EXPECT_EQ(asking.operation, "echo");
 }

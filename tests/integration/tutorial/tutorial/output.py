@@ -12,7 +12,7 @@ _VARYING = [
     (re.compile(r"\*=[0-9a-zA-Z.:]+"), "*=<address>"),
     (re.compile(r"Request ID = \d+"), "Request ID = <n>"),
     (re.compile(r"\b(request|process|thread|Thread|thread:) ?\d+"), r"\1 <n>"),
-    (re.compile(r"\b\d+ ms\b"), "<n> ms"),
+    (re.compile(r"\b(\d+ ms|\d+\.\d+ s)\b"), "<duration>"),
     (re.compile(r"\S*/steps/"), "<steps>/"),
 ]
 ANYTHING = "..."  # a line that stands for any number of lines
