@@ -9,6 +9,7 @@
 #include <pthread.h>
 
 #include "agent/corbabaseagentconfig.h"
+#include "agent/signal_mask.h"
 #include "agent/worker.h"
 #include "logging/corbalogutil.h"
 #include "platform/secure_string.h"

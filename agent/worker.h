@@ -15,9 +15,6 @@ constexpr unsigned int PoolThreadCount(unsigned int configured) {
     return configured == 0 ? 4 : configured;
 }
 
-/// Blocks all signals in the calling thread; a failure is left in errno.
-void BlockAllSignals();
-
 /// The thread pool that runs the ORB. It keeps a reference of its own to the ORB, so that a thread that
 /// enters run() after the ORB was destroyed meets an exception and not freed memory.
 class Worker : public ACE_Task_Base {

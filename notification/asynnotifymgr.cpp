@@ -1,24 +1,21 @@
 #include "notification/asynnotifymgr.h"
 
-#include <ace/Guard_T.h>
 #include <ace/Message_Block.h>
-#include <ace/Recursive_Thread_Mutex.h>
-#include <ace/Static_Object_Lock.h>
 #include <tao/ORB.h>
 
 #include <pthread.h>
 
 #include <memory>
 
-#include "agent/worker.h"
+#include "agent/signal_mask.h"
+#include "agent/singleton.h"
 #include "logging/corbalogutil.h"
+#include "logging/quiet_log.h"
 #include "platform/secure_string.h"
 
 namespace NS_CORBA {
 
 namespace {
-
-using SingletonGuard = ACE_Guard<ACE_Recursive_Thread_Mutex>;
 
 constexpr std::size_t kTextSize = 250;
 constexpr std::size_t kInitialMessageLength = 262144;
@@ -28,22 +25,41 @@ struct ReleaseBlock {
     void operator()(ACE_Message_Block* block) const { block->release(); }
 };
 
-AsynNotifyMgr* LoadInstance() {
-    return __atomic_load_n(&AsynNotifyMgr::instance, __ATOMIC_ACQUIRE);
-}
-
 int ThreadNumber() {
     return static_cast<int>(pthread_self());
 }
 
 /// Traces what was printed into `text`, with `printed` as the result of that.
 void TraceThread(const char* text, int printed) {
-    if (printed < 0) {
+    LogQuietly([printed] {
+        if (printed < 0) {
+            TA_POS;
+            TaTrace("snprintf_s failed.");
+        }
+    });
+    LogQuietly([text] {
         TA_POS;
-        TaTrace("snprintf_s failed.");
+        TaTrace("%s", text);
+    });
+}
+
+/// Runs `command`; that it failed, or raised what the ORB raises, goes to the log.
+void Run(NotifyCmd& command) {
+    try {
+        if (command.adaptAndNotify() == 0) {
+            return;
+        }
+    } catch (CORBA::Exception& ex) {
+        LogQuietly([&ex] {
+            TA_POS;
+            TaException(ex, "[AsynNotifyMgr::svc] Exception raised during adaptAndNotify()!");
+        });
+        return;
     }
-    TA_POS;
-    TaTrace("%s", text);
+    LogQuietly([] {
+        TA_POS;
+        TaTrace("[AsynNotifyMgr::svc] TAAsyNotifyMgr adapt And send Notify wrong!");
+    });
 }
 
 }  // namespace
@@ -59,38 +75,25 @@ AsynNotifyMgr::AsynNotifyMgr() : m_timeout(kTimeoutSeconds) {
 
 AsynNotifyMgr::~AsynNotifyMgr() = default;
 
-// The pointer is read and written as an atomic, so that a thread which sees it sees the whole object behind
-// it.
 AsynNotifyMgr* AsynNotifyMgr::Instance() {
-    AsynNotifyMgr* manager = LoadInstance();
-    if (manager) {
-        return manager;
-    }
-    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    manager = LoadInstance();
-    if (!manager && guard.locked()) {
-        manager = new AsynNotifyMgr;
-        __atomic_store_n(&instance, manager, __ATOMIC_RELEASE);
-    }
-    return manager;
+    return CreateOnce(instance, [] { return new AsynNotifyMgr; });
 }
 
 void AsynNotifyMgr::Destroy() {
-    if (!LoadInstance()) {
+    if (!LoadInstance(instance)) {
         return;
     }
     const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    AsynNotifyMgr* const manager = LoadInstance();
+    AsynNotifyMgr* const manager = LoadInstance(instance);
     if (!manager) {
         return;
     }
-    manager->wait();
-    delete manager;
-    __atomic_store_n(&instance, static_cast<AsynNotifyMgr*>(nullptr), __ATOMIC_RELEASE);
+    manager->wait();  // its commands may push meanwhile
+    delete TakeInstance(instance);
 }
 
 int AsynNotifyMgr::ExitThread() {
-    AsynNotifyMgr* const manager = LoadInstance();
+    AsynNotifyMgr* const manager = LoadInstance(instance);
     return manager && manager->msg_queue() ? manager->msg_queue()->close() : 0;
 }
 
@@ -134,21 +137,15 @@ bool AsynNotifyMgr::RunNext() {
     }
     auto* const raw = reinterpret_cast<NotifyCmd*>(next->base());
     if (!raw) {
-        TA_POS;
-        TaTrace("[AsynNotifyMgr::svc] TAAsyNotifyMgr get a null cmd!");
+        LogQuietly([] {
+            TA_POS;
+            TaTrace("[AsynNotifyMgr::svc] TAAsyNotifyMgr get a null cmd!");
+        });
         return true;
     }
     const std::unique_ptr<NotifyCmd> command(raw);
     const std::unique_ptr<ACE_Message_Block, ReleaseBlock> block(next);
-    try {
-        if (command->adaptAndNotify() != 0) {
-            TA_POS;
-            TaTrace("[AsynNotifyMgr::svc] TAAsyNotifyMgr adapt And send Notify wrong!");
-        }
-    } catch (CORBA::Exception& ex) {
-        TA_POS;
-        TaException(ex, "[AsynNotifyMgr::svc] Exception raised during adaptAndNotify()!");
-    }
+    Run(*command);
     return true;
 }
 
@@ -158,7 +155,7 @@ int AsynNotifyMgr::Push(NotifyCmd* cmd, int size) {
         TaTrace("[AsynNotifyMgr::Push] Get a null notifycmd object!");
         return -1;
     }
-    AsynNotifyMgr* const manager = LoadInstance();
+    AsynNotifyMgr* const manager = LoadInstance(instance);
     if (!manager) {
         return -1;
     }

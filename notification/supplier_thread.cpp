@@ -1,4 +1,5 @@
 #include "logging/corbalogutil.h"
+#include "logging/quiet_log.h"
 #include "notification/alarm_record.h"
 #include "notification/event_buffer.h"
 #include "notification/event_data.h"
@@ -28,8 +29,10 @@ int SuppilerMgr::svc() {
         try {
             DrainBuffer();
         } catch (...) {
-            TA_POS;
-            TaTrace("[SuppilerMgr::svc] CORBA Notification Service: Event Loss Occurred!");
+            LogQuietly([] {
+                TA_POS;
+                TaTrace("[SuppilerMgr::svc] CORBA Notification Service: Event Loss Occurred!");
+            });
         }
     }
 }

@@ -1,11 +1,9 @@
 #include "request/corbasecurity.h"
 
-#include <ace/Guard_T.h>
-#include <ace/Recursive_Thread_Mutex.h>
-#include <ace/Static_Object_Lock.h>
-
-#include "agent/worker.h"
+#include "agent/signal_mask.h"
+#include "agent/singleton.h"
 #include "logging/corbalogutil.h"
+#include "logging/quiet_log.h"
 #include "logging/service_lookup.h"
 #include "platform/security_service.h"
 
@@ -23,8 +21,6 @@ constexpr int kCloseLine = 194;
 
 constexpr long kFirstClientId = 100;
 constexpr long kStartedInterval = 100;
-
-using SingletonGuard = ACE_Guard<ACE_Recursive_Thread_Mutex>;
 
 /// The security service. @throws InterfaceNotExistException when it is not there
 NS_SECURITY_SERVICE1::SecurityIF& Security() {
@@ -56,37 +52,22 @@ CorbaSecurityMgr* CorbaSecurityMgr::m_pInstance = nullptr;
 CorbaSecurityMgr::CorbaSecurityMgr() = default;
 CorbaSecurityMgr::~CorbaSecurityMgr() = default;
 
-// The pointer is read and written as an atomic, so that a thread which sees it sees the whole object behind
-// it.
 CorbaSecurityMgr* CorbaSecurityMgr::Instance() {
-    CorbaSecurityMgr* instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (instance) {
-        return instance;
-    }
-    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    if (!guard.locked()) {
-        return nullptr;
-    }
-    instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (!instance) {
-        instance = new CorbaSecurityMgr;
-        __atomic_store_n(&m_pInstance, instance, __ATOMIC_RELEASE);
-    }
-    return instance;
+    return CreateOnce(m_pInstance, [] { return new CorbaSecurityMgr; });
 }
 
 void CorbaSecurityMgr::Destroy() {
-    if (!__atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE)) {
+    if (!LoadInstance(m_pInstance)) {
         return;
     }
     const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    if (!guard.locked() || !m_pInstance) {
+    CorbaSecurityMgr* const manager = LoadInstance(m_pInstance);
+    if (!guard.locked() || !manager) {
         return;
     }
-    m_pInstance->ExitThread();
-    m_pInstance->wait();
-    delete m_pInstance;
-    __atomic_store_n(&m_pInstance, static_cast<CorbaSecurityMgr*>(nullptr), __ATOMIC_RELEASE);
+    manager->ExitThread();
+    manager->wait();
+    delete TakeInstance(m_pInstance);
 }
 
 bool CorbaSecurityMgr::Init() {
@@ -104,8 +85,10 @@ int CorbaSecurityMgr::open(void* /*args*/) {
 }
 
 int CorbaSecurityMgr::close(u_long /*flags*/) {
-    SetPos(kSourceFile, kCloseLine);
-    TaTrace("[CorbaSecurityMgr::close] CorbaSecurityMgr has been closed!");
+    LogQuietly([] {
+        SetPos(kSourceFile, kCloseLine);
+        TaTrace("[CorbaSecurityMgr::close] CorbaSecurityMgr has been closed!");
+    });
     return 0;
 }
 

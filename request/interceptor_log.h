@@ -1,6 +1,7 @@
 #pragma once
 
 #include "logging/corbalogutil.h"
+#include "logging/quiet_log.h"
 
 namespace NS_CORBA {
 
@@ -11,12 +12,10 @@ constexpr char kInterceptorSource[] = "agent_request_interceptor";
 /// sees does not depend on the log.
 template <class Log>
 void LogQuietly(int line, Log&& log) noexcept {
-    try {
+    LogQuietly([&] {
         SetPos(kInterceptorSource, line);
         log();
-    } catch (...) {
-        return;
-    }
+    });
 }
 
 }  // namespace NS_CORBA

@@ -5,6 +5,7 @@
 
 #include "agent/corbabaseagentconfig.h"
 #include "logging/corbalogutil.h"
+#include "logging/quiet_log.h"
 
 namespace NS_CORBA {
 
@@ -48,29 +49,21 @@ std::string CallerName() {
     return name;
 }
 
-/// A failed log write must not become a failure of the request.
-template <class Log>
-void LogFailure(int line, Log&& log) noexcept {
-    try {
-        SetPos(kSourceFile, line);
-        log();
-    } catch (...) {
-        return;
-    }
-}
-
 }  // namespace
 
 std::string TEUserHelper::GetNmsIPAddrByContext() {
     try {
         return CallerName();
     } catch (CORBA::Exception& ex) {
-        LogFailure(kCorbaExceptionLine, [&ex] {
+        LogQuietly([&ex] {
+            SetPos(kSourceFile, kCorbaExceptionLine);
             TaException(ex, "[TEUserHelper::GetNmsIPAddrByContext] Get nms ip address failed!");
         });
     } catch (...) {
-        LogFailure(kOtherExceptionLine,
-                   [] { TaTrace("[TEUserHelper::GetNmsIPAddrByContext] Unknown exception occurred!"); });
+        LogQuietly([] {
+            SetPos(kSourceFile, kOtherExceptionLine);
+            TaTrace("[TEUserHelper::GetNmsIPAddrByContext] Unknown exception occurred!");
+        });
     }
     return "";
 }

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <future>
 #include <mutex>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -183,6 +184,26 @@ TEST_F(AsynNotify, RaisingCommandIsLoggedAndDeletedLikeAnyOther) {
     const std::string head = "Exception: [AsynNotifyMgr::svc] Exception raised during adaptAndNotify()!==>";
     EXPECT_EQ(logged[0].substr(0, head.size()), head);
     EXPECT_NE(logged[0].find("IDL:omg.org/CORBA/TRANSIENT:1.0"), std::string::npos);
+}
+
+TEST_F(AsynNotify, ALogThatRaisesStopsNoCommandAndNoThread) {
+    std::atomic<int> raised{0};
+    m_log->SetWriteHook([&raised](const LogEntry&) {
+        ++raised;
+        throw std::runtime_error("full");
+    });
+    ASSERT_EQ(AsynNotifyMgr::Instance()->Init(), 0);
+    Push(Make("a", [] { return 5; }));
+    Push(Make("b", []() -> int { throw CORBA::TRANSIENT(); }));
+    const char* const none = nullptr;
+    ACE_Message_Block empty(none, 0, 0);
+    Queue().enqueue_tail(&empty, nullptr);
+    Push(Make("c"));
+    ASSERT_TRUE(m_diary.Await(6));
+    EXPECT_EQ(m_diary.texts(), (Texts{"run a", "delete a", "run b", "delete b", "run c", "delete c"}));
+    Stop();
+    m_log->SetWriteHook({});
+    EXPECT_EQ(raised, 5) << "start, two commands, an empty block, end";
 }
 
 TEST_F(AsynNotify, BlocksWithoutACommandArePassedOver) {

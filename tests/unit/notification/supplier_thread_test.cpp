@@ -186,6 +186,23 @@ TEST_F(SupplierThread, SurvivesWhateverTheCallbackRaises) {
     EXPECT_EQ((Texts{"a", "a", "a"}), SentNames());
 }
 
+TEST_F(SupplierThread, SurvivesALogThatRaisesDuringAnOutage) {
+    EnterService();
+    Open();
+    Put("NT_TCA", "a");
+    script().Raise<CORBA::TRANSIENT>("push_structured_event");
+    m_log->SetWriteHook([](const LogEntry&) { throw std::runtime_error("full"); });
+    ASSERT_TRUE(waits.Tick());
+    ASSERT_TRUE(waits.Tick());
+    m_log->SetWriteHook({});
+    EXPECT_EQ(2, script().Count("push_structured_event"));
+    EXPECT_EQ((Texts{"a"}), NamesOf(probe->Buffer()));
+    script().On("push_structured_event", {});
+    ASSERT_TRUE(waits.Tick());
+    EXPECT_EQ((Texts{"a"}), SentNames());
+    EXPECT_EQ(2u, manager->thr_count());
+}
+
 TEST_F(SupplierThread, WithoutAServantTheBufferStays) {
     EnterService();
     NS_CORBA::RefCount<NS_CORBA::SuppilerImpl>* const servant = probe->Servant();
