@@ -1,13 +1,12 @@
 #include "agent/corbabaseagentconfig.h"
 
-#include <ace/Guard_T.h>
 #include <ace/OS_NS_stdlib.h>
-#include <ace/Object_Manager.h>
-#include <ace/Recursive_Thread_Mutex.h>
+#include <openssl/crypto.h>
 #include <tao/ORBInitializer_Registry.h>
 #include <tao/PI/PI.h>
 
 #include "agent/owned_text.h"
+#include "agent/singleton.h"
 #include "agent/worker.h"
 #include "logging/corbalogutil.h"
 #include "orb/portability.h"
@@ -27,22 +26,15 @@ CorbaBaseAgentConfig* CorbaBaseAgentConfig::m_pInstance = nullptr;
 bool s_bWorkerStop = false;
 
 CorbaBaseAgentConfig* CorbaBaseAgentConfig::Instance() {
-    if (m_pInstance == nullptr) {
-        ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
-        if (guard.locked() && m_pInstance == nullptr) {
-            m_pInstance = new CorbaBaseAgentConfig;
-        }
-    }
-    return m_pInstance;
+    return CreateOnce(m_pInstance, [] { return new CorbaBaseAgentConfig; });
 }
 
 void CorbaBaseAgentConfig::Destroy() {
-    if (m_pInstance == nullptr) {
+    if (LoadInstance(m_pInstance) == nullptr) {
         return;
     }
-    ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
-    delete m_pInstance;
-    m_pInstance = nullptr;
+    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
+    delete TakeInstance(m_pInstance);
 }
 
 CorbaBaseAgentConfig::CorbaBaseAgentConfig()
@@ -50,6 +42,7 @@ CorbaBaseAgentConfig::CorbaBaseAgentConfig()
                           "/../NotifyService/var/oss_tmp/nbi/corba/nt.ior")) {}
 
 CorbaBaseAgentConfig::~CorbaBaseAgentConfig() {
+    OPENSSL_cleanse(m_NBISSLPrivateKeyPasswd.data(), m_NBISSLPrivateKeyPasswd.size());
     delete[] m_nsIorFile;
     delete[] m_ntIorFile;
     delete[] ior_output_file_;

@@ -1,9 +1,8 @@
 #include "agent/distributesvcmgrrefpoamgr.h"
 
 #include <ace/Guard_T.h>
-#include <ace/Object_Manager.h>
-#include <ace/Recursive_Thread_Mutex.h>
 
+#include "agent/singleton.h"
 #include "logging/corbalogutil.h"
 #include "orb/portability.h"
 #include "platform/thread_context.h"
@@ -13,22 +12,15 @@ namespace NS_CORBA {
 DistriSvcMgrRefPoaMgr* DistriSvcMgrRefPoaMgr::m_pInstance = nullptr;
 
 DistriSvcMgrRefPoaMgr* DistriSvcMgrRefPoaMgr::Instance() {
-    if (m_pInstance == nullptr) {
-        ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
-        if (guard.locked() && m_pInstance == nullptr) {
-            m_pInstance = new DistriSvcMgrRefPoaMgr;
-        }
-    }
-    return m_pInstance;
+    return CreateOnce(m_pInstance, [] { return new DistriSvcMgrRefPoaMgr; });
 }
 
 void DistriSvcMgrRefPoaMgr::Destroy() {
-    if (m_pInstance == nullptr) {
+    if (LoadInstance(m_pInstance) == nullptr) {
         return;
     }
-    ACE_Guard<ACE_Recursive_Thread_Mutex> guard(*ACE_Static_Object_Lock::instance());
-    delete m_pInstance;
-    m_pInstance = nullptr;
+    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
+    delete TakeInstance(m_pInstance);
 }
 
 void DistriSvcMgrRefPoaMgr::SavePoaRef(std::string& uuid, TAO_Objref_Var_T<PortableServer::POA>& poa) {

@@ -1,10 +1,7 @@
 #include "notification/eventmgr.h"
 
-#include <ace/Guard_T.h>
-#include <ace/Recursive_Thread_Mutex.h>
-#include <ace/Static_Object_Lock.h>
-
 #include "agent/corbabaseagentconfig.h"
+#include "agent/singleton.h"
 #include "logging/corbalogutil.h"
 #include "notification/channel_properties.h"
 
@@ -16,7 +13,6 @@ using CosNotifyChannelAdmin::ChannelIDSeq_var;
 using CosNotifyChannelAdmin::EventChannel;
 using CosNotifyChannelAdmin::EventChannel_var;
 using CosNotifyChannelAdmin::EventChannelFactory;
-using SingletonGuard = ACE_Guard<ACE_Recursive_Thread_Mutex>;
 
 constexpr char kChannelFile[] = "channel.ior";
 
@@ -32,29 +28,16 @@ EventMgr::~EventMgr() {
     m_channelFactory = EventChannelFactory::_nil();
 }
 
-// The pointer is read and written as an atomic, so that a thread which sees it sees the whole object behind
-// it.
 EventMgr* EventMgr::Instance() {
-    EventMgr* instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (instance) {
-        return instance;
-    }
-    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (!instance && guard.locked()) {
-        instance = new EventMgr;
-        __atomic_store_n(&m_pInstance, instance, __ATOMIC_RELEASE);
-    }
-    return instance;
+    return CreateOnce(m_pInstance, [] { return new EventMgr; });
 }
 
 void EventMgr::Destroy() {
-    if (!__atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE)) {
+    if (!LoadInstance(m_pInstance)) {
         return;
     }
     const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    delete m_pInstance;
-    __atomic_store_n(&m_pInstance, static_cast<EventMgr*>(nullptr), __ATOMIC_RELEASE);
+    delete TakeInstance(m_pInstance);
 }
 
 int EventMgr::Init() {

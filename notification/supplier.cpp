@@ -1,14 +1,11 @@
 #include "notification/supplier.h"
 
-#include <ace/Guard_T.h>
-#include <ace/Recursive_Thread_Mutex.h>
-#include <ace/Static_Object_Lock.h>
-
 #include <mutex>
 #include <new>
 #include <shared_mutex>
 
 #include "agent/corbabaseagentconfig.h"
+#include "agent/singleton.h"
 #include "logging/corbalogutil.h"
 #include "notification/event_buffer.h"
 #include "notification/event_types.h"
@@ -20,8 +17,6 @@ namespace NS_CORBA {
 namespace {
 
 constexpr int kSupplierThreads = 2;
-
-using SingletonGuard = ACE_Guard<ACE_Recursive_Thread_Mutex>;
 
 // Not the lock of the buffer, which may be held through a whole rebuild of the channel: held for a look at
 // the set or for its change, so that a pusher sees the types before a rebuild or after it, never some of
@@ -48,23 +43,8 @@ SuppilerMgr::~SuppilerMgr() {
     }
 }
 
-// The pointer is read and written as an atomic, so that a thread which sees it sees the whole object behind
-// it.
 SuppilerMgr* SuppilerMgr::Instance() {
-    SuppilerMgr* instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (instance) {
-        return instance;
-    }
-    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    if (!guard.locked()) {
-        return nullptr;
-    }
-    instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (!instance) {
-        instance = new SuppilerMgr;
-        __atomic_store_n(&m_pInstance, instance, __ATOMIC_RELEASE);
-    }
-    return instance;
+    return CreateOnce(m_pInstance, [] { return new SuppilerMgr; });
 }
 
 void SuppilerMgr::Destroy() {
