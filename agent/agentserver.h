@@ -10,7 +10,9 @@ namespace NS_CORBA {
 
 /// Runs and stops the ORB of CorbaBaseAgentConfig. All operations are static and belong after a true result
 /// of CorbaBaseAgentConfig::Init. Activate and Run are called by the bundle's server thread; Discard,
-/// ShutDown and Destroy by any other thread, in that order. No CORBA::Exception leaves Activate, Discard,
+/// ShutDown and Destroy by any other thread, in that order. The threads of a pool stay until the process ends
+/// and log each return from the ORB: with a pool CorbaLogMgr::Destroy, beside which nobody may log, is left
+/// out. No CORBA::Exception leaves Activate, Discard,
 /// ShutDown or Destroy; Run lets through what isn't a CORBA::SystemException.
 class QV_API AgentServer {
   public:

@@ -33,15 +33,19 @@ class RequestInterceptorBase;
 ///
 /// Errors: query and configuration operations answer by a bool, file operations by 0 or -1; a
 /// CORBA::Exception is logged and turned into that answer, other exceptions pass through. Thread safety:
-/// settings are written by Init before the ORB runs and read by any thread without a lock; what a group says
-/// of its own comes on top of that.
+/// settings are written by Init before the ORB runs and read by any thread without a lock. Those of the two
+/// companion services alone are written later too, by the two Update operations, which nothing that reads
+/// them may overlap. What a group says of its own comes on top of that.
 class QV_API CorbaBaseAgentConfig {
   public:
     // -- Construction, start and the ORB: corbabaseagentconfig.cpp ------------------------------------------
 
-    /// The only instance, made by the first call. Null only when the creation lock can't be taken.
+    /// The only instance, made by the first call, also by the first one after Destroy(): whoever asks then,
+    /// the destructor of a CorbaI included, silently gets a fresh object without settings and without an ORB.
+    /// Null only when the creation lock can't be taken.
     static CorbaBaseAgentConfig* Instance();
-    /// Deletes the instance. Processes that it started live on; ending them is DestroyService.
+    /// Deletes the instance, which nobody may be using any more. Processes that it started live on; ending
+    /// them is DestroyService.
     static void Destroy();
 
     /// Reads the settings, starts the companion services and brings up the ORB and its root POA. To be called
@@ -51,7 +55,8 @@ class QV_API CorbaBaseAgentConfig {
 
     /// A new reference to the ORB, which the caller releases; null before Init.
     CORBA::ORB* GetOrb();
-    /// Takes a reference of its own to `orb` and gives up the one to the former ORB.
+    /// Takes a reference of its own to `orb` and gives up the one to the former ORB. Not while the ORB runs:
+    /// GetOrb, which requests call, takes no lock.
     void SetOrb(CORBA::ORB* orb);
     /// A new reference to the root POA, which the caller releases; nil before Init.
     PortableServer::POA* GetRootPoa();
@@ -153,14 +158,18 @@ class QV_API CorbaBaseAgentConfig {
 
     // -- IOR files: ior_files.cpp ---------------------------------------------------------------------------
 
-    /// Writes the stringified `object` to `file`, mode 0640 at most. The process's file mask changes
-    /// meanwhile.
+    /// Writes the stringified `object` to `file`, mode 0640 at most. What the file held is gone before the
+    /// reference is made into text, so a failure there leaves it empty. 0 doesn't mean that all was written:
+    /// a full disk is only logged. Any thread may call it; the process's file mask is another one for a
+    /// moment, also for files that other threads make then.
     int Write_ior(const char* file, CORBA::Object* object);
     /// Reads a reference from the first line of `file`. `object` receives a new reference, nil on most
-    /// failures.
+    /// failures. Any thread may call it.
     int Read_ior(const char* file, TAO_Pseudo_Out_T<CORBA::Object> object);
 
     // -- Naming service: naming.cpp; nothing is cached, no lock is held -------------------------------------
+
+    // Any thread, but not beside UpdateNamingServiceParams.
 
     /// The root context, by the IOR file of option -ns if there is one, else by host and port.
     bool GetNamingService(TAO_Objref_Out_T<CosNaming::NamingContext> context);
@@ -183,14 +192,18 @@ class QV_API CorbaBaseAgentConfig {
     // -- Companion services: companion_services.cpp; one thread at a time -----------------------------------
 
     /// Starts the services that are configured to be, with a fixed grace period after each. False when the
-    /// environment root is missing or a process can't be spawned; a service that dies later goes unnoticed.
+    /// environment root is missing, a command asks as a format for more than it is given (every "%" but "%%"
+    /// is a directive, and finds empty text; eight of them do), or a process can't be spawned; a service that
+    /// dies later goes unnoticed.
     bool AutoStartService();
     /// Kills the services that were started, without waiting for them.
     void AutoExitService();
     void DestroyService();  ///< AutoExitService, for AgentServer::Destroy
 
     /// Read a service's settings again, for the operations that look for the service. Names and options that
-    /// are missing become empty; a port that is missing stays (naming) or becomes 0 (notify).
+    /// are missing become empty; a port that is missing stays (naming) or becomes 0 (notify). Without a lock:
+    /// no other thread may be looking for that service meanwhile, as the operations of the naming service,
+    /// the two below and GetNotifyFactory do, SuppilerMgr::check_channel_valid among their callers.
     /// @{
     bool UpdateNamingServiceParams();
     bool UpdateNotifyServiceParams(const char* name);
@@ -202,7 +215,8 @@ class QV_API CorbaBaseAgentConfig {
     bool GetNotifyServiceAddr(std::string& host, int& port, bool ssl);
     /// @}
 
-    /// Finds the channel factory, by its IOR file if there is one, else in the naming service.
+    /// Finds the channel factory, by its IOR file if there is one, else in the naming service. Any thread,
+    /// but not beside UpdateNamingServiceParams.
     bool GetNotifyFactory(TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory);
 
     // -- Alarms: alarm_text.cpp; any thread -----------------------------------------------------------------

@@ -25,6 +25,10 @@ class QV_API NotifyCmd {
 /// A bundle's order: Instance(), Init(), any number of Push(), ExitThread(), Destroy(). Push() may be called
 /// by any thread, by a command too unless the queue is full; the rest belongs to one thread of the bundle.
 /// Commands that still wait when the queue is closed are neither run nor deleted.
+///
+/// Destroy() waits for the thread under the one lock under which every singleton is made: every singleton
+/// that a command asks for must exist by then, or the two wait for each other. CorbaLogMgr, which the thread
+/// logs through to its end, goes last.
 class QV_API AsynNotifyMgr : public ACE_Task<ACE_MT_SYNCH, ACE_System_Time_Policy> {
   public:
     AsynNotifyMgr();
@@ -33,7 +37,8 @@ class QV_API AsynNotifyMgr : public ACE_Task<ACE_MT_SYNCH, ACE_System_Time_Polic
     /// The only instance, made by the first call. Null only when the creation lock can't be taken.
     static AsynNotifyMgr* Instance();
     /// Waits for the thread to end, then deletes the instance, if there is one. Never returns while the
-    /// thread runs and the queue is open: call ExitThread() first.
+    /// thread runs and the queue is open: call ExitThread() first. No thread but this one's own may be in
+    /// Push() when it begins, or enter it then.
     static void Destroy();
     /// Closes the queue, which ends the thread once its current command is done.
     /// @return what closing the queue gave, which is -1 for failure; 0 without an instance

@@ -32,8 +32,10 @@ class RefCount;
 /// below.
 ///
 /// Thread safety: every operation may be called from any thread, but for open(), ExitThread() and the
-/// destructor, which belong to one thread of the bundle. The buffer, and with single-thread pushing each
-/// push, is guarded by one lock that is not recursive: what a callback must not do stands with CallBackObj.
+/// destructor, which belong to one thread of the bundle, and ConnectChannel(), which must not run beside
+/// another or beside what rebuilds the channel: NotifyServiceInit() and check_channel_valid(). The buffer,
+/// and with single-thread pushing each push, is guarded by one lock that is not recursive: what a callback
+/// must not do stands with CallBackObj.
 class QV_API SuppilerMgr : public ACE_Task_Base {
   public:
     // -- Construction, threads, types and buffer: supplier.cpp ----------------------------------------------
@@ -71,9 +73,8 @@ class QV_API SuppilerMgr : public ACE_Task_Base {
     /// Stamps `event` and sends it, or holds a copy back while the channel is out of service. After an outage
     /// it waits up to 4 seconds for the buffer to be emptied first. An alarm's text and the event go to the
     /// notification log; of a pulled file transfer the fifth filterable value is masked in `event` before.
-    /// @return 0 when the event was sent, or its type isn't registered; -1 when it was buffered or dropped,
-    /// or
-    ///         has no filterable data: not to be pushed again either way
+    /// @return 0 when the event was sent, or its type isn't registered; -1 when it was buffered, was dropped
+    ///         or has no filterable data: not to be pushed again either way
     /// @throws CORBA::BAD_PARAM for a pulled file transfer that has fewer than five filterable entries, after
     ///         it was sent; whatever the callback object raises
     int PushEvent(CosNotification::StructuredEvent& event);
@@ -158,7 +159,7 @@ class QV_API SuppilerMgr : public ACE_Task_Base {
     void DisconnectServant();
 
     std::set<std::string> m_setRegisteredTypes;
-    RefCount<SuppilerImpl>* m_pSuppilerImpl;  // never changes
+    RefCount<SuppilerImpl>* m_pSuppilerImpl;  // stays the same until the destructor
     CosNotifyChannelAdmin::EventChannel_var m_channel;
     CosNotifyChannelAdmin::SupplierAdmin_var m_supplierAdmin;
     std::atomic<bool> m_bChannelBroken{true};

@@ -16,8 +16,10 @@ class QV_API ServiceObjectBase {
   public:
     virtual ~ServiceObjectBase() = default;
 
-    /// The service itself, owned by this object and valid as long as it; null when the service isn't up.
-    /// Any thread may call it. A lookup calls it while it holds `g_actualmutex`.
+    /// The service itself, owned by this object; null when the service isn't up. Lookups keep what they were
+    /// given (InterfaceBuffer), so it must stay valid until the process ends, and a bundle that has offered a
+    /// service isn't unloaded. Any thread may call it. A lookup calls it while it holds `g_actualmutex`. It
+    /// must raise nothing: a lookup ends the process over an exception.
     virtual ServiceInterface* GetInterface() = 0;
 };
 
@@ -36,10 +38,11 @@ class QV_API Bundle {
     virtual ServiceObjectMap GetServiceObjects() const = 0;
 };
 
-/// Bundles by name, owned by the bundle manager.
+/// Bundles by name, owned by the bundle manager and valid until the process ends.
 using BundleMap = std::map<std::string, Bundle*>;
 
-/// The process's bundles. Thread safety: every operation may be called from any thread.
+/// The process's bundles. Thread safety: every operation may be called from any thread. No operation raises
+/// anything: lookups and the supplier threads end the process over an exception.
 class QV_API BundleMgr {
   public:
     /// Value of GetRunState of a process that is stopping.
@@ -51,7 +54,7 @@ class QV_API BundleMgr {
     /// The only instance, never null, owned by the platform.
     static BundleMgr* Instance();
 
-    /// The bundle of that name, null when there is none.
+    /// The bundle of that name, valid until the process ends; null when there is none.
     Bundle* GetBundle(const std::string& name);
 
     /// A copy of the table of all bundles.
@@ -65,8 +68,9 @@ class QV_API BundleMgr {
     ~BundleMgr();
 };
 
-/// The interfaces that lookups of one name have found so far. Owned by the platform, valid until the process
-/// ends. Thread safety: both operations may be called from any thread; Front takes no lock.
+/// The interfaces that lookups of one name have found so far, none of which is ever taken out. Owned by the
+/// platform, valid until the process ends. Thread safety: both operations may be called from any thread;
+/// Front takes no lock.
 class QV_API InterfaceBuffer {
   public:
     virtual ~InterfaceBuffer() = default;
@@ -74,7 +78,8 @@ class QV_API InterfaceBuffer {
     /// The interface that was added first; null when there is none.
     virtual ServiceInterface* Front() const noexcept = 0;
 
-    /// Adds `service`, which stays its owner's. Called under `g_actualmutex`.
+    /// Adds `service`, which stays its owner's and valid until the process ends. Called under
+    /// `g_actualmutex`.
     virtual void Append(ServiceInterface* service) = 0;
 };
 

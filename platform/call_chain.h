@@ -6,7 +6,8 @@
 
 #include "platform/export.h"
 
-/// The platform's call chain library: distributed tracing of requests.
+/// The platform's call chain library: distributed tracing of requests. What its operations raise is logged
+/// and costs the operation's record what was still to come; the request is served all the same.
 namespace xDENcommon {
 
 /// The current call chain of one component. The ids that SetCallChainInfo stores on a thread are the ones

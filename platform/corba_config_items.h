@@ -36,7 +36,9 @@ class QV_API CorbaConfigItems {
     bool GetLvsMode();
 
     /// Replaces the contents of `list` by the OSS addresses that may call. The value of each entry is an
-    /// address or a host name; its name carries no meaning. An empty list means that none is configured.
+    /// address or a host name; its name carries no meaning. An empty list means that none is configured, and
+    /// lets everybody in. What counts is the list alone, whatever the answer: a store that can't be read for
+    /// the moment should deliver the list it delivered last.
     bool GetIPAddressList(std::vector<NameValueStru>& list);
 
   private:

@@ -7,7 +7,7 @@ namespace NS_UTIL {
 class ThreadContextInfo;
 
 /// The process's huge tasks: long requests of which the platform keeps a record. Any thread may call any
-/// operation.
+/// operation. What an operation raises comes out of the interception point that ends the request.
 class QV_API HugeTaskMgr {
   public:
     HugeTaskMgr(const HugeTaskMgr&) = delete;

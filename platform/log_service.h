@@ -10,7 +10,9 @@
 namespace NS_LOG_SERVICE1 {
 
 /// One open log category. Owned by the log service that opened it.
-/// Thread safety: both operations may be called from any thread at once.
+/// Thread safety: both operations may be called from any thread at once. Errors: either may raise, when a
+/// record can't be written; the log functions pass that on to whoever logs, but for the threads of the
+/// library and what serves a request, which lose the record and go on.
 class QV_API LogHandle {
   public:
     virtual ~LogHandle() = default;
@@ -26,6 +28,7 @@ class QV_API LogHandle {
 };
 
 /// The log service, found by the name "LogSvcInterface". Thread safety: any thread may call any operation.
+/// Errors: what an operation raises passes to whoever opens the channels or makes a record.
 class QV_API LogSvcInterface : public NS_BUNDLEMGR1::ServiceInterface {
   public:
     /// Opens a category on behalf of a module of a bundle. The handle stays the service's and lives as long

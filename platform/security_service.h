@@ -9,8 +9,8 @@
 namespace NS_SECURITY_SERVICE1 {
 
 /// The security service, found by the name "SecurityIF". The order of the virtual operations is part of the
-/// interface. Thread safety: any thread may call any operation. Passwords are passed in clear and must not be
-/// logged.
+/// interface. Thread safety: any thread may call any operation. Errors: what an operation raises passes
+/// through CorbaSecurityMgr to the bundle. Passwords are passed in clear and must not be logged.
 class QV_API SecurityIF : public NS_BUNDLEMGR1::ServiceInterface {
   public:
     /// Logs a user in from the OSS known as `nmsAddress`; `reserved` is passed empty. 0 on success.
@@ -28,7 +28,8 @@ class QV_API SecurityIF : public NS_BUNDLEMGR1::ServiceInterface {
     /// Encrypts `plainText` into `cipherText`.
     virtual void EncryptPassword(const std::string& plainText, std::string& cipherText) = 0;
 
-    /// How risky an operation is: 0 not audited, 1 a minor risk, 2 a risk.
+    /// How risky an operation is: 0 not audited, 1 a minor risk, 2 a risk. What it raises is logged and costs
+    /// the operation's record what was still to come.
     virtual int GetOperRiskLevel(const std::string& operation) = 0;
 };
 

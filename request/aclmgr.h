@@ -27,7 +27,8 @@ enum IPACLType : std::int32_t { IPACL_OSS = 0 };
 /// The allowed addresses come from the configuration service, at most once per refresh period. As long as
 /// none is configured everybody is allowed; otherwise the configured addresses and 127.0.0.1 are. A value
 /// that is no address and no name of one counts as the address 0.0.0.0: a list of nothing else lets in only
-/// 127.0.0.1.
+/// 127.0.0.1. An empty list is taken as it is, also of a configuration service that says it couldn't read
+/// its store: it opens the agent to everybody until the next refresh.
 ///
 /// Any thread may call any operation but Init, which comes ahead of the others. A refresh holds up all checks
 /// until the configuration service has answered and every host name is resolved. A lock that can't be taken

@@ -58,11 +58,13 @@ class QV_API Server_Request_Interceptor : public virtual PortableInterceptor::Se
     /// Brings the request past the two hooks, with record and count between them.
     /// @throws CORBA::NO_PERMISSION while no hooks are plugged in, and whatever a hook raises
     void receive_request(PortableInterceptor::ServerRequestInfo* info) override;
-    /// Writes the record of the reply. Raises nothing.
+    /// Ends the request's huge task, then writes the record of the reply. Raises what the platform's
+    /// HugeTaskMgr and ThreadContextMgr raise, and then writes no record; a failure of the record raises
+    /// nothing.
     void send_reply(PortableInterceptor::ServerRequestInfo* info) override;
-    /// Writes the record of the exception. Raises nothing.
+    /// The same, with the record of the exception.
     void send_exception(PortableInterceptor::ServerRequestInfo* info) override;
-    /// A request that was forwarded: leaves no record.
+    /// A request that was forwarded: ends its huge task, as send_reply does, and leaves no record.
     void send_other(PortableInterceptor::ServerRequestInfo* info) override;
 
     /// Writes the request's operation record and, with the statistics on, raises the operation's count and

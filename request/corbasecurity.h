@@ -52,6 +52,10 @@ class QV_API CorbaClientID {
 /// The operations on users work as soon as the object exists; any thread may call them, and they take no lock
 /// here. Exceptions of the security service pass through, but for InterfaceNotExistException where a result
 /// stands for it. Init and Destroy belong to one thread of the bundle.
+///
+/// Destroy() waits for the task's thread under the one lock under which every singleton is made. What that
+/// thread logs would wait for the same lock if there were no log manager: Destroy() comes before
+/// CorbaLogMgr::Destroy().
 class QV_API CorbaSecurityMgr : public ACE_Task_Base {
   public:
     /// The security service is not there: result of Login, Login_i and checkLogin.
@@ -61,7 +65,7 @@ class QV_API CorbaSecurityMgr : public ACE_Task_Base {
 
     /// The only object, made by the first call. Null only when the creation lock can't be taken.
     static CorbaSecurityMgr* Instance();
-    /// Waits for the task's thread and deletes the object.
+    /// Waits for the task's thread and deletes the object. No other thread may be using it.
     static void Destroy();
 
     /// Starts the task, whose thread ends at once. Always true.

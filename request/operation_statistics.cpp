@@ -35,7 +35,8 @@ constexpr char kUnknownExceptionText[] =
 /// Releases the lock only if it could be taken; the work goes on either way.
 using StatisticsGuard = ACE_Guard<ACE_Thread_Mutex>;
 
-/// A record is made in microseconds: for so long it is cheaper to let others run than to sleep and be woken.
+/// Lets other threads run for a while as long as `lock` is held, and doesn't keep it: the guard takes it. A
+/// record is made in microseconds, and for so long this is cheaper than to sleep and be woken.
 void YieldWhileHeld(ACE_Thread_Mutex& lock) {
     constexpr int kTries = 20;
     for (int i = 0; i < kTries; ++i) {
