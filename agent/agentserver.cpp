@@ -16,7 +16,7 @@
 
 namespace NS_CORBA {
 
-bool AgentServer::m_bExit = false;
+std::atomic<bool> AgentServer::m_bExit{false};
 ACE_Thread_Mutex AgentServer::m_mutexORBDestroy;
 ACE_Condition<ACE_Thread_Mutex> AgentServer::m_condORBDestroy(AgentServer::m_mutexORBDestroy);
 

@@ -4,6 +4,8 @@
 #include <ace/Condition_Thread_Mutex.h>
 #include <ace/Thread_Mutex.h>
 
+#include <atomic>
+
 #include "platform/export.h"
 
 namespace NS_CORBA {
@@ -12,8 +14,8 @@ namespace NS_CORBA {
 /// of CorbaBaseAgentConfig::Init. Activate and Run are called by the bundle's server thread; Discard,
 /// ShutDown and Destroy by any other thread, in that order. The threads of a pool stay until the process ends
 /// and log each return from the ORB: with a pool CorbaLogMgr::Destroy, beside which nobody may log, is left
-/// out. No CORBA::Exception leaves Activate, Discard,
-/// ShutDown or Destroy; Run lets through what isn't a CORBA::SystemException.
+/// out. No CORBA::Exception leaves Activate, Discard, ShutDown or Destroy; Run lets through what isn't a
+/// CORBA::SystemException.
 class QV_API AgentServer {
   public:
     AgentServer() = delete;
@@ -42,7 +44,7 @@ class QV_API AgentServer {
     /// Destroys the ORB and ends the companion services.
     static void Destroy();
 
-    static bool m_bExit;                        ///< the pool has ended; set by Run, never cleared
+    static std::atomic<bool> m_bExit;           ///< the pool has ended; set by Run, never cleared
     static ACE_Thread_Mutex m_mutexORBDestroy;  ///< to be held while waiting for m_condORBDestroy
     static ACE_Condition<ACE_Thread_Mutex> m_condORBDestroy;  ///< signalled when m_bExit becomes true
 };
