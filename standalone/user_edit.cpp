@@ -145,7 +145,17 @@ std::string Without(const std::string& text, const UserFile& users, const std::s
 
 }  // namespace
 
+void RequireDirectoryOf(const std::string& path) {
+    const std::string directory = DirectoryOf(path);
+    std::error_code unreadable;
+    if (!std::filesystem::is_directory(directory, unreadable)) {
+        throw std::runtime_error("the directory " + directory +
+                                 " does not exist; make it, or name another file");
+    }
+}
+
 void PutUser(const std::string& path, const std::string& name, const std::string& hash) {
+    RequireDirectoryOf(path);
     const DirectoryLock lock(DirectoryOf(path));
     std::string text = ReadIfThere(path);
     text = Without(text, UserFile::Parse(text, path), name);
@@ -156,6 +166,7 @@ void PutUser(const std::string& path, const std::string& name, const std::string
 }
 
 bool RemoveUser(const std::string& path, const std::string& name) {
+    RequireDirectoryOf(path);
     const DirectoryLock lock(DirectoryOf(path));
     const std::string text = ReadIfThere(path);
     const UserFile users = UserFile::Parse(text, path);

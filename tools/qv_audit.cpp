@@ -9,6 +9,7 @@
 #include "tools/qv_audit_query.h"
 #include "tools/qv_audit_report.h"
 #include "tools/qv_audit_text.h"
+#include "tools/usage.h"
 
 namespace {
 
@@ -80,10 +81,13 @@ int RunCommand(int argc, char** argv) {
     CLI::App app("Shows the audited operations of an agent, newest first. The agent may run meanwhile.");
     app.footer(
         "Times of the table are local ones, those of JSON UTC.\n"
-        "Exit code: 0 shown, 2 the file can't be read, 3 no such file, 4 no audit database, 5 locked.");
+        "Exit code: 0 shown, 2 wrong usage, or the file can't be read, 3 no such file, 4 no audit database, "
+        "5 locked.");
     Wanted wanted;
     AddOptions(app, wanted);
-    CLI11_PARSE(app, argc, argv);
+    if (const auto code = qv_tools::ReadCommandLine(app, "qv_audit", argc, argv)) {
+        return *code;
+    }
     if (!wanted.since.empty()) {
         wanted.filter.since_ms = qv_tools::ParseSince(wanted.since, NowMilliseconds());
         if (!wanted.filter.since_ms) {

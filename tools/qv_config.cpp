@@ -7,6 +7,7 @@
 #include "standalone/settings_file.h"
 #include "tools/config_markdown.h"
 #include "tools/config_report.h"
+#include "tools/usage.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ int RunCommand(int argc, char** argv) {
     CLI::App app("Checks and documents the configuration file of the CORBA agent.");
     app.footer(
         "Exit code of --check: 0 nothing found, 1 findings (the file is used in part), 2 the file can't be "
-        "used.");
+        "used.\nOtherwise: 0 printed, 2 wrong usage or a failure.");
     std::string file;
     bool sample = false;
     bool list = false;
@@ -33,7 +34,9 @@ int RunCommand(int argc, char** argv) {
     actions.add_flag("--markdown", markdown, "Print the reference of all settings as a page of Markdown");
     actions.require_option(1);
     app.add_flag("--json", json, "Print --check or --list as JSON, for scripts");
-    CLI11_PARSE(app, argc, argv);
+    if (const auto code = qv_tools::ReadCommandLine(app, "qv_config", argc, argv)) {
+        return *code;
+    }
 
     if (sample) {
         std::cout << qv_standalone::SampleFile();

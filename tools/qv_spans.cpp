@@ -13,6 +13,7 @@
 #include "tools/qv_audit_location.h"
 #include "tools/qv_spans_reader.h"
 #include "tools/qv_spans_timeline.h"
+#include "tools/usage.h"
 
 namespace {
 
@@ -69,10 +70,12 @@ void Show(const qv_tools::SpanRows& found, const Wanted& wanted) {
 
 int RunCommand(int argc, char** argv) {
     CLI::App app("Shows the requests that an agent has served as a time line. The agent may run meanwhile.");
-    app.footer("Times are local ones. Exit code: 0 shown, 2 the file can't be read.");
+    app.footer("Times are local ones. Exit code: 0 shown, 2 wrong usage, or the file can't be read.");
     Wanted wanted;
     AddOptions(app, wanted);
-    CLI11_PARSE(app, argc, argv);
+    if (const auto code = qv_tools::ReadCommandLine(app, "qv_spans", argc, argv)) {
+        return *code;
+    }
     const auto found = qv_tools::ReadSpans(wanted.file.empty() ? qv_tools::ConfiguredSpanFile() : wanted.file,
                                            wanted.filter);
     Show(found, wanted);

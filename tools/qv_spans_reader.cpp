@@ -116,6 +116,10 @@ void KeepNewest(std::vector<SpanRow>& rows, std::size_t last) {
 }  // namespace
 
 SpanRows ReadSpans(const std::string& path, const SpanFilter& filter) {
+    std::error_code unreadable;
+    if (fs::is_directory(path, unreadable)) {
+        throw std::runtime_error(path + ": this is no file");
+    }
     SpanRows found;
     bool any = false;
     errno = 0;

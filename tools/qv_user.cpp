@@ -7,6 +7,7 @@
 #include "standalone/user_edit.h"
 #include "standalone/user_file.h"
 #include "tools/secrets/secret_input.h"
+#include "tools/usage.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ int RunCommand(int argc, char** argv) {
     CLI::App app(
         "Keeps the file of the users that may log in to the agent. Passwords are read from standard "
         "input, at a terminal without showing them.");
-    app.footer("Exit code: 0 done, 1 no such user, 2 failed.");
+    app.footer("Exit code: 0 done, 1 no such user, 2 failed, or wrong usage.");
     app.require_subcommand(1);
     std::string file;
     std::string name;
@@ -55,12 +56,15 @@ int RunCommand(int argc, char** argv) {
     for (CLI::App* const command : {add, remove}) {
         command->add_option("NAME", name, "The user's name")->required();
     }
-    CLI11_PARSE(app, argc, argv);
+    if (const auto code = qv_tools::ReadCommandLine(app, "qv_user", argc, argv)) {
+        return *code;
+    }
 
     if (hash->parsed()) {
         std::cout << ReadHash() << "\n";
     } else if (add->parsed()) {
         RequireName(name);
+        qv_standalone::RequireDirectoryOf(file);  // ahead of the question for a password
         qv_standalone::PutUser(file, name, ReadHash());
     } else if (remove->parsed()) {
         return Remove(file, name);

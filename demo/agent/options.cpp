@@ -1,14 +1,8 @@
 #include "demo/agent/options.h"
 
-#include <CLI/CLI.hpp>
+#include "tools/usage.h"
 
 namespace qv_demo {
-namespace {
-
-constexpr int kUsageError = 2;
-
-}  // namespace
-
 ParsedOptions ParseOptions(int argc, char** argv) {
     ParsedOptions parsed;
     Options& options = parsed.options;
@@ -23,12 +17,9 @@ ParsedOptions ParseOptions(int argc, char** argv) {
         "--events", options.events,
         "Send events through the notification service that the configuration names; each is noted in "
         "events.csv beside the logs");
-    try {
-        app.parse(argc, argv);
-        parsed.proceed = true;
-    } catch (const CLI::ParseError& e) {
-        parsed.exit_code = app.exit(e) == 0 ? 0 : kUsageError;
-    }
+    const auto code = qv_tools::ReadCommandLine(app, "qv_demo_agent", argc, argv);
+    parsed.proceed = !code;
+    parsed.exit_code = code.value_or(0);
     return parsed;
 }
 

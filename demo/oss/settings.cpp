@@ -1,6 +1,5 @@
 #include "demo/oss/settings.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -8,6 +7,7 @@
 #include "demo/oss/problem.h"
 #include "tools/secrets/secret_input.h"
 #include "tools/secrets/wiper.h"
+#include "tools/usage.h"
 
 namespace qv_oss {
 namespace {
@@ -206,11 +206,12 @@ ParsedSettings ParseSettings(int argc, char** argv) {
     const Commands commands = AddCommands(app, parsed.settings);
     app.require_subcommand(1);
     try {
+        qv_tools::NameTool(app, "qv_demo_oss");
         app.parse(argc, argv);
         TakeCommand(app, commands, parsed.settings);
         parsed.proceed = true;
     } catch (const CLI::ParseError& e) {
-        parsed.exit_code = app.exit(e) == 0 ? kOk : kUsage;
+        parsed.exit_code = qv_tools::EndOfUsage(app, e);
     }
     return parsed;
 }

@@ -11,6 +11,7 @@
 #include "tools/ssl/ssl_check.h"
 #include "tools/ssl/ssl_report.h"
 #include "tools/ssl/trial_credentials.h"
+#include "tools/usage.h"
 
 namespace {
 
@@ -120,7 +121,8 @@ void AddMake(CLI::App& app, TrialOptions& options) {
         ->capture_default_str()
         ->check(CLI::Range(1L, 36500L));
     make.add_flag("--refused", options.refused,
-                  "Also make clients to be refused: stranger (of another authority), expired, nameless");
+                  "Also make clients to be refused: stranger (of another authority), expired, nameless "
+                  "(without a certificate)");
     make.footer(
         "Prints the paths of the profiles. The authority's key lies in clear beside them: for trials only.");
 }
@@ -128,12 +130,18 @@ void AddMake(CLI::App& app, TrialOptions& options) {
 int RunCommand(int argc, char** argv) {
     CLI::App app("Checks an SSL set-up of the CORBA agent, and makes one for a trial.");
     app.require_subcommand(1);
+    app.footer(
+        "Exit code of check: 0 nothing found, 1 warnings, 2 errors; of make: 0 made, 2 not made. 2 as well "
+        "for "
+        "wrong\nusage. \"qv_ssl check --help\" and \"qv_ssl make --help\" have the options.");
     CheckOptions check;
     TrialOptions make;
     make.hosts = {"localhost", "127.0.0.1"};
     AddCheck(app, check);
     AddMake(app, make);
-    CLI11_PARSE(app, argc, argv);
+    if (const auto code = qv_tools::ReadCommandLine(app, "qv_ssl", argc, argv)) {
+        return *code;
+    }
     return app.got_subcommand("check") ? Check(check) : Make(make);
 }
 
