@@ -55,6 +55,24 @@ bool IsSimple(CORBA::TCKind kind) {
     return parameters == Parameters::kNone || parameters == Parameters::kBound;
 }
 
+bool IsDiscriminator(CORBA::TCKind kind) {
+    switch (kind) {
+        case CORBA::tk_boolean:
+        case CORBA::tk_char:
+        case CORBA::tk_octet:
+        case CORBA::tk_short:
+        case CORBA::tk_ushort:
+        case CORBA::tk_long:
+        case CORBA::tk_ulong:
+        case CORBA::tk_enum:
+        case CORBA::tk_longlong:
+        case CORBA::tk_ulonglong:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool ReadDiscriminator(CdrReader& reader, CORBA::TCKind kind, std::int64_t& value) {
     switch (kind) {
         case CORBA::tk_boolean:
@@ -241,14 +259,15 @@ class TypeTableBuilder {
     void ReadUnion(CdrReader& reader, Index index, unsigned depth) {
         const Index discriminator = ReadPart(reader, depth);
         const CORBA::TCKind kind = At(m_table->Unaliased(discriminator)).kind;
+        if (!IsDiscriminator(kind)) {
+            NotAType();  // a value without members would take up nothing
+        }
         At(index).content = discriminator;
         const auto fallback = static_cast<std::int32_t>(reader.ULong());
         const std::uint32_t count = reader.ULong();
         for (std::uint32_t i = 0; i < count; ++i) {
             TypeTable::Member member;
-            if (!ReadDiscriminator(reader, kind, member.label)) {
-                NotAType();
-            }
+            ReadDiscriminator(reader, kind, member.label);
             member.name = std::string(reader.String());
             member.type = ReadPart(reader, depth);
             member.by_default = fallback >= 0 && i == static_cast<std::uint32_t>(fallback);

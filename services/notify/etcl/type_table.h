@@ -54,6 +54,9 @@ class TypeTable {
 
 using TypeTablePtr = std::shared_ptr<const TypeTable>;
 
+/// Whether a union can have a discriminator of that kind.
+bool IsDiscriminator(CORBA::TCKind kind);
+
 /// The value of a discriminator of that kind; false for a kind that can't be one.
 bool ReadDiscriminator(CdrReader& reader, CORBA::TCKind kind, std::int64_t& value);
 

@@ -1,6 +1,7 @@
 // Bytes that are no value of their type, and types that are none: evaluation ends and reads nothing beyond
 // them.
 
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -17,6 +18,11 @@
 namespace {
 
 using namespace qv_notify::etcl;
+
+const bool kLittleEndian = [] {
+    const CORBA::ULong one = 1;
+    return *reinterpret_cast<const char*>(&one) == 1;
+}();
 
 /// A copy whose end the sanitizer watches.
 std::vector<char> Copy(std::string_view bytes) {
@@ -89,12 +95,41 @@ TEST(BrokenValues, AnAliasOfItselfIsNoType) {
     EXPECT_THROW(TypeTable::Read(reader), CORBA::BAD_TYPECODE);
 }
 
+/// An encapsulation in this machine's byte order, ahead of which its size stands.
+std::vector<CORBA::ULong> Encapsulated(const std::vector<CORBA::ULong>& words) {
+    std::vector<CORBA::ULong> all{static_cast<CORBA::ULong>((words.size() + 1) * sizeof words[0]), 0};
+    const char little_endian = kLittleEndian ? 1 : 0;
+    std::memcpy(&all[1], &little_endian, 1);
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+}
+
+// Values of such a union would take up nothing, so an array of 2^32 of them would be there in any event.
+TEST(BrokenValues, AUnionWithoutMembersNeedsADiscriminatorAllTheSame) {
+    for (const CORBA::TCKind kind : {CORBA::tk_long, CORBA::tk_float, CORBA::tk_any, CORBA::tk_TypeCode}) {
+        std::vector<CORBA::ULong> type{CORBA::tk_union};
+        for (const CORBA::ULong word : Encapsulated({1, 0, 1, 0, static_cast<CORBA::ULong>(kind), ~0U, 0})) {
+            type.push_back(word);
+        }
+        type.push_back(~0U);  // elements
+        std::vector<CORBA::ULong> array = Encapsulated(type);
+        array.insert(array.begin(), CORBA::tk_array);
+        CdrReader reader(reinterpret_cast<const char*>(array.data()), array.size() * sizeof array[0]);
+        if (kind != CORBA::tk_long) {
+            EXPECT_THROW(TypeTable::Read(reader), CORBA::BAD_TYPECODE) << kind;
+            continue;
+        }
+        const TypeTablePtr table = TypeTable::Read(reader);
+        const std::vector<char> bytes(16, '\0');
+        CdrReader value(bytes.data(), bytes.size());
+        EXPECT_THROW(SkipValue(*table, table->root(), value), CORBA::MARSHAL);
+    }
+}
+
 TEST(BrokenValues, TheOtherByteOrderIsRead) {
     // An Any with the long 258, big-endian.
     const char bytes[] = {0, 0, 0, 3, 0, 0, 1, 2};
-    const CORBA::ULong one = 1;
-    const bool little = *reinterpret_cast<const char*>(&one) == 1;
-    ValuePlace place(CORBA::_tc_any, CdrReader(bytes, sizeof bytes, little));
+    ValuePlace place(CORBA::_tc_any, CdrReader(bytes, sizeof bytes, kLittleEndian));
     EXPECT_EQ(place.kind(), CORBA::tk_long);
     EXPECT_EQ(place.reader().ULong(), 258U);
 }
