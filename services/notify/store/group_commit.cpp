@@ -34,16 +34,16 @@ void GroupCommit::Run(const Operation& operation) {
 
 void GroupCommit::CarryOut(const std::vector<Waiting*>& group) {
     if (group.size() > 1) {
-        std::vector<const Operation*> operations;
-        operations.reserve(group.size());
-        for (const Waiting* one : group) {
-            operations.push_back(one->operation);
-        }
         try {
+            std::vector<const Operation*> operations;
+            operations.reserve(group.size());
+            for (const Waiting* one : group) {
+                operations.push_back(one->operation);
+            }
             m_transaction(operations);
             return;
         } catch (...) {
-            // One of them spoilt it for the others.
+            // One of them spoilt it for the others, or there was no memory for all at once.
         }
     }
     for (Waiting* one : group) {
