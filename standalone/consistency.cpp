@@ -1,5 +1,9 @@
 #include "standalone/consistency.h"
 
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <string>
 
@@ -54,15 +58,58 @@ void CheckPorts(SettingsFile& file, bool ssl) {
     }
 }
 
+void CheckSsl(SettingsFile& file) {
+    if (ValueInForce(file, "SSL_Profile").empty()) {
+        file.findings.push_back({LineOfKey(file, "SSLMode"), "SSLMode",
+                                 "SSL is on, but SSL_Profile names no file with key and certificate",
+                                 kStays});
+    }
+    const std::string port = "CORBAAgent_SSLPort";
+    if (ValueInForce(file, port) == "0") {
+        file.findings.push_back(
+            {LineOfKey(file, LineOfKey(file, port) > 0 ? port : "SSLMode"), port,
+             "SSL is on, but this port is 0, so the agent takes another one at each start and "
+             "references that OSSs keep lead nowhere",
+             kStays});
+    }
+}
+
+/// The root of the installation; empty when it isn't set.
+std::filesystem::path Root(const SettingsFile& file) {
+    const char* const variable = std::getenv("QV_ENV_ROOT");
+    if (variable != nullptr && *variable != '\0') {
+        return variable;
+    }
+    const auto found = file.platform.find("env_root");
+    if (found == file.platform.end() || found->second.empty()) {
+        return {};
+    }
+    return std::filesystem::absolute(file.path).parent_path() / found->second;
+}
+
+void CheckProgram(SettingsFile& file, const std::string& process, const std::filesystem::path& root) {
+    const std::string key = process + "_AutoStart";
+    const std::filesystem::path program =
+        root / "../cbb/nbi/nbicbb_3p/share/bin" / ValueInForce(file, process + "_Name");
+    if (ValueInForce(file, key) != "0" && access(program.c_str(), X_OK) != 0) {
+        file.findings.push_back(
+            {LineOfKey(file, key), key,
+             "the agent can't start " + program.lexically_normal().string() + ": there is no such program",
+             kStays});
+    }
+}
+
 }  // namespace
 
 void AddConsistencyFindings(SettingsFile& file) {
     const bool ssl = ValueInForce(file, "SSLMode") != "0";
     CheckPorts(file, ssl);
-    if (ssl && ValueInForce(file, "SSL_Profile").empty()) {
-        file.findings.push_back({LineOfKey(file, "SSLMode"), "SSLMode",
-                                 "SSL is on, but SSL_Profile names no file with key and certificate",
-                                 kStays});
+    if (ssl) {
+        CheckSsl(file);
+    }
+    if (const std::filesystem::path root = Root(file); !root.empty()) {
+        CheckProgram(file, "NamingService", root);
+        CheckProgram(file, "NotifyService", root);
     }
 }
 
