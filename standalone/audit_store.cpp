@@ -57,21 +57,23 @@ void AuditStore::EndAudit(const unsigned long& requestId, const int& result, con
     if (found == m_open.end()) {
         return;  // it began when it was of no risk
     }
-    const std::int64_t row = found->second.back();
-    found->second.pop_back();
-    if (found->second.empty()) {
-        m_open.erase(found);
-    }
+    std::vector<std::int64_t>& rows = found->second;
+    std::uint64_t lost = 1;
     try {
-        if (row != 0 && Ready()) {
-            m_db->End(row, result, detail);
+        // Asked first: in a file that took the place of one moved away the number is that of another row.
+        if (Ready() && rows.back() != 0) {
+            m_db->End(rows.back(), result, detail);
             Recovered();
-            return;
+            lost = 0;
         }
     } catch (const std::exception& error) {
         Fail(error.what());
     }
-    ++m_lost;
+    m_lost += lost;
+    rows.pop_back();
+    if (rows.empty()) {
+        m_open.erase(found);
+    }
 }
 
 /// Under the lock: opens the file when it is time. A file that was moved away is made anew.

@@ -177,6 +177,46 @@ TEST_F(AuditStoreTest, AFileMovedAwayAloneIsWholeAndItsOperationsDoNotEndInTheNe
     EXPECT_EQ(m_told, "");
 }
 
+class AuditFileMovedUnderAnOperation : public AuditStoreTest, public testing::WithParamInterface<bool> {};
+
+TEST_P(AuditFileMovedUnderAnOperation, ItsEndIsNotThatOfAnOperationInTheNextFile) {
+    Begin(1, "first");
+    const std::string former = m_dir.File("former.db");
+    std::filesystem::rename(m_path, former);
+    m_now += 2s;
+    if (GetParam()) {
+        m_store.Tend();
+    }
+    m_store.EndAudit(1, 1, "of first");
+    Begin(2, "second");
+    EXPECT_EQ(Rows(), "second|null|null\n");
+    m_store.EndAudit(2, 0, "of second");
+    EXPECT_EQ(Rows(), "second|0|of second\n");
+    EXPECT_EQ(Query(former, "SELECT operName, result FROM audit"), "first|null\n");
+    EXPECT_EQ(m_store.Lost(), 1U);
+    EXPECT_EQ(m_told, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(FoundBy, AuditFileMovedUnderAnOperation, testing::Bool(),
+                         [](const auto& tended) { return std::string(tended.param ? "Tend" : "TheEnd"); });
+
+TEST_F(AuditStoreTest, AnEndThatFindsTheFileDamagedIsTheEndOfItsOperationAllTheSame) {
+    Begin(1, "outer");
+    Begin(1, "inner");
+    std::filesystem::remove_all(m_dir.File("sub"));
+    m_dir.Write("sub", "no directory");
+    m_now += 2s;
+    m_store.EndAudit(1, 0, "of inner");
+    EXPECT_THAT(m_told, HasSubstr("can't be written"));
+    std::filesystem::remove(m_dir.File("sub"));
+    m_now += 2s;
+    Begin(2, "next");
+    m_store.EndAudit(1, 0, "of outer");
+    m_store.EndAudit(1, 0, "of nobody");
+    EXPECT_EQ(Rows(), "next|null|null\n");
+    EXPECT_EQ(m_store.Lost(), 2U);
+}
+
 TEST_F(AuditStoreTest, AFileMovedAwayIsWholeWithoutAnotherOperation) {
     Begin(1, "first");
     const std::string former = m_dir.File("former.db");
