@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -15,6 +20,7 @@ using qv_standalone::UserFile;
 using qv_test::RunResult;
 using qv_test::TempDir;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -24,7 +30,64 @@ RunResult User(const std::string& args, const std::string& password = "") {
         {"/bin/sh", "-c", "printf '%s\\n' \"$1\" | " QV_USER_TOOL " " + args, "sh", password});
 }
 
+/// What a shell shows at a terminal of its own that runs `script` and is typed `keys` once it asks.
+std::string AtTerminal(const std::string& script, const std::string& keys) {
+    int terminal = -1;
+    const pid_t shell = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (shell == 0) {
+        execl("/bin/sh", "sh", "-c", script.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    std::string shown;
+    bool typed = false;
+    char buffer[4096];
+    for (;;) {
+        pollfd wait{terminal, POLLIN, 0};
+        if (poll(&wait, 1, 30000) != 1) {
+            kill(shell, SIGKILL);
+        }
+        const ssize_t got = read(terminal, buffer, sizeof buffer);
+        if (got <= 0) {
+            break;
+        }
+        shown.append(buffer, static_cast<std::size_t>(got));
+        if (!typed && shown.find("Password: ") != std::string::npos) {
+            typed = write(terminal, keys.data(), keys.size()) == static_cast<ssize_t>(keys.size());
+        }
+    }
+    close(terminal);
+    waitpid(shell, nullptr, 0);
+    return shown;
+}
+
 }  // namespace
+
+TEST(QvUser, DoesNotShowThePasswordAtATerminal) {
+    const std::string shown = AtTerminal(QV_USER_TOOL " hash; stty -a", "secret\n");
+    EXPECT_THAT(shown, HasSubstr("$argon2id$"));
+    EXPECT_THAT(shown, Not(HasSubstr("secret")));
+    EXPECT_THAT(shown, HasSubstr(" echo "));
+}
+
+TEST(QvUser, LeavesTheTerminalAsItWasWhenItIsInterrupted) {
+    const std::string shown =
+        AtTerminal("trap : INT; " QV_USER_TOOL " hash; echo code $?; stty -a", "sec\x03");
+    EXPECT_THAT(shown, HasSubstr("code 130"));
+    EXPECT_THAT(shown, HasSubstr(" echo "));
+    EXPECT_THAT(shown, Not(HasSubstr("sec")));
+}
+
+TEST(QvUser, AsksOnAfterItWasStopped) {
+    // With job control the shell goes on once the tool is stopped.
+    const std::string shown =
+        AtTerminal("set -m; " QV_USER_TOOL
+                   " hash; stty -a | tr ' ' '\n' | grep echo$; fg; stty -a | tr ' ' '\n' | grep echo$",
+                   "\x1asecret\n");
+    EXPECT_THAT(shown, HasSubstr("Password: echo\r\n"));
+    EXPECT_THAT(shown, HasSubstr("$argon2id$"));
+    EXPECT_THAT(shown, Not(HasSubstr("secret")));
+    EXPECT_THAT(shown, Not(HasSubstr("-echo")));
+}
 
 TEST(QvUser, MakesAFileThatOnlyItsOwnerMayRead) {
     const TempDir dir;
