@@ -62,9 +62,4 @@ std::string HashOfNobody(const std::string& parameters) {
            RandomBase64<32>();
 }
 
-void Wipe(std::string& secret) noexcept {
-    sodium_memzero(secret.data(), secret.size());
-    secret.clear();
-}
-
 }  // namespace qv_standalone

@@ -18,7 +18,4 @@ PasswordMatch MatchPassword(const std::string& hash, const std::string& password
 /// empty): checking it takes the time that a user who exists takes. Made without that cost. Reentrant.
 std::string HashOfNobody(const std::string& parameters);
 
-/// Overwrites the text so that no copy of it stays behind in this buffer, and empties it.
-void Wipe(std::string& secret) noexcept;
-
 }  // namespace qv_standalone

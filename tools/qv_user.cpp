@@ -7,6 +7,7 @@
 #include "standalone/user_edit.h"
 #include "standalone/user_file.h"
 #include "tools/secrets/secret_input.h"
+#include "tools/secrets/wiper.h"
 #include "tools/usage.h"
 
 namespace {
@@ -15,12 +16,11 @@ using qv_standalone::UserFile;
 
 std::string ReadHash() {
     std::string password = qv_secrets::ReadSecretLine("Password");
+    const qv_secrets::Wiper wiper(password);
     if (password.empty()) {
         throw std::runtime_error("an empty password is none");
     }
-    std::string hash = qv_standalone::HashPassword(password);
-    qv_standalone::Wipe(password);
-    return hash;
+    return qv_standalone::HashPassword(password);
 }
 
 void RequireName(const std::string& name) {

@@ -32,9 +32,10 @@ void Commands::ChangePassword() {
     NamingClient naming(orb_.orb(), settings_, caller_);
     const auto factory = emsSessionFactory::EmsSessionFactory_I_var(naming.FindFactory());
     std::string password = ReadPassword(settings_);
+    const qv_secrets::Wiper wiper(password);
     std::string old_password = password;
-    std::string new_password = ReadNewPassword(settings_);
     const qv_secrets::Wiper old_wiper(old_password);
+    std::string new_password = ReadNewPassword(settings_);
     const qv_secrets::Wiper new_wiper(new_password);
     OssSession session(orb_, caller_, factory.in(), settings_.user, password);
     ExtensionClient(session, caller_).ChangePassword(settings_.user, old_password, new_password);

@@ -224,15 +224,15 @@ std::string ReadNewPassword(const Settings& settings) {
     const bool asked = settings.new_password_file.empty() && std::getenv(kNewPasswordVariable) == nullptr;
     std::string password =
         Secret(settings.new_password_file, kNewPasswordVariable, "new password of " + settings.user);
+    const qv_secrets::Wiper wiper(password);
     if (asked) {
         std::string again = Ask("new password again");
-        const qv_secrets::Wiper wiper(again);
+        const qv_secrets::Wiper again_wiper(again);
         if (again != password) {
-            qv_secrets::Wipe(password);
             throw Problem(kUsage, "the new password was not typed the same way twice");
         }
     }
-    return password;
+    return std::string(password);  // a copy: this one is overwritten
 }
 
 }  // namespace qv_oss
