@@ -20,14 +20,6 @@ namespace fs = std::filesystem;
                      std::strerror(reason) + ". Correct the path, its rights or the space on its disk.");
 }
 
-int OpenTemporary(const std::string& temporary) {
-    return open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-}
-
-std::string TemporaryName(const std::string& path) {
-    return path + ".tmp" + std::to_string(getpid());
-}
-
 bool WriteAll(int fd, const std::string& text) {
     std::size_t done = 0;
     while (done < text.size()) {
@@ -40,8 +32,65 @@ bool WriteAll(int fd, const std::string& text) {
         }
         done += static_cast<std::size_t>(n);
     }
-    return fsync(fd) == 0;
+    return true;
 }
+
+/// A new file, under a name of this process's. What stands there already is somebody's trap or was left
+/// behind by a process of the same id: it is never written to.
+int MakeFile(const std::string& path) {
+    constexpr int kTries = 3;
+    int fd = -1;
+    for (int i = 0; fd < 0 && i < kTries; ++i) {
+        fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+        if (fd < 0 && (errno != EEXIST || unlink(path.c_str()) != 0)) {
+            break;
+        }
+    }
+    return fd;
+}
+
+/// A new file beside the one that it is to replace; removed with the object unless it does.
+class Temporary {
+  public:
+    explicit Temporary(const std::string& path)
+        : name_(path + ".tmp" + std::to_string(getpid())),
+          fd_(MakeFile(name_)),
+          reason_(fd_ < 0 ? errno : 0) {}
+    ~Temporary() {
+        Close();
+        unlink(name_.c_str());
+    }
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+
+    /// What was in the way, as an errno; 0: nothing. After a failure the others do nothing.
+    int Reason() const { return reason_; }
+
+    void Write(const std::string& text) {
+        if (reason_ == 0 && !(WriteAll(fd_, text) && fsync(fd_) == 0)) {
+            reason_ = errno;
+        }
+    }
+    /// It takes the place of that file.
+    void Replace(const std::string& path) {
+        Close();
+        if (reason_ == 0 && rename(name_.c_str(), path.c_str()) != 0) {
+            reason_ = errno;
+        }
+    }
+
+  private:
+    void Close() {
+        if (fd_ >= 0 && close(fd_) != 0 && reason_ == 0) {
+            reason_ = errno;
+        }
+        fd_ = -1;
+    }
+
+    const std::string name_;
+    int fd_;
+    int reason_;
+};
 
 }  // namespace
 
@@ -50,31 +99,18 @@ void RequireWritable(const std::string& path, const std::string& purpose) {
     if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
         Fail(path, purpose, EISDIR);
     }
-    const std::string temporary = TemporaryName(path);
-    const int fd = OpenTemporary(temporary);
-    if (fd < 0) {
-        Fail(path, purpose, errno);
+    const Temporary temporary(path);
+    if (temporary.Reason() != 0) {
+        Fail(path, purpose, temporary.Reason());
     }
-    close(fd);
-    unlink(temporary.c_str());
 }
 
 void ReplaceTextFile(const std::string& path, const std::string& text, const std::string& purpose) {
-    const std::string temporary = TemporaryName(path);
-    const int fd = OpenTemporary(temporary);
-    if (fd < 0) {
-        Fail(path, purpose, errno);
-    }
-    int reason = WriteAll(fd, text) ? 0 : errno;
-    if (close(fd) != 0 && reason == 0) {
-        reason = errno;
-    }
-    if (reason == 0 && rename(temporary.c_str(), path.c_str()) != 0) {
-        reason = errno;
-    }
-    if (reason != 0) {
-        unlink(temporary.c_str());
-        Fail(path, purpose, reason);
+    Temporary temporary(path);
+    temporary.Write(text);
+    temporary.Replace(path);
+    if (temporary.Reason() != 0) {
+        Fail(path, purpose, temporary.Reason());
     }
 }
 

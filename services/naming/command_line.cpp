@@ -1,21 +1,11 @@
 #include "services/naming/command_line.h"
 
-#include <strings.h>
-
-#include <algorithm>
 #include <array>
-#include <charconv>
 
-#include "services/common/start_error.h"
+#include "services/common/tao_arguments.h"
 
 namespace qv_naming {
 namespace {
-
-struct UnusedOption {
-    const char* name;
-    bool takes_value;
-    const char* reason;
-};
 
 constexpr const char* kOrbInternal = "the name server's ORB has no such setting";
 constexpr const char* kPersistent = "bindings are always kept in the data directory";
@@ -51,110 +41,58 @@ constexpr std::array kUnusedOptions{
     UnusedOption{"-ORBVerboseLogging", true, kOrbInternal},
 };
 
-bool SameOption(const std::string& argument, const char* name) {
-    // ORB options are matched without regard to case; the service's own single letters are not.
-    return argument.size() > 2 ? strcasecmp(argument.c_str(), name) == 0 : argument == name;
-}
-
-[[noreturn]] void Refuse(const std::string& what) {
-    throw StartError(what + " Correct the command line; \"-h\" lists the options.", kExitUsage);
-}
-
-std::uint16_t ParsePort(const std::string& text, const std::string& endpoint) {
-    unsigned value = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    if (result.ec != std::errc{} || result.ptr != end || value == 0 || value > 65535) {
-        Refuse("The endpoint \"" + endpoint + "\" has no valid port (1 to 65535).");
+std::uint16_t ParsePort(const std::string& digits, const std::string& endpoint,
+                        const TaoArguments& arguments) {
+    const std::uint16_t port = ReadPort(digits).value_or(0);
+    if (port == 0) {
+        arguments.Refuse("The endpoint \"" + endpoint + "\" has no valid port (1 to 65535).");
     }
-    return static_cast<std::uint16_t>(value);
+    return port;
 }
 
-void ParseEndpointOption(const std::string& option, const std::string& endpoint, Settings& settings) {
-    const std::string name = option.substr(0, option.find('='));
-    if (name == "ssl_port") {
-        settings.ssl_port = ParsePort(option.substr(std::min(option.size(), name.size() + 1)), endpoint);
+void ParseEndpointOption(const std::string& option, const std::string& endpoint,
+                         const TaoArguments& arguments, Settings& settings) {
+    if (const auto digits = EndpointValue(option, "ssl_port")) {
+        settings.ssl_port = ParsePort(*digits, endpoint, arguments);
         return;
     }
+    const std::string name = option.substr(0, option.find('='));
     if (name != "hostname_in_ior" && name != "portspan" && name != "reuse_addr" && name != "priority") {
-        Refuse("The endpoint \"" + endpoint + "\" has the unknown option \"" + name + "\".");
+        arguments.Refuse("The endpoint \"" + endpoint + "\" has the unknown option \"" + name + "\".");
     }
     settings.ignored.push_back("The endpoint option \"" + option + "\" is not used: " + kOrbInternal + ".");
 }
 
-// iiop://[version@]host:port[/option=value[&option=value]...]
-void ParseEndpoint(const std::string& endpoint, Settings& settings) {
-    static const std::string kScheme = "iiop://";
+void ParseEndpoint(const std::string& endpoint, const TaoArguments& arguments, Settings& settings) {
     if (settings.port != 0) {
-        Refuse("A second endpoint \"" + endpoint + "\" is given; the naming service listens on one.");
+        arguments.Refuse("A second endpoint \"" + endpoint +
+                         "\" is given; the naming service listens on one.");
     }
-    if (strncasecmp(endpoint.c_str(), kScheme.c_str(), kScheme.size()) != 0) {
-        Refuse("The endpoint \"" + endpoint + "\" is not of the form iiop://HOST:PORT.");
+    const std::optional<TaoEndpoint> parts = SplitEndpoint(endpoint);
+    if (!parts) {
+        arguments.Refuse("The endpoint \"" + endpoint + "\" is not of the form iiop://HOST:PORT.");
     }
-    std::string address = endpoint.substr(kScheme.size());
-    std::string options;
-    if (const auto slash = address.find('/'); slash != std::string::npos) {
-        options = address.substr(slash + 1);
-        address.resize(slash);
+    if (parts->several) {
+        arguments.Refuse("The endpoint \"" + endpoint +
+                         "\" lists several addresses; the naming service listens on one.");
     }
-    if (const auto at = address.find('@'); at != std::string::npos) {
-        address.erase(0, at + 1);
-    }
-    if (address.find_first_of(",;") != std::string::npos) {
-        Refuse("The endpoint \"" + endpoint +
-               "\" lists several addresses; the naming service listens on one.");
-    }
-    const auto colon = address.rfind(':');
-    if (colon == std::string::npos || colon < address.rfind(']') + 1) {
-        Refuse("The endpoint \"" + endpoint + "\" has no valid port (1 to 65535).");
-    }
-    settings.host = address.substr(0, colon);
-    settings.port = ParsePort(address.substr(colon + 1), endpoint);
-    while (!options.empty()) {
-        const auto cut = std::min(options.find('&'), options.size());
-        ParseEndpointOption(options.substr(0, cut), endpoint, settings);
-        options.erase(0, cut + 1);
+    settings.host = parts->host;
+    settings.port = ParsePort(parts->port.value_or(""), endpoint, arguments);
+    for (const std::string& option : parts->options) {
+        ParseEndpointOption(option, endpoint, arguments, settings);
     }
 }
 
-class Arguments {
-  public:
-    explicit Arguments(const std::vector<std::string>& list) : list_(list) {}
-
-    bool More() const { return next_ < list_.size(); }
-    const std::string& Next() { return list_[next_++]; }
-
-    const std::string& ValueOf(const std::string& option) {
-        if (!More() || list_[next_].empty()) {
-            Refuse("The option \"" + option + "\" needs a value.");
-        }
-        return Next();
-    }
-
-    // A composed command line leaves the value out where nothing is configured.
-    std::string OptionalValueOf(const std::string& option) {
-        const bool left_out = More() && !list_[next_].empty() && list_[next_][0] == '-';
-        return left_out ? "" : ValueOf(option);
-    }
-
-  private:
-    const std::vector<std::string>& list_;
-    std::size_t next_ = 0;
-};
-
-void NoteUnused(const UnusedOption& unused, std::vector<std::string>& ignored) {
-    const std::string sentence =
-        std::string("The option \"") + unused.name + "\" is not used: " + unused.reason + ".";
-    if (std::find(ignored.begin(), ignored.end(), sentence) == ignored.end()) {
-        ignored.push_back(sentence);
-    }
+// A composed command line leaves the value out where nothing is configured.
+std::string OptionalValueOf(const std::string& option, TaoArguments& arguments) {
+    return arguments.More() && !arguments.ValueFollows() ? "" : arguments.ValueOf(option);
 }
 
-void ParseOption(const std::string& option, Arguments& arguments, Settings& settings) {
+void ParseOption(const std::string& option, TaoArguments& arguments, Settings& settings) {
     if (SameOption(option, "-ORBEndpoint") || SameOption(option, "-ORBListenEndpoints")) {
-        ParseEndpoint(arguments.ValueOf(option), settings);
+        ParseEndpoint(arguments.ValueOf(option), arguments, settings);
     } else if (SameOption(option, "-ORBSvcConf")) {
-        settings.ssl_profile = arguments.OptionalValueOf(option);
+        settings.ssl_profile = OptionalValueOf(option, arguments);
     } else if (option == "-o") {
         settings.ior_file = arguments.ValueOf(option);
     } else if (option == "-p") {
@@ -164,15 +102,7 @@ void ParseOption(const std::string& option, Arguments& arguments, Settings& sett
     } else if (option == "-h" || option == "-?" || option == "--help") {
         settings.help = true;
     } else {
-        const auto unused = std::find_if(kUnusedOptions.begin(), kUnusedOptions.end(),
-                                         [&](const UnusedOption& o) { return SameOption(option, o.name); });
-        if (unused == kUnusedOptions.end()) {
-            Refuse("The option \"" + option + "\" is unknown.");
-        }
-        if (unused->takes_value) {
-            arguments.ValueOf(option);
-        }
-        NoteUnused(*unused, settings.ignored);
+        arguments.PassOver(option, kUnusedOptions, settings.ignored);
     }
 }
 
@@ -180,19 +110,20 @@ void ParseOption(const std::string& option, Arguments& arguments, Settings& sett
 
 Settings ParseCommandLine(const std::vector<std::string>& list) {
     Settings settings;
-    Arguments arguments(list);
+    TaoArguments arguments(list, "Correct the command line; \"-h\" lists the options.");
     while (arguments.More()) {
         const std::string option = arguments.Next();
         ParseOption(option, arguments, settings);
     }
     if (!settings.help && settings.port == 0) {
-        Refuse("The option \"-ORBEndpoint iiop://HOST:PORT\" is missing.");
+        arguments.Refuse("The option \"-ORBEndpoint iiop://HOST:PORT\" is missing.");
     }
     if (settings.ssl_port != 0 && settings.ssl_profile.empty()) {
-        Refuse("The endpoint asks for an SSL port, but no \"-ORBSvcConf FILE\" names the SSL options.");
+        arguments.Refuse(
+            "The endpoint asks for an SSL port, but no \"-ORBSvcConf FILE\" names the SSL options.");
     }
     if (settings.ssl_port != 0 && settings.ssl_port == settings.port) {
-        Refuse("The endpoint has the same number for both ports.");
+        arguments.Refuse("The endpoint has the same number for both ports.");
     }
     if (settings.ssl_port == 0 && !settings.ssl_profile.empty()) {
         settings.ignored.push_back(

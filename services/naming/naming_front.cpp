@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "services/common/operator_line.h"
 #include "services/common/service_manager.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
@@ -71,10 +72,7 @@ class StartGuard {
 }  // namespace
 
 void Tell(const std::string& sentence) {
-    const std::string line = "Naming_Service: " + sentence + "\n";
-    // One write per line, so that lines of several processes on one terminal stay whole. Nobody can be told
-    // of a failure here.
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    qv_service::WriteOperatorLine("Naming_Service", sentence);
 }
 
 NamingFront::NamingFront(Settings settings) : settings_(std::move(settings)) {}

@@ -2,33 +2,17 @@
 
 #include <strings.h>
 
-#include <algorithm>
 #include <array>
 #include <charconv>
-#include <functional>
 
-#include "services/common/start_error.h"
+#include "services/common/tao_arguments.h"
 
 namespace qv_notify {
 
 namespace {
 
-using qv_service::kExitUsage;
-using qv_service::StartError;
-
-[[noreturn]] void Refuse(const std::string& sentence) {
-    throw StartError(sentence + " \"Notify_Service --help\" lists the options.", kExitUsage);
-}
-
-bool SameOption(const std::string& given, const char* name) {
-    return strcasecmp(given.c_str(), name) == 0;
-}
-
-struct UnusedOption {
-    const char* name;
-    bool takes_value;
-    const char* reason;
-};
+using qv_service::SameOption;
+using qv_service::UnusedOption;
 
 constexpr const char* kOwnThreads = "the service has a pool of threads of its own; see --threads";
 
@@ -48,20 +32,9 @@ constexpr std::array kUnusedOptions{
     UnusedOption{"-Timeout", true, "--call-timeout sets how long a client may take"},
 };
 
-class Arguments {
+class Arguments : public qv_service::TaoArguments {
   public:
-    explicit Arguments(const std::vector<std::string>& list) : m_list(list) {}
-
-    bool More() const { return m_next < m_list.size(); }
-    const std::string& Next() { return m_list[m_next++]; }
-    bool ValueFollows() const { return More() && (m_list[m_next].empty() || m_list[m_next][0] != '-'); }
-
-    const std::string& ValueOf(const std::string& option) {
-        if (!More() || m_list[m_next].empty()) {
-            Refuse("The option \"" + option + "\" needs a value.");
-        }
-        return Next();
-    }
+    using TaoArguments::TaoArguments;
 
     std::uint64_t NumberOf(const std::string& option, std::uint64_t least, std::uint64_t most) {
         const std::string& text = ValueOf(option);
@@ -73,57 +46,32 @@ class Arguments {
         }
         return number;
     }
-
-  private:
-    const std::vector<std::string>& m_list;
-    std::size_t m_next = 0;
 };
 
-std::uint16_t ReadPort(const std::string& digits, const std::string& endpoint) {
-    unsigned port = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-    if (error != std::errc() || end != digits.data() + digits.size() || port > 65535) {
-        Refuse("The port \"" + digits + "\" of \"" + endpoint + "\" is not a number from 0 to 65535.");
+std::uint16_t ReadPort(const std::string& digits, const std::string& endpoint, const Arguments& arguments) {
+    const std::optional<std::uint16_t> port = qv_service::ReadPort(digits);
+    if (!port) {
+        arguments.Refuse("The port \"" + digits + "\" of \"" + endpoint +
+                         "\" is not a number from 0 to 65535.");
     }
-    return static_cast<std::uint16_t>(port);
+    return *port;
 }
 
-// "…/option&ssl_port=PORT": other options are the ORB's business.
-void ReadSslPort(const std::string& options, const std::string& endpoint, Settings& settings) {
-    constexpr const char* kName = "ssl_port=";
-    for (std::size_t begin = 0; begin < options.size();) {
-        const std::size_t end = std::min(options.find('&', begin), options.size());
-        const std::string option = options.substr(begin, end - begin);
-        if (option.rfind(kName, 0) == 0) {
-            const std::string digits = option.substr(std::string(kName).size());
-            settings.ssl_port = digits.empty() ? std::uint16_t{0} : ReadPort(digits, endpoint);
+// The first address tells where the service is; the others, and options but ssl_port, are the ORB's business.
+void ReadEndpoint(const std::string& endpoint, const Arguments& arguments, Settings& settings) {
+    const std::optional<qv_service::TaoEndpoint> parts = qv_service::SplitEndpoint(endpoint);
+    if (!parts) {
+        arguments.Refuse("The end point \"" + endpoint + "\" is not of the form iiop://HOST:PORT.");
+    }
+    for (const std::string& option : parts->options) {
+        if (const auto digits = qv_service::EndpointValue(option, "ssl_port")) {
+            settings.ssl_port = digits->empty() ? std::uint16_t{0} : ReadPort(*digits, endpoint, arguments);
         }
-        begin = end + 1;
     }
-}
-
-// The first "iiop://[version@]host:port…" tells where the service is; the ORB reads the rest.
-void ReadEndpoint(const std::string& endpoint, Settings& settings) {
-    constexpr const char* kScheme = "iiop://";
-    if (endpoint.rfind(kScheme, 0) != 0) {
-        Refuse("The end point \"" + endpoint + "\" is not of the form iiop://HOST:PORT.");
+    settings.host = parts->host;
+    if (parts->port) {
+        settings.port = ReadPort(*parts->port, endpoint, arguments);
     }
-    std::string address = endpoint.substr(std::string(kScheme).size());
-    address = address.substr(0, address.find_first_of(",;"));
-    if (const std::size_t slash = address.find('/'); slash != std::string::npos) {
-        ReadSslPort(address.substr(slash + 1), endpoint, settings);
-        address.resize(slash);
-    }
-    if (const std::size_t version = address.find('@'); version != std::string::npos) {
-        address = address.substr(version + 1);
-    }
-    const std::size_t colon = address.rfind(':');
-    if (colon == std::string::npos || address.find(']', colon) != std::string::npos) {
-        settings.host = address;
-        return;
-    }
-    settings.host = address.substr(0, colon);
-    settings.port = ReadPort(address.substr(colon + 1), endpoint);
 }
 
 void ReadOrbOption(const std::string& option, Arguments& arguments, Settings& settings) {
@@ -141,7 +89,7 @@ void ReadOrbOption(const std::string& option, Arguments& arguments, Settings& se
     }
     const bool endpoint = SameOption(option, "-ORBEndpoint") || SameOption(option, "-ORBListenEndpoints");
     if (endpoint && settings.port == 0) {
-        ReadEndpoint(value, settings);
+        ReadEndpoint(value, arguments, settings);
     }
 }
 
@@ -170,19 +118,6 @@ bool ReadLimit(const std::string& option, Arguments& arguments, Settings& settin
     return true;
 }
 
-void ReadUnused(const std::string& option, Arguments& arguments, Settings& settings) {
-    const auto unused =
-        std::find_if(kUnusedOptions.begin(), kUnusedOptions.end(),
-                     [&](const UnusedOption& known) { return SameOption(option, known.name); });
-    if (unused == kUnusedOptions.end()) {
-        Refuse("The option \"" + option + "\" is unknown.");
-    }
-    if (unused->takes_value) {
-        arguments.ValueOf(option);
-    }
-    settings.ignored.push_back("The option \"" + option + "\" is not used: " + unused->reason + ".");
-}
-
 void ReadOption(const std::string& option, Arguments& arguments, Settings& settings) {
     if (strncasecmp(option.c_str(), "-ORB", 4) == 0 && !SameOption(option, "-ORBRunThreads")) {
         ReadOrbOption(option, arguments, settings);
@@ -203,7 +138,7 @@ void ReadOption(const std::string& option, Arguments& arguments, Settings& setti
     } else if (option == "-h" || option == "-?" || option == "--help") {
         settings.help = true;
     } else if (!ReadLimit(option, arguments, settings)) {
-        ReadUnused(option, arguments, settings);
+        arguments.PassOver(option, kUnusedOptions, settings.ignored);
     }
 }
 
@@ -212,17 +147,18 @@ void ReadOption(const std::string& option, Arguments& arguments, Settings& setti
 Settings ParseCommandLine(const std::vector<std::string>& list) {
     Settings settings;
     settings.limits.retry.give_up_after = std::chrono::minutes(10);
-    Arguments arguments(list);
+    Arguments arguments(list, "\"Notify_Service --help\" lists the options.");
     while (arguments.More()) {
         const std::string option = arguments.Next();
         ReadOption(option, arguments, settings);
     }
     settings.register_name = settings.register_name && !settings.never_register;
     if (settings.ssl_port && settings.ssl_profile.empty()) {
-        Refuse("The end point asks for an SSL port, but no \"-ORBSvcConf FILE\" names the SSL options.");
+        arguments.Refuse(
+            "The end point asks for an SSL port, but no \"-ORBSvcConf FILE\" names the SSL options.");
     }
     if (settings.ssl_port && settings.port != 0 && *settings.ssl_port == settings.port) {
-        Refuse("The end point has the same number for both ports.");
+        arguments.Refuse("The end point has the same number for both ports.");
     }
     return settings;
 }
