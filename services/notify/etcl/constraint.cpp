@@ -5,17 +5,15 @@
 
 #include "services/notify/etcl/evaluator.h"
 #include "services/notify/etcl/parser.h"
+#include "services/notify/etcl/standard_time.h"
 
 namespace qv_notify::etcl {
 
 namespace {
 
 TimeBase::TimeT SystemTime() {
-    // Units of 100 ns from the first day of the Gregorian calendar to that of the system's clock.
-    constexpr TimeBase::TimeT kSystemEpoch = 0x01b21dd213814000;
-    using Units = std::chrono::duration<std::int64_t, std::ratio<1, 10000000>>;
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return kSystemEpoch + static_cast<TimeBase::TimeT>(std::chrono::duration_cast<Units>(now).count());
+    return kSystemEpoch + static_cast<TimeBase::TimeT>(std::chrono::duration_cast<TimeUnits>(now).count());
 }
 
 }  // namespace

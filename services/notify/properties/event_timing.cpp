@@ -1,7 +1,6 @@
 #include "services/notify/properties/event_timing.h"
 
-#include <limits>
-
+#include "services/notify/etcl/standard_time.h"
 #include "services/notify/properties/property_check.h"
 
 namespace qv_notify {
@@ -10,13 +9,11 @@ namespace {
 using std::chrono::duration_cast;
 using std::chrono::nanoseconds;
 
-constexpr std::uint64_t kUnitNanoseconds = 100;       // of TimeT
-constexpr std::uint64_t kEpoch = 0x01B21DD213814000;  // 1970-01-01 in TimeT, which begins at 1582-10-15
-constexpr std::uint64_t kMostUnits = std::numeric_limits<std::int64_t>::max() / kUnitNanoseconds;
+// More of them can't be told in nanoseconds.
+constexpr auto kMostUnits = static_cast<std::uint64_t>(duration_cast<TimeUnits>(nanoseconds::max()).count());
 
 std::chrono::system_clock::duration ToDuration(std::uint64_t units) {
-    return duration_cast<std::chrono::system_clock::duration>(
-        nanoseconds(static_cast<std::int64_t>(units * kUnitNanoseconds)));
+    return duration_cast<std::chrono::system_clock::duration>(TimeUnits(static_cast<std::int64_t>(units)));
 }
 
 /// Nothing when that is never, or beyond what the clock will ever show.
@@ -28,7 +25,7 @@ std::optional<Time> After(Time now, std::uint64_t timeout) {
 }
 
 std::optional<Time> At(std::uint64_t moment) {
-    const std::uint64_t units = moment > kEpoch ? moment - kEpoch : 0;
+    const std::uint64_t units = moment > kSystemEpoch ? moment - kSystemEpoch : 0;
     return units > kMostUnits ? std::nullopt : std::optional<Time>(Time(ToDuration(units)));
 }
 

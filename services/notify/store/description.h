@@ -5,16 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "services/notify/properties/event_type_name.h"
 #include "services/notify/properties/property_values.h"
 #include "services/notify/store/store_error.h"
 
 namespace qv_notify {
-
-/// A type of events; "*" or nothing in a part stands for all, as in the subscriptions themselves.
-struct EventTypeName {
-    std::string domain;
-    std::string type;
-};
 
 /// A filter in use by an admin or a proxy.
 struct FilterLinkState {

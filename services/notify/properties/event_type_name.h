@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace qv_notify {
+
+/// A type of events; "*" or nothing in a part stands for all, as in the subscriptions themselves.
+struct EventTypeName {
+    std::string domain;
+    std::string type;
+};
+
+}  // namespace qv_notify
