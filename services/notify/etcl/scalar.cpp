@@ -66,6 +66,53 @@ void SetConverted(Scalar& scalar, std::string text) {
     scalar.SetText(scalar.converted);
 }
 
+bool ReadInteger(CdrReader reader, CORBA::TCKind kind, Scalar& scalar) {
+    switch (kind) {
+        case CORBA::tk_octet:
+            scalar.SetNumber(Number::Of(reader.Octet()));
+            return true;
+        case CORBA::tk_short:
+            scalar.SetNumber(Number::Of(static_cast<std::int16_t>(reader.UShort())));
+            return true;
+        case CORBA::tk_ushort:
+            scalar.SetNumber(Number::Of(reader.UShort()));
+            return true;
+        case CORBA::tk_long:
+            scalar.SetNumber(Number::Of(static_cast<std::int32_t>(reader.ULong())));
+            return true;
+        case CORBA::tk_ulong:
+            scalar.SetNumber(Number::Of(reader.ULong()));
+            return true;
+        case CORBA::tk_longlong:
+            scalar.SetNumber(Number::Of(static_cast<std::int64_t>(reader.ULongLong())));
+            return true;
+        case CORBA::tk_ulonglong:
+            scalar.SetNumber(Number::OfUnsigned(reader.ULongLong()));
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool ReadText(CdrReader reader, CORBA::TCKind kind, Scalar& scalar) {
+    switch (kind) {
+        case CORBA::tk_char:
+            scalar.SetText(reader.Octets(1));
+            return true;
+        case CORBA::tk_string:
+            scalar.SetText(reader.String());
+            return true;
+        case CORBA::tk_wchar:
+            SetConverted(scalar, Utf8Of(reader.Octets(reader.Octet())));
+            return true;
+        case CORBA::tk_wstring:
+            SetConverted(scalar, Utf8Of(reader.OctetSequence()));
+            return true;
+        default:
+            return false;
+    }
+}
+
 std::uint32_t OrdinalOf(const Scalar& enumerator) {
     return static_cast<std::uint32_t>(enumerator.number.Whole());
 }
@@ -133,27 +180,6 @@ bool ReadScalar(ValuePlace& place, Scalar& scalar) {
         case CORBA::tk_boolean:
             scalar.SetBoolean(reader.Octet() != 0);
             return true;
-        case CORBA::tk_octet:
-            scalar.SetNumber(Number::Of(reader.Octet()));
-            return true;
-        case CORBA::tk_short:
-            scalar.SetNumber(Number::Of(static_cast<std::int16_t>(reader.UShort())));
-            return true;
-        case CORBA::tk_ushort:
-            scalar.SetNumber(Number::Of(reader.UShort()));
-            return true;
-        case CORBA::tk_long:
-            scalar.SetNumber(Number::Of(static_cast<std::int32_t>(reader.ULong())));
-            return true;
-        case CORBA::tk_ulong:
-            scalar.SetNumber(Number::Of(reader.ULong()));
-            return true;
-        case CORBA::tk_longlong:
-            scalar.SetNumber(Number::Of(static_cast<std::int64_t>(reader.ULongLong())));
-            return true;
-        case CORBA::tk_ulonglong:
-            scalar.SetNumber(Number::OfUnsigned(reader.ULongLong()));
-            return true;
         case CORBA::tk_float:
             scalar.SetNumber(Number::OfSingle(reader.Float()));
             return true;
@@ -171,22 +197,10 @@ bool ReadScalar(ValuePlace& place, Scalar& scalar) {
             scalar.kind = Scalar::Kind::kEnumerator;
             scalar.type = &place;
             return true;
-        case CORBA::tk_char:
-            scalar.SetText(reader.Octets(1));
-            return true;
-        case CORBA::tk_string:
-            scalar.SetText(reader.String());
-            return true;
-        case CORBA::tk_wchar:
-            SetConverted(scalar, Utf8Of(reader.Octets(reader.Octet())));
-            return true;
-        case CORBA::tk_wstring:
-            SetConverted(scalar, Utf8Of(reader.OctetSequence()));
-            return true;
         case CORBA::tk_struct:
             return ReadTime(place, scalar);
         default:
-            return false;
+            return ReadInteger(reader, place.kind(), scalar) || ReadText(reader, place.kind(), scalar);
     }
 }
 
