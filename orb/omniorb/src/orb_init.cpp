@@ -1,12 +1,10 @@
-#include <pthread.h>
-#include <signal.h>
-
 #include <mutex>
 #include <stdexcept>
 
 #include "diagnostics.h"
 #include "hooks.h"
 #include "interposed.h"
+#include "orb/all_signals_blocked.h"
 #include "orb_init_info.h"
 #include "orb_options.h"
 #include "orb_state.h"
@@ -19,22 +17,6 @@ namespace qv_orb {
 namespace {
 
 std::mutex g_init_mutex;
-
-// Threads that the ORB starts while it is made inherit the mask of their creator.
-class AllSignalsBlocked {
-  public:
-    AllSignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_BLOCK, &all, &before_);
-    }
-    ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
-  private:
-    sigset_t before_;
-};
 
 void ForgetInterceptors() {
     OrbState& state = orb_state();

@@ -1,10 +1,9 @@
 #include "services/notify/store/checkpointer.h"
 
-#include <signal.h>
-
 #include <memory>
 #include <utility>
 
+#include "orb/all_signals_blocked.h"
 #include "services/notify/store/database.h"
 
 namespace qv_notify {
@@ -21,26 +20,10 @@ std::unique_ptr<Database> OpenAgain(const std::string& path) {
     }
 }
 
-/// A thread of this service's inside leaves the process's signals to the others.
-class SignalsBlocked {
-  public:
-    SignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-  private:
-    sigset_t m_before;
-};
-
 }  // namespace
 
 Checkpointer::Checkpointer(std::string path) : m_path(std::move(path)) {
-    const SignalsBlocked blocked;
+    const qv_orb::AllSignalsBlocked blocked;
     m_thread = std::thread([this] { Work(); });
 }
 
