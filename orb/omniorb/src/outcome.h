@@ -9,6 +9,8 @@ class omniCallDescriptor;
 
 namespace qv_orb {
 
+/// Belongs to one upcall, on whose stack it lives; only the thread of that upcall uses it. What it takes over
+/// it keeps a copy or a reference of, so it needs nothing of the servant or the interceptors any more.
 class Outcome {
   public:
     bool successful() const { return exception_ == nullptr && !forwarded_; }

@@ -33,7 +33,7 @@ class UpcallInfo final : public virtual PortableInterceptor::ServerRequestInfo {
     void success() { status_ = PortableInterceptor::SUCCESSFUL; }
     SlotTable& slots() { return slots_; }
     IOP::ServiceContextList& reply_contexts() { return reply_contexts_; }
-    /// "host:port" of the caller, empty for a collocated call.
+    /// The caller as the ORB names it, "giop:tcp:host:port"; empty for a collocated call.
     const char* peer_address() const;
 
     // For who reads the values without an Any each.
