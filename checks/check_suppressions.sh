@@ -2,7 +2,12 @@
 # Whether each suppression of the sanitizers and of memcheck, and each NOLINT, has its reason: a suppression in the
 # comment above it or above its neighbours, a NOLINT behind it, after a colon.
 set -euo pipefail
-ROOT="${1:?usage: check_suppressions.sh ROOT}"
+usage() { echo "usage: check_suppressions.sh ROOT"; }
+case "${1:-}" in
+  --help | -h) usage; exit ;;
+  '' | -*) usage >&2; exit 2 ;;
+esac
+ROOT="$1"
 cd "$ROOT"
 
 # Suppressions of memcheck are in braces; the others are lines of KIND:PATTERN.

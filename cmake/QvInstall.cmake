@@ -66,7 +66,8 @@ foreach(name qv_corba_pub qv_orb)
 endforeach()
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  FILES_MATCHING PATTERN "*.md" PATTERN "steps" EXCLUDE PATTERN "reference" EXCLUDE)
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "steps" EXCLUDE PATTERN "reference" EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 # The tutorial's projects, to be copied and built.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/bundle/steps DESTINATION ${CMAKE_INSTALL_DOCDIR}/bundle
   COMPONENT documentation OPTIONAL)
