@@ -57,24 +57,6 @@ CORBA::Any* ToAny(const AttributeValue& from) {
     return any._retn();
 }
 
-void Check(Attributes::SetResult result) {
-    switch (result) {
-        case Attributes::SetResult::kSet:
-            return;
-        case Attributes::SetResult::kBadName:
-            Fail(globaldefs::EXCPT_INVALID_INPUT, "the name of an attribute has 1 to " +
-                                                      std::to_string(Attributes::kLongestName) +
-                                                      " characters");
-        case Attributes::SetResult::kLongText:
-            Fail(globaldefs::EXCPT_INVALID_INPUT, "the text of an attribute has at most " +
-                                                      std::to_string(Attributes::kLongestText) +
-                                                      " characters");
-        case Attributes::SetResult::kTooMany:
-            Fail(globaldefs::EXCPT_CAPACITY_EXCEEDED,
-                 "an element has at most " + std::to_string(Attributes::kMost) + " attributes");
-    }
-}
-
 }  // namespace
 
 void AttributeManager::getCapabilities(common::CapabilityList_T_out capabilities) {
@@ -91,7 +73,7 @@ void AttributeManager::Set(const globaldefs::NamingAttributes_T& name,
                                 [&](Element& changed) { result = changed.attributes.Set(changes); })) {
         Fail(globaldefs::EXCPT_ENTITY_NOT_FOUND, element);
     }
-    Check(result);
+    RequireKept(result, "an attribute", "attributes");
 }
 
 void AttributeManager::setAttributes(const globaldefs::NamingAttributes_T& name,

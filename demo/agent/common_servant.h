@@ -29,6 +29,10 @@ class CommonOperations {
     /// Raises CORBA::OBJECT_NOT_EXIST when it has ended.
     std::shared_ptr<const Session> OwnSession() const;
 
+    /// Raises what an OSS is told whose changes to an element weren't kept.
+    static void RequireKept(Attributes::SetResult result, const std::string& entry,
+                            const std::string& entries);
+
     /// A list that says of the operations of common::Common_I, and of these, that they are supported; the
     /// caller owns it.
     static common::CapabilityList_T* CommonCapabilitiesAnd(const std::vector<std::string>& operations);

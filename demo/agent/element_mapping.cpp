@@ -46,10 +46,11 @@ std::string ElementNameOf(const globaldefs::NamingAttributes_T& name, const std:
     return name[1].value.in();
 }
 
-void ToPairs(globaldefs::NVSList_T& list, const TextPairs& pairs) {
+void ToPairs(globaldefs::NVSList_T& list, const Texts& pairs) {
     list.length(static_cast<CORBA::ULong>(pairs.size()));
-    for (CORBA::ULong i = 0; i < list.length(); ++i) {
-        SetPair(list[i], pairs[i].first, pairs[i].second);
+    CORBA::ULong next = 0;
+    for (const auto& [name, value] : pairs) {
+        SetPair(list[next++], name, value);
     }
 }
 

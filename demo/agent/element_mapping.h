@@ -17,7 +17,7 @@ void SetElementName(globaldefs::NamingAttributes_T& name, const std::string& ems
 /// of a managed element's name, EXCPT_ENTITY_NOT_FOUND when it lies in another EMS.
 std::string ElementNameOf(const globaldefs::NamingAttributes_T& name, const std::string& ems);
 
-void ToPairs(globaldefs::NVSList_T& list, const TextPairs& pairs);
+void ToPairs(globaldefs::NVSList_T& list, const Texts& pairs);
 TextPairs FromPairs(const globaldefs::NVSList_T& list);
 
 void ToManagedElement(managedElement::ManagedElement_T& to, const std::string& ems, const Element& from);

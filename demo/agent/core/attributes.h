@@ -13,7 +13,8 @@ namespace qv_demo {
 using AttributeValue = std::variant<std::string, std::int32_t, bool>;
 using Attribute = std::pair<std::string, AttributeValue>;
 
-/// An OSS's notes about one element, by name. Bounded, since they are kept in memory.
+/// An OSS's notes about one element, by name. Bounded, since they are kept in memory, as are its other texts
+/// that an OSS may change.
 class Attributes {
   public:
     static constexpr std::size_t kMost = 100;

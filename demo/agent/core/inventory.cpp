@@ -67,20 +67,26 @@ Inventory::LabelResult Inventory::SetUserLabel(const std::string& name, const st
     return LabelResult::kSet;
 }
 
-void MergeInfo(TextPairs& info, const TextPairs& changes) {
+Attributes::SetResult MergeInfo(Texts& info, const TextPairs& changes) {
+    Texts merged = info;
     for (const auto& [name, value] : changes) {
-        const auto found =
-            std::find_if(info.begin(), info.end(), [&](const auto& pair) { return pair.first == name; });
         if (value == "-") {
-            if (found != info.end()) {
-                info.erase(found);
-            }
-        } else if (found != info.end()) {
-            found->second = value;
-        } else {
-            info.emplace_back(name, value);
+            merged.erase(name);
+            continue;
+        }
+        if (name.empty() || name.size() > Attributes::kLongestName) {
+            return Attributes::SetResult::kBadName;
+        }
+        if (value.size() > Attributes::kLongestText) {
+            return Attributes::SetResult::kLongText;
+        }
+        const bool added = merged.insert_or_assign(name, value).second;
+        if (added && merged.size() > Attributes::kMost) {
+            return Attributes::SetResult::kTooMany;
         }
     }
+    info = std::move(merged);
+    return Attributes::SetResult::kSet;
 }
 
 }  // namespace qv_demo

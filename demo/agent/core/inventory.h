@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <shared_mutex>
 #include <stdexcept>
 #include <string>
@@ -14,6 +15,7 @@
 namespace qv_demo {
 
 using TextPairs = std::vector<std::pair<std::string, std::string>>;
+using Texts = std::map<std::string, std::string>;
 
 /// One network element, as the data file describes it.
 struct Element {
@@ -27,7 +29,7 @@ struct Element {
     bool reachable = true;
     bool in_sync = true;
     std::vector<short> rates;  ///< layer rates by their numbers
-    TextPairs additional_info;
+    Texts additional_info;
     Attributes attributes;  ///< none at first
 };
 
@@ -81,7 +83,8 @@ class Inventory {
     mutable std::shared_mutex mutex_;
 };
 
-/// Merges `changes` into `info`: an existing name takes the new value, the value "-" removes the name.
-void MergeInfo(TextPairs& info, const TextPairs& changes);
+/// Merges `changes` into `info`: an existing name takes the new value, the value "-" removes the name. All of
+/// them or none: what is kept has the bounds of an element's attributes.
+Attributes::SetResult MergeInfo(Texts& info, const TextPairs& changes);
 
 }  // namespace qv_demo

@@ -43,14 +43,14 @@ std::vector<short> Rates(const Json::Value& object, const std::string& where) {
     return rates;
 }
 
-TextPairs Info(const Json::Value& object, const std::string& where) {
-    TextPairs info;
+Texts Info(const Json::Value& object, const std::string& where) {
+    Texts info;
     const Json::Value& additional = object["additional_info"];
     if (!additional.isObject() && !additional.isNull()) {
         throw InventoryError(where + ": \"additional_info\" must be an object of texts");
     }
     for (const std::string& name : additional.getMemberNames()) {
-        info.emplace_back(name, Text(additional, name.c_str(), where, true));
+        info.emplace(name, Text(additional, name.c_str(), where, true));
     }
     return info;
 }

@@ -149,5 +149,32 @@ TEST_F(InterfaceTest, ChangesOfAnElementAreSeenByAll) {
               globaldefs::EXCPT_ENTITY_NOT_FOUND);
 }
 
+TEST_F(InterfaceTest, AnElementsTextsAreBounded) {
+    Start();
+    const auto session = LogIn();
+    const auto elements = Elements(session.in());
+    const auto name = ElementName(kEms, "NE-00001");
+    const std::string longest(1024, 'x');
+    const std::string longer = longest + "x";
+    elements->setOwner(name, longest.c_str());
+    EXPECT_EQ(FailureOf([&] { elements->setOwner(name, longer.c_str()); }), globaldefs::EXCPT_INVALID_INPUT);
+    EXPECT_EQ(FailureOf([&] { elements->setNativeEMSName(name, longer.c_str()); }),
+              globaldefs::EXCPT_INVALID_INPUT);
+    EXPECT_EQ(FailureOf([&] { elements->setUserLabel(name, longer.c_str(), false); }),
+              globaldefs::EXCPT_INVALID_INPUT);
+    globaldefs::NVSList_T info;
+    info.length(101);
+    for (CORBA::ULong i = 0; i < info.length(); ++i) {
+        info[i].name = std::to_string(i).c_str();
+        info[i].value = "v";
+    }
+    EXPECT_EQ(FailureOf([&] { elements->setAdditionalInfo(name, info); }),
+              globaldefs::EXCPT_CAPACITY_EXCEEDED);
+    managedElement::ManagedElement_T_var element;
+    elements->getManagedElement(name, element.out());
+    EXPECT_STREQ(element->owner, longest.c_str());
+    EXPECT_EQ(element->additionalInfo.length(), 3U);
+}
+
 }  // namespace
 }  // namespace qv_e2e

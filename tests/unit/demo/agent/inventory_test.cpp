@@ -11,6 +11,7 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Pair;
+using SetResult = Attributes::SetResult;
 
 Element Named(const std::string& name, const std::string& label = "") {
     Element element;
@@ -93,9 +94,41 @@ TEST(Inventory, ChangesStay) {
 }
 
 TEST(Inventory, MergeSetsAddsAndRemoves) {
-    TextPairs info{{"Rack", "1"}, {"Room", "2"}};
-    MergeInfo(info, {{"Rack", "9"}, {"Room", "-"}, {"New", "3"}, {"Never", "-"}});
-    EXPECT_THAT(info, ElementsAre(Pair("Rack", "9"), Pair("New", "3")));
+    Texts info{{"Rack", "1"}, {"Room", "2"}};
+    EXPECT_EQ(MergeInfo(info, {{"Rack", "9"}, {"Room", "-"}, {"New", "3"}, {"Never", "-"}}), SetResult::kSet);
+    EXPECT_THAT(info, ElementsAre(Pair("New", "3"), Pair("Rack", "9")));
+}
+
+TEST(Inventory, AMergeKeepsToTheBoundsOrChangesNothing) {
+    Texts info{{"Rack", "1"}};
+    const std::string longest_name(Attributes::kLongestName, 'n');
+    const std::string longest_text(Attributes::kLongestText, 't');
+    EXPECT_EQ(MergeInfo(info, {{"New", "2"}, {longest_name + "n", ""}}), SetResult::kBadName);
+    EXPECT_EQ(MergeInfo(info, {{"New", "2"}, {"", "2"}}), SetResult::kBadName);
+    EXPECT_EQ(MergeInfo(info, {{"New", "2"}, {"Rack", longest_text + "t"}}), SetResult::kLongText);
+    EXPECT_THAT(info, ElementsAre(Pair("Rack", "1")));
+    EXPECT_EQ(MergeInfo(info, {{longest_name, longest_text}}), SetResult::kSet);
+
+    TextPairs many;
+    for (std::size_t i = 0; i < Attributes::kMost; ++i) {
+        many.emplace_back(std::to_string(i), "");
+    }
+    EXPECT_EQ(MergeInfo(info, many), SetResult::kTooMany);
+    EXPECT_EQ(info.size(), 2U);
+    many.insert(many.begin(), {{"Rack", "-"}, {longest_name, "-"}});
+    EXPECT_EQ(MergeInfo(info, many), SetResult::kSet);
+    EXPECT_EQ(info.size(), Attributes::kMost);
+}
+
+TEST(Inventory, MoreInfoThanAnOssMayAddCanStillBeReplacedAndRemoved) {
+    Texts info;
+    for (std::size_t i = 0; i <= Attributes::kMost; ++i) {
+        info.emplace(std::to_string(i), "of the file");
+    }
+    EXPECT_EQ(MergeInfo(info, {{"7", "new"}}), SetResult::kSet);
+    EXPECT_EQ(MergeInfo(info, {{"New", "8"}}), SetResult::kTooMany);
+    EXPECT_EQ(MergeInfo(info, {{"8", "-"}}), SetResult::kSet);
+    EXPECT_EQ(info.size(), Attributes::kMost);
 }
 
 }  // namespace
