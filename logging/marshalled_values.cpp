@@ -43,6 +43,9 @@ bool CorbaLogMgr::AppendMarshalledValues(PortableInterceptor::ServerRequestInfo*
     } catch (const CORBA::NO_IMPLEMENT&) {
         text.resize(begin);
         return false;
+    } catch (...) {
+        text.resize(begin);  // not masked yet
+        throw;
     }
     MaskPrintedSecrets(record.operationName, text, begin);
     if (record.messageType != kReplyMessage) {

@@ -11,15 +11,16 @@
 
 namespace qv_orb {
 
-/// Bytes that stand elsewhere, where the servant has them, since there are too many to be copied. In the CDR
-/// around them only the first `size % kCdrPhase` of them stand, at `place`, so that the alignment of what
-/// follows is the same.
+/// Bytes that stand elsewhere, where the servant has them, since there are too many to be copied: those of
+/// one text or of one sequence or array of one-byte elements, without anything to be aligned among them. In
+/// the CDR around them only the first `size % kCdrPhase` of them stand, at `place`, so that the alignment of
+/// what follows is the same.
 struct CdrDetour {
     std::size_t place = 0;       ///< offset in the CDR around them
-    const char* data = nullptr;  ///< the bytes, which stay the servant's
+    const char* data = nullptr;  ///< the bytes, which stay the servant's for as long as its call lasts
     std::size_t size = 0;        ///< bytes
 };
-/// Detours begin and end at this alignment of the CDR around them, the largest that CDR has.
+/// The largest alignment that CDR has. A detour may begin at any place, and its size need not be a multiple.
 constexpr std::size_t kCdrPhase = 8;
 
 /// Bytes in CDR, in this machine's byte order and counted from an address that is divisible by 8.
