@@ -34,6 +34,14 @@ class CdrReader : public qv_orb::BasicCdrReader<CdrReader> {
         const char* const text = m_detoursLeft != 0 ? Join(length) : Take(length);
         return std::string_view(text, strnlen(text, length));
     }
+    /// How many bytes there are to be read, those on detours included.
+    std::size_t BytesAhead() const {
+        std::size_t bytes = Left();
+        for (std::size_t i = 0; i < m_detoursLeft; ++i) {
+            bytes += m_detour[i].size;
+        }
+        return bytes;
+    }
     void Skip(std::size_t count) {
         TakePieces(count, [](const char*, std::size_t) {});
     }

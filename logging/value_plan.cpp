@@ -1,5 +1,6 @@
 #include "logging/value_plan.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -10,7 +11,8 @@ namespace {
 constexpr std::uint32_t kIndirection = 0xffffffff;
 constexpr unsigned kMaxDepth = 1000;
 constexpr std::size_t kMaxTypes = 1 << 16;
-// A name comes back in the text once per element, so a long one could blow a small value up without end.
+// A name comes back in the text once per element: a few long ones would use up what the printer allows a
+// value.
 constexpr std::size_t kMaxName = 1024;
 
 [[noreturn]] void NotAType() {
@@ -229,6 +231,14 @@ class PlanBuilder {
             }
             At(index).members.push_back(std::move(member));
         }
+        SortLabels(At(index).labels);
+    }
+
+    // Of equal labels the first one counts, as it stands first still.
+    static void SortLabels(std::vector<ValuePlan::Label>& labels) {
+        std::stable_sort(
+            labels.begin(), labels.end(),
+            [](const ValuePlan::Label& a, const ValuePlan::Label& b) { return a.value < b.value; });
     }
 
     void ReadContent(CdrReader reader, Index index, unsigned depth) {

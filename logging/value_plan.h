@@ -35,7 +35,7 @@ class ValuePlan {
         std::int32_t fallback = -1;  ///< of a union: place of the default member, or -1
         std::string id;              ///< repository id of an object reference's interface
         std::vector<Member> members;
-        std::vector<Label> labels;
+        std::vector<Label> labels;  ///< by their values
     };
 
     /// Reads a TypeCode from `reader`. Raises CORBA::MARSHAL or CORBA::BAD_TYPECODE for what isn't one and

@@ -16,6 +16,10 @@ namespace NS_CORBA {
 namespace {
 
 constexpr unsigned kMaxDepth = 1000;
+// Names of members come back once per element, so that a peer's type could blow a value up a thousand times.
+// Values of an interface's types stay far below this.
+constexpr std::size_t kTextAlways = 1 << 20;  // bytes
+constexpr std::size_t kTextPerByte = 16;
 
 class DepthGuard {
   public:
@@ -54,10 +58,11 @@ void Interleave(const char* octets, std::size_t count, char* __restrict out) {
 
 /// The member that the discriminator selects; null when it selects none.
 const ValuePlan::Member* ActiveMember(const ValuePlan::Type& type, std::int64_t discriminator) {
-    for (const ValuePlan::Label& label : type.labels) {
-        if (label.value == discriminator) {
-            return &type.members[label.member];
-        }
+    const auto label = std::lower_bound(
+        type.labels.begin(), type.labels.end(), discriminator,
+        [](const ValuePlan::Label& candidate, std::int64_t value) { return candidate.value < value; });
+    if (label != type.labels.end() && label->value == discriminator) {
+        return &type.members[label->member];
     }
     const auto fallback = static_cast<std::size_t>(type.fallback);
     return type.fallback >= 0 && fallback < type.members.size() ? &type.members[fallback] : nullptr;
@@ -66,7 +71,12 @@ const ValuePlan::Member* ActiveMember(const ValuePlan::Type& type, std::int64_t 
 }  // namespace
 
 void ValuePrinter::Print(const ValuePlan& plan, CdrReader& reader) {
+    m_limit = m_out.size() + kTextAlways + kTextPerByte * reader.BytesAhead();
     PrintType(plan, plan.root(), reader);
+}
+
+void ValuePrinter::TooLong() {
+    throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
 }
 
 void ValuePrinter::Skip(const ValuePlan& plan, CdrReader& reader) {
@@ -189,7 +199,7 @@ void ValuePrinter::PrintOctets(std::string_view octets) {
 void ValuePrinter::PrintAny(CdrReader& reader) {
     const DepthGuard guard(m_depth);
     const PlanHandle plan = PlanOfNextType(reader);
-    Print(*plan, reader);
+    PrintType(*plan, plan->root(), reader);
 }
 
 void ValuePrinter::PrintReference(const ValuePlan::Type& type, CdrReader& reader) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -15,7 +16,8 @@ namespace NS_CORBA {
 ///
 /// Everything is appended to one string. Raises CORBA::MARSHAL for bytes that don't hold a value of the type,
 /// DynamicAny::DynAny::InvalidValue for a union without an active member, and CORBA::IMP_LIMIT for values
-/// nested too deep to be printed; the text then holds what was printed up to there. Used by one thread.
+/// nested too deep to be printed and for those whose text takes a multiple of them; the text then holds what
+/// was printed up to there. Used by one thread.
 class ValuePrinter {
   public:
     /// @param hasOrb asked when an object reference is met; without an ORB that raises NoOrb
@@ -36,10 +38,15 @@ class ValuePrinter {
 
   private:
     void Put(std::string_view text) {
-        if (!m_silent) {
-            m_out += text;
+        if (m_silent) {
+            return;
         }
+        if (m_out.size() + text.size() > m_limit) {
+            TooLong();
+        }
+        m_out += text;
     }
+    [[noreturn]] static void TooLong();
     void Put(char character) { Put(std::string_view(&character, 1)); }
     void PrintType(const ValuePlan& plan, ValuePlan::Index index, CdrReader& reader);
     void PrintMembers(const ValuePlan& plan, const ValuePlan::Type& type, CdrReader& reader);
@@ -57,6 +64,7 @@ class ValuePrinter {
 
     std::string& m_out;
     const std::function<bool()> m_hasOrb;
+    std::size_t m_limit = 0;  // of m_out, in bytes
     unsigned m_depth = 0;
     bool m_printedNul = false;
     bool m_silent = false;

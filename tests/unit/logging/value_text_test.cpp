@@ -252,4 +252,35 @@ TEST_F(ValueText, ValuesNestedWithoutEndAreAFailureAndNoCrash) {
     EXPECT_TRUE(capture->Contains("corbadebug", "IMP_LIMIT"));
 }
 
+/// So many structs of one octet each, whose member has a name of a thousand characters.
+CORBA::Any* StructsWithLongName(CORBA::ULong count) {
+    CORBA::StructMemberSeq members;
+    members.length(1);
+    members[0].name = CORBA::string_dup(std::string(1000, 'n').c_str());
+    members[0].type = CORBA::TypeCode::_duplicate(CORBA::_tc_octet);
+    const CORBA::TypeCode_var element = TestOrb()->create_struct_tc("IDL:Values/Long:1.0", "Long", members);
+    const CORBA::TypeCode_var type = TestOrb()->create_sequence_tc(0, element);
+    const DynamicAny::DynAny_var whole = TestDynAnyFactory()->create_dyn_any_from_type_code(type);
+    DynamicAny::DynSequence_var(DynamicAny::DynSequence::_narrow(whole))->set_length(count);
+    CORBA::Any_var value = whole->to_any();
+    whole->destroy();
+    return value._retn();
+}
+
+TEST_F(ValueText, LongNamesOfMembersPrint) {
+    ASSERT_TRUE(InitLog());
+    const CORBA::Any_var value = StructsWithLongName(500);
+    std::string text;
+    EXPECT_EQ(AsParameter(value.in(), text), 0);
+}
+
+TEST_F(ValueText, AValueWhoseNamesTakeAThousandTimesItsSizeBreaksOff) {
+    ASSERT_TRUE(InitLog());
+    const CORBA::Any_var value = StructsWithLongName(20000);
+    std::string text;
+    EXPECT_EQ(AsParameter(value.in(), text), -1);
+    EXPECT_LT(text.size(), 2u << 20);
+    EXPECT_TRUE(capture->Contains("corbadebug", "IMP_LIMIT"));
+}
+
 }  // namespace
