@@ -1,7 +1,6 @@
 #include "standalone/sample_file.h"
 
 #include <sstream>
-#include <vector>
 
 #include "standalone/settings_table.h"
 
@@ -38,21 +37,6 @@ void Describe(std::ostream& out, const Setting& setting) {
     out << "#" << setting.key << " = " << InitialAsToml(setting) << "\n\n";
 }
 
-/// The groups of one table, in the order of their first setting.
-std::vector<std::string> Groups(const std::string& table) {
-    std::vector<std::string> groups;
-    for (const Setting& setting : AllSettings()) {
-        bool known = table != setting.table;
-        for (const std::string& group : groups) {
-            known = known || group == setting.group;
-        }
-        if (!known) {
-            groups.emplace_back(setting.group);
-        }
-    }
-    return groups;
-}
-
 }  // namespace
 
 std::string SampleFile() {
@@ -65,7 +49,7 @@ std::string SampleFile() {
            "# its default. `qv_config --check FILE` tells what is wrong with a file.\n";
     for (const char* const table : {"agent", "platform"}) {
         out << "\n[" << table << "]\n";
-        for (const std::string& group : Groups(table)) {
+        for (const std::string& group : GroupsOf(table)) {
             out << "\n# ---- " << group << " ----\n\n";
             for (const Setting& setting : AllSettings()) {
                 if (group == setting.group) {

@@ -18,7 +18,7 @@ struct Setting {
     const char* table;    ///< the file's table that it stands in: "agent" or "platform"
     const char* group;    ///< heading in the sample file
     const char* key;      ///< name of the setting
-    ValueType type;       ///<
+    ValueType type;       ///< what the file may hold for it
     const char* initial;  ///< the value in force when the key is absent, as delivered
     long long min;        ///< smallest integer allowed
     long long max;        ///< largest integer allowed
@@ -29,6 +29,9 @@ struct Setting {
 
 /// All settings, in the order in which they are documented and delivered. Never changes.
 const std::vector<Setting>& AllSettings();
+
+/// The headings of `table`, in the order of their first settings.
+std::vector<std::string> GroupsOf(const std::string& table);
 
 /// The setting `key` of `table`; null when there is none.
 const Setting* FindSetting(const std::string& table, const std::string& key);

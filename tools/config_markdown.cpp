@@ -1,9 +1,7 @@
 #include "tools/config_markdown.h"
 
-#include <algorithm>
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "standalone/settings_table.h"
 
@@ -29,17 +27,6 @@ A key that is absent has its default. A value that can't be used is reported wit
 and the default stays; a key that is misspelled is reported with the nearest one. The agent reads the file once, when it
 starts. Only `oss_addresses`, and what stands in `users_file` and `risk_file`, is looked at again while it runs.
 )";
-
-std::vector<std::string> Groups(const std::string& table) {
-    std::vector<std::string> groups;
-    for (const Setting& setting : AllSettings()) {
-        if (table == setting.table &&
-            std::find(groups.begin(), groups.end(), setting.group) == groups.end()) {
-            groups.emplace_back(setting.group);
-        }
-    }
-    return groups;
-}
 
 /// `text` for a cell: a bar would end it, and an angle bracket begin a tag.
 std::string Cell(const std::string& text) {
@@ -88,7 +75,7 @@ void PrintMarkdown(std::ostream& out) {
     out << kHead;
     for (const char* const table : {"agent", "platform"}) {
         out << "\n## Table `[" << table << "]`\n";
-        for (const std::string& group : Groups(table)) {
+        for (const std::string& group : qv_standalone::GroupsOf(table)) {
             PrintGroup(out, table, group);
         }
     }
