@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "agent/corbabaseagentconfig.h"
@@ -34,6 +35,10 @@ CORBA::ORB* Live(CORBA::ORB* orb) {
 }
 
 FilePtr OpenForWriting(const char* file) {
+    // The mask is the whole process's: of two threads in here at once the second would save the mask that the
+    // first has set, and leave it behind.
+    static std::mutex maskLock;
+    const std::lock_guard<std::mutex> guard(maskLock);
     const mode_t oldMask = ::umask(kFileMask);
     char path[kPathSize] = {};
     // A file that doesn't exist yet is no failure: what realpath left in the buffer is the name to create.
@@ -68,7 +73,8 @@ int CorbaBaseAgentConfig::Write_ior(const char* file, CORBA::Object* object) {
         TaTrace("Unknown exception received during object_to_string!\n");
         return -1;
     }
-    if (ACE_OS::fprintf(output.get(), "%s", ior.in()) < 1) {
+    // What doesn't fit on the disk shows when the buffer is written out, not when it is filled.
+    if (ACE_OS::fprintf(output.get(), "%s", ior.in()) < 1 || std::fflush(output.get()) != 0) {
         TA_POS;
         TaTrace("fprintf ior_output_file_ failed!\n");
     }

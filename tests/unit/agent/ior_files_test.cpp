@@ -1,7 +1,11 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <thread>
 
+#include "tests/support/wait_for.h"
 #include "tests/unit/agent/agent_fixture.h"
 #include "tests/unit/agent/plain_servant.h"
 
@@ -109,6 +113,43 @@ TEST_F(IorFiles, FullDiskIsLoggedAndStillAResultOf0) {
     CORBA::Object_var object = Reference(20000);  // more than a stream buffers
     EXPECT_EQ(0, config().Write_ior("/dev/full", object.in()));
     ExpectLog(kSys, -1, "ior_files", "fprintf ior_output_file_ failed!\n");
+}
+
+TEST_F(IorFiles, FullDiskIsLoggedAlsoForATextThatTheStreamBuffers) {
+    CORBA::Object_var object = Reference();
+    EXPECT_EQ(0, config().Write_ior("/dev/full", object.in()));
+    ExpectLog(kSys, -1, "ior_files", "fprintf ior_output_file_ failed!\n");
+    EXPECT_EQ(1, CountLog(kSys, "fprintf ior_output_file_ failed!\n"));
+}
+
+TEST_F(IorFiles, MaskComesBackWhenTwoThreadsWriteAtOnce) {
+    CORBA::Object_var object = Reference();
+    const mode_t before = ::umask(022);
+    const std::vector<std::string> pipes{m_dir.File("a.ior"), m_dir.File("b.ior")};
+    std::vector<std::thread> writers;
+    m_log->Clear();
+    for (const std::string& pipe : pipes) {
+        ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0600));
+        // Waits in the middle of its opening until there is a reader.
+        writers.emplace_back([&, pipe] { EXPECT_EQ(0, config().Write_ior(pipe.c_str(), object.in())); });
+        const std::size_t count = writers.size();
+        EXPECT_TRUE(WaitFor([&] {
+            return m_log->Entries(kDebug).size() == count;  // the line of its entering
+        }));
+    }
+    std::vector<int> readers;
+    // With the mask left to both, the first to have come goes first and takes the mask of the second along.
+    for (const std::string& pipe : pipes) {
+        readers.push_back(::open(pipe.c_str(), O_RDONLY | O_NONBLOCK));
+        EXPECT_NE(-1, readers.back());
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    for (const int reader : readers) {
+        ::close(reader);
+    }
+    EXPECT_EQ(022u, ::umask(before));
 }
 
 TEST_F(IorFiles, TextAheadOfTheReferenceIsCutOff) {
