@@ -1,8 +1,10 @@
 #include <ace/OS_NS_stdio.h>
 #include <ace/Process.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <string_view>
 
 #include "agent/corbabaseagentconfig.h"
 #include "logging/corbalogutil.h"
@@ -22,6 +24,32 @@ void SleepSeconds(time_t seconds) {
     timespec left{seconds, 0};
     while (::nanosleep(&left, &left) == -1 && errno == EINTR) {
     }
+}
+
+constexpr std::size_t kSpareArguments = 8;
+
+/// How many arguments one directive of a format may take from the list, alignment included.
+std::size_t ArgumentsOf(std::string_view directive) {
+    const bool wide = directive.find_first_of("Lq") != std::string_view::npos ||
+                      directive.find("ll") != std::string_view::npos;
+    return (wide ? 4 : 1) + static_cast<std::size_t>(std::count(directive.begin(), directive.end(), '*'));
+}
+
+/// Whether the directives of `format` are content with the spare arguments, which are pointers to empty text:
+/// not too many, none that picks an argument by its position, and none that writes to one.
+bool SpareArgumentsSuffice(std::string_view format) {
+    std::size_t wanted = 0;
+    for (std::size_t sign = format.find('%'); sign < format.size(); sign = format.find('%', sign)) {
+        const std::size_t end =
+            std::min(format.find_first_not_of("0123456789 +-#'.*$hlLqjztI", sign + 1), format.size() - 1);
+        const std::string_view directive = format.substr(sign, end - sign + 1);
+        sign = end + 1;
+        if (directive.find_first_of("$n") != std::string_view::npos) {
+            return false;
+        }
+        wanted += directive == "%%" ? 0 : ArgumentsOf(directive);
+    }
+    return wanted <= kSpareArguments;
 }
 
 CorbaBaseAgentConfig::NameValueList ReadStore() {
@@ -65,14 +93,18 @@ bool CorbaBaseAgentConfig::StartCompanion(const Companion& companion, const std:
                                           const std::string& command) {
     TA_POS;
     TaTrace("%s", companion.starting);
+    const std::string format = bin + "/" + command;
+    if (!SpareArgumentsSuffice(format)) {
+        return false;
+    }
     ACE_Process_Options options(true, kCommandLineSize, kEnvironmentSize, kEnvironmentSlots, kMaxArguments);
     options.working_directory(bin.c_str());
 // The command is the format itself, so that "%%" in a setting stands for a percent sign. Any other directive
-// finds empty text to print, and not what happens to lie on the stack.
+// finds empty text to print; one for a number prints a number without meaning.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
     char none[sizeof(long)] = {};
-    options.command_line((bin + "/" + command).c_str(), none, none, none, none, none, none, none, none);
+    options.command_line(format.c_str(), none, none, none, none, none, none, none, none);
 #pragma GCC diagnostic pop
     const pid_t pid = m_ProcessMgr.spawn(options, nullptr);
     if (pid == -1) {

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <memory>
+#include <string_view>
 
 #include "agent/corbabaseagentconfig.h"
 #include "logging/corbalogutil.h"
@@ -21,6 +22,7 @@ namespace {
 
 constexpr std::size_t kLineSize = 512;  // end mark included
 constexpr std::size_t kPathSize = 4096;
+constexpr std::size_t kStreamBuffer = 8192;
 
 using Store = std::unique_ptr<X509_STORE, qv_ssl::FreeBy<X509_STORE_free>>;
 using Verification = std::unique_ptr<X509_STORE_CTX, qv_ssl::FreeBy<X509_STORE_CTX_free>>;
@@ -33,6 +35,12 @@ std::string Resolved(const std::string& name) {
     const char* const whole = ::realpath(name.c_str(), path);
     static_cast<void>(whole);
     return path;
+}
+
+/// What stands behind `key` in `text`; empty when it isn't there.
+std::string_view RightOf(std::string_view key, std::string_view text) {
+    const std::size_t found = text.find(key);
+    return found == std::string_view::npos ? std::string_view() : text.substr(found + key.size());
 }
 
 bool IsRevoked(X509* certificate, X509* authority, X509_CRL* crl) {
@@ -70,19 +78,28 @@ bool IsRevoked(X509* certificate, X509* authority, X509_CRL* crl) {
 }  // namespace
 
 void CorbaBaseAgentConfig::GetNBISSLCertificateInfo() {
-    std::ifstream file(Resolved(m_SSLProfile));
+    // The pass phrase passes through here: the stream reads into a buffer that can be wiped.
+    std::vector<char> buffer(kStreamBuffer);
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+    file.open(Resolved(m_SSLProfile));
     if (!file.is_open()) {
         TA_POS;
         TaDebug(1, "[CorbaBaseAgentConfig::GetNBISSLCertificateInfo]: open file error");
         return;
     }
     std::vector<char> line(kLineSize);
+    std::string text;
+    text.reserve(kLineSize);
     while (!file.eof()) {
         file.getline(line.data(), static_cast<std::streamsize>(line.size()));
-        TakeSSLOption(line.data());
+        text = line.data();
+        TakeSSLOption(text);
     }
-    OPENSSL_cleanse(line.data(), line.size());
     file.close();
+    OPENSSL_cleanse(line.data(), line.size());
+    OPENSSL_cleanse(text.data(), text.capacity());
+    OPENSSL_cleanse(buffer.data(), buffer.size());
     m_NBISSLCRL = NS_UTIL::SelfUtilCommon::getEnvValue("_APP_SHARE_DIR") + "/etc/ssl/nbi/crl/";
 }
 
@@ -90,7 +107,8 @@ void CorbaBaseAgentConfig::TakeSSLOption(const std::string& line) {
     const auto holds = [&line](const char* word) { return line.find(word) != std::string::npos; };
     // The pass phrase goes first: its word begins with that of the key.
     if (holds("-SSLPrivateKeyPasswd")) {
-        m_NBISSLPrivateKeyPasswd = GetRightSubStr("-SSLPrivateKeyPasswd ", line);
+        OPENSSL_cleanse(m_NBISSLPrivateKeyPasswd.data(), m_NBISSLPrivateKeyPasswd.size());
+        m_NBISSLPrivateKeyPasswd.assign(RightOf("-SSLPrivateKeyPasswd ", line));
     } else if (holds("-SSLPrivateKey")) {
         m_NBISSLPrivateKey = GetRightSubStr("PEM:", line);
     } else if (holds("-SSLCertificate")) {
