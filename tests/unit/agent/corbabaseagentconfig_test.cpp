@@ -60,6 +60,32 @@ class AgentConfig : public AgentTest {
     }
 };
 
+/// Looks for the instance when it is given up.
+class WatchingOrb final : public FakeOrb {
+  public:
+    WatchingOrb(bool& ended, bool& sawInstance) : m_ended(ended), m_sawInstance(sawInstance) {}
+    ~WatchingOrb() override {
+        m_ended = true;
+        m_sawInstance = Probe::RawInstance() != nullptr;
+    }
+
+  private:
+    bool& m_ended;
+    bool& m_sawInstance;
+};
+
+TEST_F(AgentConfig, NobodyIsHandedAnInstanceThatIsDying) {
+    bool ended = false;
+    bool sawInstance = true;
+    CORBA::ORB_var orb = new WatchingOrb(ended, sawInstance);
+    config().SetOrb(orb.in());
+    orb = CORBA::ORB::_nil();
+    EXPECT_FALSE(ended);
+    CorbaBaseAgentConfig::Destroy();
+    EXPECT_TRUE(ended);
+    EXPECT_FALSE(sawInstance);
+}
+
 TEST_F(AgentConfig, SingletonIsMadeOnceAndDestroyedOnDemand) {
     CorbaBaseAgentConfig* first = CorbaBaseAgentConfig::Instance();
     ASSERT_NE(nullptr, first);

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "agent/agentserver.h"
@@ -160,6 +161,32 @@ TEST_F(Pool, WhateverRunRaisesIsLoggedAndTheThreadGoesOn) {
             EXPECT_EQ(6, CountLog(kSys, "[Worker::svc] ORB return as unknown reason!,now restart it"));
             EXPECT_EQ(4u, m_log->Entries(kDebug).size()) << "one line for each exception of the ORB";
             EXPECT_EQ(0, CountLog(kSys, "[Worker::svc] ORB return normally"));
+            EndProcess();
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Pool, ALogThatRaisesDoesNotEndTheThread) {
+    EXPECT_EXIT(
+        {
+            Probe::ORBThrdNum() = 1;
+            FakeOrb& orb = UseFakeOrb();
+            orb.Then([] { throw PortableServer::POAManager::AdapterInactive(); });
+            orb.Then([] { throw CORBA::ORB::InvalidName(); });
+            orb.Then([] { throw CORBA::COMM_FAILURE(); });
+            orb.Then([] { throw OddException(); });
+            orb.Then([] { throw 42; });
+            orb.Then([] {});
+            // Run's own line is its caller's affair.
+            m_log->SetWriteHook([](const LogEntry& entry) {
+                if (entry.text.find("[AgentServer::Run]") == std::string::npos) {
+                    throw std::runtime_error("full");
+                }
+            });
+            StartRun();
+            EXPECT_TRUE(orb.AwaitBlocked(1));
+            EXPECT_EQ(7u, orb.Calls());
+            EXPECT_EQ(1u, orb.Runners());
             EndProcess();
         },
         ::testing::ExitedWithCode(0), "");
