@@ -8,6 +8,8 @@ namespace {
 
 // Proxies come and go: what is known of the quiet ones is dropped when there are more than this.
 constexpr std::size_t kMostSubjects = 1000;
+// Not at each sentence: where many are told of in a short time, all are looked through for nothing.
+constexpr std::chrono::seconds kBetweenForgetting{1};
 
 }  // namespace
 
@@ -16,8 +18,9 @@ OperatorLog::OperatorLog(Sink sink, Clock clock) : m_sink(std::move(sink)), m_cl
 void OperatorLog::Tell(const std::string& subject, const std::string& sentence) {
     const std::lock_guard<std::mutex> guard(m_mutex);
     const auto now = m_clock();
-    if (m_told.size() > kMostSubjects) {
+    if (m_told.size() > kMostSubjects && now >= m_forget_at) {
         ForgetOld(now);
+        m_forget_at = now + kBetweenForgetting;
     }
     Told& told = m_told[subject];
     if (told.told == 0 || now - told.since >= kPeriod) {

@@ -46,6 +46,7 @@ class OperatorLog {
 
     std::mutex m_mutex;
     std::map<std::string, Told> m_told;
+    std::chrono::steady_clock::time_point m_forget_at = std::chrono::steady_clock::time_point::min();
 };
 
 }  // namespace qv_notify

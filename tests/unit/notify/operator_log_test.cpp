@@ -89,6 +89,15 @@ TEST_F(OperatorLogTest, ForgetsNoCountForManySubjects) {
     EXPECT_THAT(lines, ElementsAre("said (1 lines about busy were left out)"));
 }
 
+TEST_F(OperatorLogTest, ManySubjectsInAMomentTakeLittleTime) {
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 100000; ++i) {
+        TellTimes(1, std::to_string(i));
+    }
+    EXPECT_EQ(lines.size(), 100000U);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
 TEST(OperatorLogThreads, TheSinkGetsOneLineAtATime) {
     int inside = 0;
     int most = 0;
