@@ -16,6 +16,23 @@ std::size_t Stricter(std::size_t one, std::size_t other) {
     return one == 0 || other == 0 ? std::max(one, other) : std::min(one, other);
 }
 
+struct Longest {
+    Feed* feed = nullptr;
+    std::size_t depth = 0;
+};
+
+Longest LongestOf(const Routes::Groups& groups) {
+    Longest longest;
+    for (const auto& [id, group] : groups) {
+        for (const Destination& member : group->members) {
+            if (const std::size_t own = member.feed->Depth(); own > longest.depth) {
+                longest = {member.feed.get(), own};
+            }
+        }
+    }
+    return longest;
+}
+
 }  // namespace
 
 ChannelTraffic::ChannelTraffic(std::string channel, const Surroundings& around)
@@ -78,32 +95,36 @@ bool ChannelTraffic::Full(const Properties& properties) const {
            (limits.max_bytes != 0 && m_held->Bytes() >= limits.max_bytes);
 }
 
+// The longest queue holds what nobody else waits for any more; the intake is one of them.
 void ChannelTraffic::MakeRoom(const Properties& properties) {
     if (properties.reject) {
-        m_around.log->Tell(m_path + " full",
-                           "channel " + m_path + " is full (" + std::to_string(m_held->Events()) +
-                               " events, " + std::to_string(m_held->Bytes()) +
-                               " bytes) and rejects new events with IMP_LIMIT until its consumers "
-                               "have taken some. See which consumer is slow.");
-        throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
+        Reject("its consumers have taken some. See which consumer is slow.");
     }
-    // The longest queue holds what nobody else waits for any more.
     const std::shared_ptr<const Routes::Groups> groups = m_routes->Get();
     while (Full(properties)) {
-        Feed* longest = nullptr;
-        std::size_t depth = 0;
-        for (const auto& [id, group] : *groups) {
-            for (const Destination& member : group->members) {
-                if (const std::size_t own = member.feed->Depth(); own > depth) {
-                    depth = own;
-                    longest = member.feed.get();
-                }
+        const Longest longest = LongestOf(*groups);
+        if (m_intake->Depth() > longest.depth) {
+            const Intake::Discarded discarded = m_intake->DiscardOne();
+            if (discarded == Intake::Discarded::kOnlyKeptOnesWait) {
+                Reject(
+                    "those that are kept have been handed to its consumers. Their filters take long, or "
+                    "its store can't be written.");
             }
-        }
-        if (longest == nullptr || !longest->DiscardOne()) {
-            return;  // what there is has not reached a queue yet
+            if (discarded == Intake::Discarded::kNothingWaits) {
+                return;  // feeds are about to have it
+            }
+        } else if (longest.feed == nullptr || !longest.feed->DiscardOne()) {
+            return;  // what there is, is on its way to a consumer
         }
     }
+}
+
+void ChannelTraffic::Reject(const std::string& until) const {
+    m_around.log->Tell(m_path + " full", "channel " + m_path + " is full (" +
+                                             std::to_string(m_held->Events()) + " events, " +
+                                             std::to_string(m_held->Bytes()) +
+                                             " bytes) and rejects new events with IMP_LIMIT until " + until);
+    throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
 }
 
 std::int64_t ChannelTraffic::Keep(const CosNotification::StructuredEvent& event, const std::string& supplier,

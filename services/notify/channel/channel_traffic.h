@@ -21,6 +21,7 @@ struct ChannelLimits {
 class ChannelTraffic {
   public:
     struct Surroundings {
+        /// All outlive the channel, and the intake, which the pool may share until it is stopped.
         WorkPool* intake_pool = nullptr;
         Store* store = nullptr;  ///< null where nothing is kept
         OperatorLog* log = nullptr;
@@ -34,7 +35,8 @@ class ChannelTraffic {
 
     /// Takes an event of the proxy at path `supplier`, for which `qos` holds. Returns when the channel has
     /// it, and the store too, where it is to be kept. Raises CORBA::IMP_LIMIT when the channel is full and
-    /// rejects events, CORBA::NO_RESOURCES when the event can't be kept.
+    /// rejects events, or is full of kept events that have not been handed to its consumers yet;
+    /// CORBA::NO_RESOURCES when the event can't be kept.
     void Accept(const CosNotification::StructuredEvent& event, const std::string& supplier,
                 const PropertyValues& qos);
     /// An event kept from an earlier run: for the consumers of `feeds`, or still to be dispatched when it is
@@ -56,6 +58,7 @@ class ChannelTraffic {
 
     std::shared_ptr<const Properties> Current() const;
     void MakeRoom(const Properties& properties);
+    [[noreturn]] void Reject(const std::string& until) const;
     bool Full(const Properties& properties) const;
     std::int64_t NumberOfUnkept();
     void RaiseLastTo(std::int64_t sequence);

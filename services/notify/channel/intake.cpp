@@ -38,7 +38,10 @@ void Intake::Add(EventPtr event) {
         if (m_closed) {
             return;
         }
-        m_waiting.push_back(std::move(event));
+        const auto place = m_waiting.insert(m_waiting.end(), std::move(event));
+        if (!(*place)->kept) {
+            m_unkept.push_back(place);
+        }
         if (m_waiting.size() > 1) {
             return;  // whoever added the first one has had the job scheduled
         }
@@ -57,13 +60,36 @@ bool Intake::MayPassBy(const Routes::Groups& groups, const Event& event) {
 
 std::size_t Intake::Depth() const {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_waiting.size();
+    return m_waiting.size() + m_in_hand;
+}
+
+Intake::Discarded Intake::DiscardOne() {
+    EventPtr event;
+    std::string losses;
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        if (m_unkept.empty()) {
+            return m_waiting.empty() ? Discarded::kNothingWaits : Discarded::kOnlyKeptOnesWait;
+        }
+        event = std::move(*m_unkept.front());
+        m_waiting.erase(m_unkept.front());
+        m_unkept.pop_front();
+        losses = std::to_string(m_waiting.size()) + " events wait for that, " +
+                 std::to_string(++m_discarded) + " were dropped so far";
+    }
+    m_log.Tell(m_channel + " dropped",
+               "event " + std::to_string(event->sequence) + " of channel " + m_channel +
+                   " was dropped before it was handed to consumers, as the channel "
+                   "is full; " +
+                   losses + ". Their filters take long, or its store can't be written.");
+    return Discarded::kOne;
 }
 
 void Intake::Close() {
-    std::deque<EventPtr> waiting;  // destroyed behind the guard
+    Waiting waiting;  // destroyed behind the guard
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_closed = true;
+    m_unkept.clear();
     waiting.swap(m_waiting);
 }
 
@@ -87,6 +113,7 @@ Job::Next Intake::Run() {
     }
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_dispatching = false;
+    m_in_hand = 0;
     return m_waiting.empty() ? Next::OnSchedule() : Next::Now();
 }
 
@@ -97,18 +124,26 @@ std::vector<EventPtr> Intake::TakeBatch() {
     while (!m_waiting.empty() && batch.size() < kBatch) {
         batch.push_back(std::move(m_waiting.front()));
         m_waiting.pop_front();
+        if (!batch.back()->kept) {
+            m_unkept.pop_front();  // it was the first of them
+        }
     }
+    m_in_hand = batch.size();
     return batch;
 }
 
 void Intake::ReturnBatch(std::vector<Dispatch>&& batch) {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_dispatching = false;
+    m_in_hand = 0;
     if (m_closed) {
         return;
     }
     for (auto dispatch = batch.rbegin(); dispatch != batch.rend(); ++dispatch) {
         m_waiting.push_front(std::move(dispatch->event));
+        if (!m_waiting.front()->kept) {
+            m_unkept.push_front(m_waiting.begin());
+        }
     }
 }
 

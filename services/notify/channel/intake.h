@@ -1,7 +1,9 @@
 // Where the events of a channel's suppliers become events for consumers.
 #pragma once
 
+#include <cstdint>
 #include <deque>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -25,7 +27,12 @@ class Intake : public Job {
 
     /// The store is to know for whom it is, when the event is kept there.
     void Add(EventPtr event);
+    /// The events that no feed has yet.
     std::size_t Depth() const;
+    enum class Discarded { kOne, kOnlyKeptOnesWait, kNothingWaits };
+    /// Drops the oldest event that waits and isn't kept, and tells the operator. One that is kept stays:
+    /// nobody has found out yet for which consumers the store has it.
+    Discarded DiscardOne();
     /// Drops what waits.
     void Close();
 
@@ -36,6 +43,8 @@ class Intake : public Job {
         EventPtr event;
         std::vector<const Destination*> destinations;
     };
+
+    using Waiting = std::list<EventPtr>;
 
     bool MayPassBy(const Routes::Groups& groups, const Event& event);
     std::vector<EventPtr> TakeBatch();
@@ -49,7 +58,10 @@ class Intake : public Job {
     OperatorLog& m_log;
 
     mutable std::mutex m_mutex;
-    std::deque<EventPtr> m_waiting;
+    Waiting m_waiting;
+    std::deque<Waiting::iterator> m_unkept;  // those of them that aren't kept, in their order
+    std::uint64_t m_discarded = 0;
+    std::size_t m_in_hand = 0;  // events of the batch that is dispatched
     bool m_dispatching = false;
     bool m_closed = false;
 };

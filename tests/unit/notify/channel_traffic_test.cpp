@@ -223,4 +223,68 @@ TEST_F(ChannelTrafficTest, ClosedItTakesNothing) {
     EXPECT_EQ(traffic->Held().Events(), 0U);
 }
 
+/// A channel whose first event is kept and doesn't get through, as the store can't be written.
+class StuckIntake : public ChannelTrafficTest {
+  protected:
+    StuckIntake() { qos[CosNotification::EventReliability] = std::int16_t{CosNotification::Persistent}; }
+    /// Two events wait for the consumer, and `kept` ones in front of it.
+    std::unique_ptr<ChannelTraffic> MakeStuck(int kept, std::size_t limit) {
+        auto traffic = MakeTraffic(&failing.store, ChannelLimits{limit, 0});
+        AcceptAndWait(*traffic, 1);
+        AcceptAndWait(*traffic, 2);
+        failing.FailToInsertInto("deliveries");
+        for (int i = 0; i < kept; ++i) {
+            Accept(*traffic, 3 + i);
+        }
+        EXPECT_TRUE(WaitFor([&] { return Told("wait until it works again") >= 1; }));
+        return traffic;
+    }
+    void AcceptUnkept(ChannelTraffic& traffic, int number) {
+        CosNotification::StructuredEvent event = BodyOf("A", number);
+        event.header.variable_header.length(1);
+        event.header.variable_header[0].name = CORBA::string_dup(CosNotification::EventReliability);
+        event.header.variable_header[0].value <<= CORBA::Short{CosNotification::BestEffort};
+        traffic.Accept(event, "c1/sa0/p1", qos);
+    }
+
+    FailingStore failing;
+};
+
+TEST_F(StuckIntake, IsBoundedAndSparesTheQueuesOfConsumers) {
+    const auto traffic = MakeStuck(1, 10);
+    for (int number = 4; number <= 50; ++number) {
+        AcceptUnkept(*traffic, number);
+    }
+    // What is in the batch that is tried once a second can't be dropped right then.
+    EXPECT_LE(traffic->Held().Events(), 20U);
+    EXPECT_EQ(feed->Counts().discarded, 0U);
+    EXPECT_EQ(feed->Depth(), 2U);
+    EXPECT_GE(Told("was dropped before it was handed to consumers"), 1U);
+    failing.Mend();
+    ASSERT_TRUE(WaitFor([&] { return traffic->IntakeDepth() == 0; }));
+    const std::vector<int> delivered = Deliver(feed->Depth());
+    EXPECT_EQ((std::vector<int>(delivered.begin(), delivered.begin() + 3)), (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(delivered.back(), 50);
+}
+
+TEST_F(StuckIntake, FullOfKeptEventsItRejectsMore) {
+    const auto traffic = MakeStuck(8, 10);
+    EXPECT_THROW(
+        {
+            // Not while the batch is tried.
+            for (int i = 0; i < 5; ++i) {
+                Accept(*traffic, 100);
+            }
+        },
+        CORBA::IMP_LIMIT);
+    EXPECT_EQ(Told("until those that are kept have been handed to its consumers"), 1U);
+    EXPECT_EQ(feed->Counts().discarded, 0U);
+    failing.Mend();
+    ASSERT_TRUE(WaitFor([&] { return traffic->IntakeDepth() == 0; }));
+    EXPECT_EQ(feed->Depth(), traffic->Held().Events());
+    Deliver(10);
+    ASSERT_TRUE(WaitFor([&] { return traffic->Held().Events() == 0; }));
+    EXPECT_NO_THROW(Accept(*traffic, 200));
+}
+
 }  // namespace

@@ -123,4 +123,39 @@ TEST_F(IntakeTest, KeepsItsEventsInOrderUntilTheStoreWorksAgain) {
     EXPECT_EQ(consumer->Numbers(), numbers);
 }
 
+TEST_F(IntakeTest, DropsTheOldestThatIsNotKeptAndKeepsTheOrderOfTheOthers) {
+    FailingStore failing;
+    const auto consumer = AddConsumers(1);
+    const auto intake = MakeIntake(&failing.store);
+    failing.FailToInsertInto("deliveries");
+    EXPECT_EQ(intake->DiscardOne(), Intake::Discarded::kNothingWaits);
+    for (int number = 1; number <= 100; ++number) {
+        const bool kept = number % 3 == 1;
+        const auto sequence =
+            kept ? failing.store.AddEvent("c1", "c1/sa0/p1", "octets", std::chrono::system_clock::now()) : 0;
+        intake->Add(EventWith(number, sequence, kept));
+    }
+    ASSERT_TRUE(WaitFor([&] { return Told("wait until it works again") >= 1; }));
+    // Some of them are in the batch that is tried once a second.
+    const auto drop = [&](Intake::Discarded last) {
+        return WaitFor([&] { return intake->DiscardOne() == last; });
+    };
+    ASSERT_TRUE(drop(Intake::Discarded::kOne));
+    EXPECT_EQ(intake->Depth(), 99U);
+    EXPECT_GE(Told("of channel c1 was dropped before it was handed to consumers"), 1U);
+    ASSERT_TRUE(WaitFor([&] {
+        intake->DiscardOne();
+        return intake->Depth() == 34;
+    }));
+    ASSERT_TRUE(drop(Intake::Discarded::kOnlyKeptOnesWait));
+    failing.Mend();
+    std::vector<int> kept;
+    for (int number = 1; number <= 100; number += 3) {
+        kept.push_back(number);
+    }
+    ASSERT_TRUE(WaitFor([&] { return consumer->Numbers().size() >= kept.size(); }));
+    EXPECT_EQ(consumer->Numbers(), kept);
+    EXPECT_TRUE(WaitFor([&] { return intake->Depth() == 0; }));
+}
+
 }  // namespace
