@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace qv_notify {
 
@@ -13,6 +14,20 @@ bool StandsForAll(const std::string& part) {
 
 bool StandsForAll(const EventTypeName& type) {
     return StandsForAll(type.domain) && StandsForAll(type.type);
+}
+
+bool AnyStandsForAll(const std::vector<EventTypeName>& types) {
+    return std::any_of(types.begin(), types.end(),
+                       [](const EventTypeName& type) { return StandsForAll(type); });
+}
+
+std::vector<EventTypeName> Without(const std::vector<EventTypeName>& types,
+                                   const std::vector<EventTypeName>& others) {
+    const SortedTypes unwanted(others.begin(), others.end());
+    std::vector<EventTypeName> left;
+    std::copy_if(types.begin(), types.end(), std::back_inserter(left),
+                 [&](const EventTypeName& type) { return unwanted.count(type) == 0; });
+    return left;
 }
 
 // Without backtracking over more than the last "*", so that no pattern takes long.
@@ -70,42 +85,36 @@ CosNotification::EventTypeSeq* SequenceOf(const std::vector<EventTypeName>& type
 TypeSet::Change TypeSet::Apply(const std::vector<EventTypeName>& added,
                                const std::vector<EventTypeName>& removed) {
     const std::vector<EventTypeName> before = m_types;
-    const auto erase = [this](auto&& unwanted) {
-        m_types.erase(std::remove_if(m_types.begin(), m_types.end(), unwanted), m_types.end());
-    };
-    erase([&](const EventTypeName& type) {
-        return std::find(removed.begin(), removed.end(), type) != removed.end() ||
-               (StandsForAll(type) &&
-                std::any_of(removed.begin(), removed.end(),
-                            [](const EventTypeName& one) { return StandsForAll(one); }));
-    });
-    if (std::any_of(added.begin(), added.end(),
-                    [](const EventTypeName& type) { return StandsForAll(type); })) {
-        m_types = All().m_types;
-    } else if (!added.empty()) {
-        erase([](const EventTypeName& type) { return StandsForAll(type); });
-        for (const EventTypeName& type : added) {
-            if (!Holds(type)) {
-                m_types.push_back(type);
-            }
-        }
-    }
-    Change change;
-    for (const EventTypeName& type : m_types) {
-        if (std::find(before.begin(), before.end(), type) == before.end()) {
-            change.added.push_back(type);
-        }
-    }
-    for (const EventTypeName& type : before) {
-        if (!Holds(type)) {
-            change.removed.push_back(type);
-        }
-    }
-    return change;
+    Remove(removed);
+    Add(added);
+    return {Without(m_types, before), Without(before, m_types)};
 }
 
-bool TypeSet::Holds(const EventTypeName& type) const {
-    return std::find(m_types.begin(), m_types.end(), type) != m_types.end();
+void TypeSet::Remove(const std::vector<EventTypeName>& types) {
+    const SortedTypes unwanted(types.begin(), types.end());
+    const bool all_unwanted = AnyStandsForAll(types);
+    Erase([&](const EventTypeName& type) {
+        return unwanted.count(type) > 0 || (all_unwanted && StandsForAll(type));
+    });
+}
+
+void TypeSet::Add(const std::vector<EventTypeName>& types) {
+    if (AnyStandsForAll(types)) {
+        m_types = All().m_types;
+        return;
+    }
+    if (types.empty()) {
+        return;
+    }
+    Erase([](const EventTypeName& type) { return StandsForAll(type); });
+    SortedTypes held(m_types.begin(), m_types.end());
+    std::copy_if(types.begin(), types.end(), std::back_inserter(m_types),
+                 [&](const EventTypeName& type) { return held.insert(type).second; });
+}
+
+template <class Predicate>
+void TypeSet::Erase(Predicate unwanted) {
+    m_types.erase(std::remove_if(m_types.begin(), m_types.end(), unwanted), m_types.end());
 }
 
 bool TypeSet::Matches(const CosNotification::StructuredEvent& event) const {

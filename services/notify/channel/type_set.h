@@ -3,16 +3,28 @@
 
 #include <orbsvcs/CosNotificationC.h>
 
+#include <cstddef>
+#include <set>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
-#include "services/notify/store/description.h"
+#include "services/notify/properties/event_type_name.h"
 
 namespace qv_notify {
 
 /// Whether an event of that domain and type is meant by `pattern`. In both parts of a pattern "*" stands for
 /// any text, and nothing or "%ALL" for everything.
 bool Means(const EventTypeName& pattern, const char* domain, const char* type);
+
+/// Some order, for lookups.
+struct ByName {
+    bool operator()(const EventTypeName& left, const EventTypeName& right) const {
+        return std::tie(left.domain, left.type) < std::tie(right.domain, right.type);
+    }
+};
+using SortedTypes = std::set<EventTypeName, ByName>;
 
 std::vector<EventTypeName> NamesOf(const CosNotification::EventTypeSeq& types);
 /// The caller owns the sequence.
@@ -22,6 +34,9 @@ CosNotification::EventTypeSeq* SequenceOf(const std::vector<EventTypeName>& type
 /// types means these from then on. Not thread-safe.
 class TypeSet {
   public:
+    /// As many may be named in one place; who wants more is refused.
+    static constexpr std::size_t kMost = 10000;
+
     struct Change {
         std::vector<EventTypeName> added;
         std::vector<EventTypeName> removed;
@@ -33,14 +48,17 @@ class TypeSet {
     /// What a proxy is subscribed to that has never been told otherwise.
     static TypeSet All() { return TypeSet(std::vector<EventTypeName>{{"*", "*"}}); }
 
-    /// Returns what is different afterwards.
+    /// Returns what is different afterwards. Takes logarithmic time for each type.
     Change Apply(const std::vector<EventTypeName>& added, const std::vector<EventTypeName>& removed);
 
     bool Matches(const CosNotification::StructuredEvent& event) const;
     const std::vector<EventTypeName>& Types() const { return m_types; }
 
   private:
-    bool Holds(const EventTypeName& type) const;
+    void Remove(const std::vector<EventTypeName>& types);
+    void Add(const std::vector<EventTypeName>& types);
+    template <class Predicate>
+    void Erase(Predicate unwanted);
 
     std::vector<EventTypeName> m_types;
 };

@@ -1,6 +1,7 @@
 // What suppliers offer and what consumers have subscribed to, over a whole channel.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -9,7 +10,8 @@
 
 namespace qv_notify {
 
-/// The types that several objects name, and how the whole of them changes. Not thread-safe.
+/// The types that several objects name, and how the whole of them changes. Set and Remove take logarithmic
+/// time for each type that the object names, or named. Not thread-safe.
 class TypeExchange {
   public:
     /// The object names these types now, instead of what it named before.
@@ -19,9 +21,8 @@ class TypeExchange {
     std::vector<EventTypeName> All() const;
 
   private:
-    TypeSet::Change ChangeFrom(const std::vector<EventTypeName>& before) const;
-
     std::map<std::string, std::vector<EventTypeName>> m_types;
+    std::map<EventTypeName, std::size_t, ByName> m_named;  // so often
 };
 
 }  // namespace qv_notify

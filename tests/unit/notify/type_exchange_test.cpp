@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <string>
+
 namespace {
 
 using qv_notify::EventTypeName;
@@ -40,6 +43,21 @@ TEST(TypeExchangeTest, WhatAnObjectNamesReplacesWhatItNamed) {
     EXPECT_THAT(change.removed, ElementsAre(kA));
     EXPECT_TRUE(types.Set("one", {kB}).Empty());
     EXPECT_TRUE(types.Remove("nobody").Empty());
+}
+
+// Quadratic time would be minutes here.
+TEST(TypeExchangeTest, ManyTypesTakeLittleTime) {
+    std::vector<EventTypeName> many;
+    for (int i = 0; i < 100000; ++i) {
+        many.push_back({"a domain that all of them share", std::to_string(i)});
+    }
+    const auto start = std::chrono::steady_clock::now();
+    TypeExchange types;
+    EXPECT_EQ(types.Set("one", many).added.size(), many.size());
+    EXPECT_TRUE(types.Set("other", many).Empty());
+    EXPECT_TRUE(types.Remove("one").Empty());
+    EXPECT_EQ(types.Remove("other").removed.size(), many.size());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 }  // namespace

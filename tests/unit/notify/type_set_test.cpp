@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <string>
+
 namespace {
 
 using qv_notify::EventTypeName;
@@ -97,6 +100,21 @@ TEST(TypeSetTest, RemovesFirstAndAddsThen) {
     TypeSet types(std::vector<EventTypeName>{{"tmf", "A"}});
     EXPECT_TRUE(types.Apply({{"tmf", "A"}}, {{"tmf", "A"}}).Empty());
     EXPECT_THAT(types.Types(), ElementsAre(EventTypeName{"tmf", "A"}));
+}
+
+// Quadratic time would be minutes here.
+TEST(TypeSetTest, ManyTypesTakeLittleTime) {
+    std::vector<EventTypeName> many;
+    for (int i = 0; i < 100000; ++i) {
+        many.push_back({"a domain that all of them share", std::to_string(i)});
+    }
+    const auto start = std::chrono::steady_clock::now();
+    TypeSet types(std::vector<EventTypeName>{{"tmf", "A"}});
+    EXPECT_EQ(types.Apply(many, {}).added.size(), many.size());
+    EXPECT_TRUE(types.Apply(many, {}).Empty());
+    EXPECT_EQ(types.Apply({}, many).removed.size(), many.size());
+    EXPECT_THAT(types.Types(), ElementsAre(EventTypeName{"tmf", "A"}));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST(TypeSetTest, BecomesASequenceAndComesBack) {
