@@ -51,7 +51,7 @@ void Feed::Close() {
     m_closed = true;
     m_health.SetGone();
     waiting = m_queue.Clear();
-    m_announcements.clear();
+    m_news.Clear();
     waiting.push_back(std::move(m_in_doubt));
     waiting.push_back(std::move(m_refused));
     port.swap(m_port);
@@ -79,7 +79,7 @@ void Feed::Announce(const CosNotification::EventTypeSeq& added,
                     const CosNotification::EventTypeSeq& removed) {
     const std::lock_guard<std::mutex> guard(m_mutex);
     if (!m_closed && m_port != nullptr) {
-        m_announcements.push_back({added, removed});
+        m_news.Add(added, removed);
         ScheduleIfUseful();
     }
 }
@@ -155,13 +155,11 @@ ConsumerState Feed::State() const {
 }
 
 Job::Next Feed::Run() {
-    bool gone = false;
-    Next next = Next::OnSchedule();
     {
         std::unique_lock<std::mutex> lock(m_mutex);
         BeginRound();
         for (int share = 0; share < kShare && MayRun(SteadyNow()) && !RoundOver(); ++share) {
-            const Step step = m_announcements.empty() ? DeliverOne(lock) : AnnounceOne(lock);
+            const Step step = m_news.Empty() ? DeliverOne(lock) : AnnounceOne(lock);
             if (step == Step::kStop) {
                 break;
             }
@@ -170,13 +168,23 @@ Job::Next Feed::Run() {
             m_in_round = false;
             m_next_round = SteadyNow() + std::chrono::duration_cast<SteadyTime::duration>(m_pacing);
         }
-        gone = m_health.State() == ConsumerState::kGone && !m_closed && !std::exchange(m_gone_told, true);
-        next = WhenToGoOn(SteadyNow());
+        if (m_health.State() == ConsumerState::kGone && !m_closed && m_end == EndOfProxy::kNotWanted) {
+            m_end = EndOfProxy::kWanted;
+        }
+        if (m_end != EndOfProxy::kWanted) {
+            return WhenToGoOn(SteadyNow());
+        }
     }
-    if (gone && m_around.gone) {
-        m_around.gone();
+    return EndProxy();
+}
+
+Job::Next Feed::EndProxy() {
+    if (m_around.gone && !m_around.gone()) {
+        return Next::At(SteadyNow() + kPauseOfEnd);
     }
-    return next;
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_end = EndOfProxy::kDone;
+    return Next::OnSchedule();
 }
 
 // What comes while a round is delivered is collected for the next one.
@@ -188,11 +196,11 @@ void Feed::BeginRound() {
 }
 
 bool Feed::RoundOver() const {
-    return m_in_round && m_announcements.empty() && (m_round_left == 0 || m_queue.Empty());
+    return m_in_round && m_news.Empty() && (m_round_left == 0 || m_queue.Empty());
 }
 
 bool Feed::AnythingToDo() const {
-    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_announcements.empty());
+    return !m_closed && m_port != nullptr && !(m_queue.Empty() && m_news.Empty());
 }
 
 bool Feed::MayRun(SteadyTime now) const {
@@ -273,11 +281,10 @@ Feed::Step Feed::TakeOutcome(const EventPtr& event, const CallOutcome& outcome,
 }
 
 Feed::Step Feed::AnnounceOne(std::unique_lock<std::mutex>& lock) {
-    Announcement announcement = std::move(m_announcements.front());
-    m_announcements.erase(m_announcements.begin());
+    TypeNews news = std::exchange(m_news, {});
     const std::shared_ptr<ConsumerPort> port = m_port;
     lock.unlock();
-    const CallOutcome outcome = port->OfferChange(announcement.added, announcement.removed);
+    const CallOutcome outcome = port->OfferChange(news.Added(), news.Removed());
     lock.lock();
     // Many consumers don't implement it.
     if (m_closed || !outcome.failed || outcome.failure == CallFailure::kRefused) {
@@ -286,7 +293,8 @@ Feed::Step Feed::AnnounceOne(std::unique_lock<std::mutex>& lock) {
     const ConsumerHealth::Action action = m_health.Failed(outcome.failure, SteadyNow());
     // One that takes too long for it is to get its events all the same.
     if (outcome.failure == CallFailure::kConnection && action != ConsumerHealth::Action::kGiveUp) {
-        m_announcements.insert(m_announcements.begin(), std::move(announcement));
+        news.Add(m_news);
+        m_news = std::move(news);
     }
     NoteState(outcome.reason);
     return action == ConsumerHealth::Action::kTryAtOnce ? Step::kGoOn : Step::kStop;

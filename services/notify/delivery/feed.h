@@ -14,6 +14,7 @@
 #include "services/notify/delivery/consumer_port.h"
 #include "services/notify/delivery/feed_report.h"
 #include "services/notify/delivery/operator_log.h"
+#include "services/notify/delivery/type_news.h"
 #include "services/notify/delivery/work_pool.h"
 #include "services/notify/queue/event_queue.h"
 
@@ -32,14 +33,19 @@ struct FeedCounts {
 /// call.
 class Feed : public Job {
   public:
+    static constexpr std::chrono::milliseconds kPauseOfEnd{1000};
+
     struct Surroundings {
+        /// Both outlive the feed, and so does what `done` and `gone` refer to; the pool may share the feed's
+        /// ownership until it is stopped.
         WorkPool* pool = nullptr;
         OperatorLog* log = nullptr;
         /// The events are delivered, or never will be. Called without a lock, on the delivering or the adding
         /// thread; may block. Empty where nothing is kept.
         std::function<void(const std::vector<std::int64_t>& sequences)> done;
-        /// The consumer is gone and its proxy is to be ended. Called once, on a thread of the pool.
-        std::function<void()> gone;
+        /// The consumer is gone and its proxy is to be ended, which may close the feed. Called without a
+        /// lock, on a thread of the pool, and again after kPauseOfEnd as long as it returns false.
+        std::function<bool()> gone;
     };
 
     /// `path` names the proxy to the operator.
@@ -52,7 +58,7 @@ class Feed : public Job {
     void Close();
 
     void Add(const EventPtr& event);
-    /// The consumer is told, in its turn, between events.
+    /// The consumer is told, in its turn, between events; together with what it has not been told yet.
     void Announce(const CosNotification::EventTypeSeq& added, const CosNotification::EventTypeSeq& removed);
 
     void Suspend();
@@ -75,16 +81,14 @@ class Feed : public Job {
     bool Slow() const override { return m_slow.load(std::memory_order_relaxed); }
 
   private:
-    struct Announcement {
-        CosNotification::EventTypeSeq added;
-        CosNotification::EventTypeSeq removed;
-    };
     enum class Step { kGoOn, kStop };
+    enum class EndOfProxy { kNotWanted, kWanted, kDone };
 
     void BeginRound();
     bool RoundOver() const;
     bool MayRun(SteadyTime now) const;
     Next WhenToGoOn(SteadyTime now) const;
+    Next EndProxy();
     Step DeliverOne(std::unique_lock<std::mutex>& lock);
     Step AnnounceOne(std::unique_lock<std::mutex>& lock);
     Step TakeOutcome(const EventPtr& event, const CallOutcome& outcome, std::vector<std::int64_t>& done);
@@ -105,13 +109,13 @@ class Feed : public Job {
     EventQueue m_queue;
     ConsumerHealth m_health;
     std::shared_ptr<ConsumerPort> m_port;
-    std::vector<Announcement> m_announcements;
+    TypeNews m_news;
     std::chrono::nanoseconds m_pacing{0};
     SteadyTime m_next_round = SteadyTime::min();
     bool m_in_round = false;       // of pacing
     std::size_t m_round_left = 0;  // events of the round that still wait
     bool m_closed = false;
-    bool m_gone_told = false;
+    EndOfProxy m_end = EndOfProxy::kNotWanted;
     EventPtr m_in_doubt;  // the last event of which that was told
     EventPtr m_refused;   // the event that the consumer raised an exception for last
     FeedCounts m_counts;

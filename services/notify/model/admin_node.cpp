@@ -1,5 +1,6 @@
 #include "services/notify/model/admin_node.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "services/notify/model/proxy_node.h"
@@ -13,6 +14,17 @@ std::string AdminPath(const ChannelNode& channel, bool for_consumers, std::int32
 }
 
 }  // namespace
+
+TypeSet Changed(TypeSet types, const std::vector<EventTypeName>& added,
+                const std::vector<EventTypeName>& removed) {
+    const std::size_t most =
+        std::max(TypeSet::kMost, types.Types().size());  // whoever has more may take away
+    types.Apply(added, removed);
+    if (types.Types().size() > most) {
+        throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
+    }
+    return types;
+}
 
 AdminNode::AdminNode(std::shared_ptr<ChannelNode> channel, bool for_consumers, std::int32_t id,
                      bool and_operator)
@@ -64,7 +76,7 @@ void AdminNode::Refresh() {
     group.filters = m_data.filters.List();
     for (const auto& [id, proxy] : m_proxies) {
         proxy->Refresh();
-        if (m_for_consumers && !proxy->Data().peer.empty()) {
+        if (m_for_consumers && !proxy->Data().peer.empty() && !proxy->Lost()) {
             group.members.push_back(
                 {proxy->Path(), proxy->ConsumerFeed(), proxy->Data().types, proxy->Data().filters.List()});
         }
@@ -77,7 +89,12 @@ void AdminNode::Refresh() {
 void AdminNode::ChangeTypes(const std::vector<EventTypeName>& added,
                             const std::vector<EventTypeName>& removed) {
     AdminData data = m_data;
-    data.types.Apply(added, removed);
+    data.types = Changed(m_data.types, added, removed);
+    if (m_for_consumers) {
+        for (const auto& [id, proxy] : m_proxies) {
+            Changed(proxy->Data().types, added, removed);  // before anything is changed
+        }
+    }
     SetData(std::move(data));
     if (!m_for_consumers) {
         m_channel->Offer(m_path, m_data.types.Types());
@@ -121,6 +138,15 @@ void AdminNode::DropProxy(std::int32_t id) {
     Refresh();
     proxy->End(false);
     m_channel->Withdraw(proxy->Path());
+}
+
+void AdminNode::LoseProxy(std::int32_t id) {
+    const std::shared_ptr<ProxyNode> proxy = FindProxy(id);
+    if (proxy != nullptr && !proxy->Lost()) {
+        proxy->Lose();
+        Refresh();
+    }
+    DropProxy(id);
 }
 
 void AdminNode::End() {

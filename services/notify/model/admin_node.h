@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "services/notify/channel/type_set.h"
 #include "services/notify/model/channel_node.h"
@@ -20,6 +21,10 @@ struct AdminData {
     TypeSet types;  ///< what new proxies are subscribed to, or what is offered for all of them
     FilterLinks filters;
 };
+
+/// The types after a change; raises CORBA::IMP_LIMIT where they are more than TypeSet::kMost.
+TypeSet Changed(TypeSet types, const std::vector<EventTypeName>& added,
+                const std::vector<EventTypeName>& removed);
 
 /// Guarded by the channel's mutex, all of it that changes.
 class AdminNode : public std::enable_shared_from_this<AdminNode> {
@@ -44,7 +49,8 @@ class AdminNode : public std::enable_shared_from_this<AdminNode> {
     /// Takes notice that something above has changed, or a filter or proxy.
     void Refresh();
 
-    /// Changes what proxies are subscribed to, or what is offered.
+    /// Changes what proxies are subscribed to, or what is offered. Raises as SetData does, and, before
+    /// anything is changed, CORBA::IMP_LIMIT for more than TypeSet::kMost types here or at a proxy.
     void ChangeTypes(const std::vector<EventTypeName>& added, const std::vector<EventTypeName>& removed);
 
     /// A new structured proxy; raises as SetData does.
@@ -52,7 +58,11 @@ class AdminNode : public std::enable_shared_from_this<AdminNode> {
     void RestoreProxy(const ProxyState& state);
     std::shared_ptr<ProxyNode> FindProxy(std::int32_t id) const;
     const std::map<std::int32_t, std::shared_ptr<ProxyNode>>& Proxies() const { return m_proxies; }
+    /// Raises CORBA::NO_RESOURCES when it can't be forgotten, and changes nothing then.
     void DropProxy(std::int32_t id);
+    /// Drops a proxy whose consumer is gone. Raises as DropProxy does, but nothing is collected for that
+    /// consumer any more even then; to be called again.
+    void LoseProxy(std::int32_t id);
 
     /// Ends it with its proxies, without forgetting what is kept of them.
     void End();

@@ -42,11 +42,12 @@ void ProxyNode::MakeFeed() {
         if (const std::shared_ptr<AdminNode> held = admin.lock()) {
             const std::lock_guard<std::mutex> guard(held->Channel()->Mutex());
             try {
-                held->DropProxy(id);
+                held->LoseProxy(id);
             } catch (const CORBA::Exception&) {
-                // The store does not work, which has been told; the proxy stays without a consumer.
+                return false;  // the store does not work, which has been told
             }
         }
+        return true;
     };
     m_feed = std::make_shared<Feed>(m_path, QueuePolicyOf(Holding(), service.Limits().events_per_consumer),
                                     retry, std::move(around));
@@ -93,7 +94,8 @@ void ProxyNode::Restore(const ProxyState& state) {
     }
     if (m_feed == nullptr) {
         if (Store* const store = service.StoreFor(Channel().Persistent())) {
-            m_repetitions.Restore(store->LastEventsOf(m_path, Store::kRemembered));
+            m_repetitions.Restore(store->LastEventsOf(m_path, Store::kRemembered),
+                                  std::chrono::steady_clock::now());
         }
         Channel().RestoreOffer(m_path, m_data.types.Types());
     } else if (!m_data.peer.empty()) {
@@ -119,10 +121,15 @@ void ProxyNode::Refresh() {
     m_gate = std::move(gate);
 }
 
+void ProxyNode::Lose() {
+    m_lost = true;
+    m_feed->Close();
+}
+
 void ProxyNode::ChangeTypes(const std::vector<EventTypeName>& added,
                             const std::vector<EventTypeName>& removed) {
     ProxyData data = m_data;
-    data.types.Apply(added, removed);
+    data.types = Changed(m_data.types, added, removed);
     SetData(std::move(data));
     if (m_feed == nullptr) {
         Channel().Offer(m_path, m_data.types.Types());

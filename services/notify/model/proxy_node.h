@@ -43,6 +43,9 @@ class ProxyNode : public std::enable_shared_from_this<ProxyNode> {
     const std::string& Path() const { return m_path; }
 
     bool Alive() const { return m_alive; }
+    /// Its consumer is gone: it takes no events any more, and is about to be ended.
+    bool Lost() const { return m_lost; }
+    void Lose();
     const ProxyData& Data() const { return m_data; }
     PropertyValues Holding() const;
     /// Takes the changed data, once they are kept. Raises CORBA::NO_RESOURCES when they can't be, and changes
@@ -51,6 +54,7 @@ class ProxyNode : public std::enable_shared_from_this<ProxyNode> {
     void Restore(const ProxyState& state);
     /// Takes notice that something above or a filter has changed.
     void Refresh();
+    /// Raises as SetData does, and CORBA::IMP_LIMIT for more than TypeSet::kMost types.
     void ChangeTypes(const std::vector<EventTypeName>& added, const std::vector<EventTypeName>& removed);
 
     /// Connects what the reference in Data().peer names.
@@ -83,6 +87,7 @@ class ProxyNode : public std::enable_shared_from_this<ProxyNode> {
     const std::string m_path;
 
     bool m_alive = true;
+    bool m_lost = false;
     bool m_wants_updates = true;
     ProxyData m_data;
     CORBA::Object_var m_peer;

@@ -2,37 +2,31 @@
 
 namespace qv_notify {
 
-void RepetitionMemory::Restore(const std::vector<EventDigest>& last) {
+void RepetitionMemory::Restore(const std::vector<EventDigest>& last, SteadyTime now) {
+    std::unordered_set<std::string> more_than_once;
     const std::lock_guard<std::mutex> guard(m_mutex);
     for (const EventDigest& event : last) {
-        m_digests.insert(event.digest);
+        if (!m_digests.insert(event.digest).second) {
+            more_than_once.insert(event.digest);
+        }
     }
+    for (const std::string& digest : more_than_once) {
+        m_digests.erase(digest);
+    }
+    m_until = now + kWindow;
 }
 
 bool RepetitionMemory::Compares(SteadyTime now) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    if (m_digests.empty()) {
-        return false;
-    }
-    if (m_pushes == 0) {
-        m_until = now + kWindow;
-    }
-    if (m_pushes >= kFewestPushes && now >= m_until) {
+    if (now >= m_until) {
         m_digests.clear();
-        return false;
     }
-    ++m_pushes;
-    return true;
+    return !m_digests.empty();
 }
 
 bool RepetitionMemory::Take(const std::string& digest) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    const auto found = m_digests.find(digest);
-    if (found == m_digests.end()) {
-        return false;
-    }
-    m_digests.erase(found);
-    return true;
+    return m_digests.erase(digest) > 0;
 }
 
 }  // namespace qv_notify

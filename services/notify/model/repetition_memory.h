@@ -13,16 +13,15 @@
 namespace qv_notify {
 
 /// Tells events that a supplier pushes again, because the end of the service kept the answer from it, from
-/// new ones. Compares pushes for kWindow from the first one on, and so long as there were fewer than
-/// kFewestPushes: threads of a supplier that share a proxy don't wait for the one that has to repeat.
-/// Any thread may call.
+/// new ones. Compares what is pushed within kWindow of the start, for who repeats a call does so soon. An
+/// event that stands among the last ones more than once, such as a heartbeat without an id or a time, is
+/// never taken for a repetition: better it comes twice than not at all. Any thread may call.
 class RepetitionMemory {
   public:
-    static constexpr std::chrono::seconds kWindow{10};
-    static constexpr int kFewestPushes = 256;
+    static constexpr std::chrono::seconds kWindow{60};
 
-    /// The events that were kept from the supplier last.
-    void Restore(const std::vector<EventDigest>& last);
+    /// The events that were kept from the supplier last; `now` is when the service starts.
+    void Restore(const std::vector<EventDigest>& last, SteadyTime now);
 
     /// To be asked ahead of each push, before its digest is made; false once none needs to be made any more.
     bool Compares(SteadyTime now);
@@ -32,9 +31,8 @@ class RepetitionMemory {
 
   private:
     std::mutex m_mutex;
-    std::unordered_multiset<std::string> m_digests;
-    SteadyTime m_until = SteadyTime::min();  // min: no push yet
-    int m_pushes = 0;
+    std::unordered_set<std::string> m_digests;
+    SteadyTime m_until = SteadyTime::min();
 };
 
 }  // namespace qv_notify

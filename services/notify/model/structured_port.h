@@ -7,6 +7,9 @@
 
 namespace qv_notify {
 
+/// Calls block for as long as the consumer takes, or the time limit of calls, and end with an outcome instead
+/// of an exception. Holds a count of the reference, which it gives back at its end. Used by one thread at a
+/// time, as any port; Peer may be asked meanwhile.
 class StructuredPort : public ConsumerPort {
   public:
     explicit StructuredPort(CosNotifyComm::StructuredPushConsumer_ptr consumer);

@@ -1,45 +1,31 @@
-// Calls to clients that no event is in.
+// The way to a supplier.
 #pragma once
 
 #include <orbsvcs/CosNotifyCommC.h>
 
-#include <deque>
-#include <functional>
 #include <memory>
-#include <mutex>
 
-#include "services/notify/delivery/work_pool.h"
+#include "services/notify/delivery/client_notices.h"
+#include "services/notify/delivery/type_news.h"
 
 namespace qv_notify {
 
-/// Tells a client things in the order in which they happened, on a thread of the pool. A client that fails is
-/// not asked again: these calls are courtesies. Any thread may call.
-class ClientNotices : public Job {
-  public:
-    explicit ClientNotices(WorkPool& pool) : m_pool(pool) {}
-
-    /// `call` may raise CORBA exceptions.
-    void Post(std::function<void()> call);
-    Next Run() override;
-    bool Slow() const override { return true; }
-
-  private:
-    WorkPool& m_pool;
-    std::mutex m_mutex;
-    std::deque<std::function<void()>> m_calls;
-};
-
-/// The way to a structured push supplier.
+/// The way to a structured push supplier: what it is told, it is told on a thread of the pool, which outlives
+/// this. Holds a count of the reference. Any thread may call, and none waits for the supplier.
 class SupplierPort {
   public:
     SupplierPort(WorkPool& pool, CosNotifyComm::StructuredPushSupplier_ptr supplier);
 
+    /// Of several changes that wait for a supplier that hangs it is told as one.
     void SubscriptionChange(const CosNotification::EventTypeSeq& added,
                             const CosNotification::EventTypeSeq& removed);
     void Disconnect();
 
   private:
+    struct Untold;
+
     const CosNotifyComm::StructuredPushSupplier_var m_supplier;
+    const std::shared_ptr<Untold> m_untold;
     const std::shared_ptr<ClientNotices> m_notices;
 };
 

@@ -52,8 +52,8 @@ class FakePort : public qv_notify::ConsumerPort {
         return Answered(std::stoll(name), name);
     }
     qv_notify::CallOutcome OfferChange(const CosNotification::EventTypeSeq& added,
-                                       const CosNotification::EventTypeSeq&) override {
-        return Answered(0, "+" + std::string(added[0].type_name.in()));
+                                       const CosNotification::EventTypeSeq& removed) override {
+        return Answered(0, NamesOf("+", added) + NamesOf("-", removed));
     }
     std::string Peer() const override { return "10.0.0.7:4711"; }
 
@@ -78,6 +78,13 @@ class FakePort : public qv_notify::ConsumerPort {
             m_got.push_back(name);
         }
         return outcome;
+    }
+    static std::string NamesOf(const std::string& sign, const CosNotification::EventTypeSeq& types) {
+        std::string names;
+        for (CORBA::ULong i = 0; i < types.length(); ++i) {
+            names += sign + types[i].type_name.in();
+        }
+        return names;
     }
     std::vector<std::string> Get(const std::vector<std::string>& list) const {
         const std::lock_guard<std::mutex> guard(m_mutex);
@@ -111,6 +118,7 @@ class FeedTest : public testing::Test {
         around.gone = [this] {
             const std::lock_guard<std::mutex> guard(mutex);
             ++gone;
+            return gone >= gone_needed;
         };
         return std::make_shared<qv_notify::Feed>(path, policy, retry, std::move(around));
     }
@@ -157,6 +165,7 @@ class FeedTest : public testing::Test {
     std::mutex mutex;
     Sequences done;
     int gone = 0;
+    int gone_needed = 1;  ///< so often the feed has to tell before its proxy is ended
     std::vector<std::string> lines;
     qv_notify::OperatorLog log{[this](const std::string& line) {
         const std::lock_guard<std::mutex> guard(mutex);

@@ -214,7 +214,7 @@ TEST_F(FeedQueueTest, AShorterPacingHoldsAtOnce) {
     EXPECT_TRUE(port->WaitForGot(2));
 }
 
-TEST_F(FeedQueueTest, AnnouncesBetweenEvents) {
+TEST_F(FeedQueueTest, AnnouncesBetweenEventsWhatCameTogether) {
     Gate gate;
     const OpensAtEnd opens(gate);
     const auto feed = MakeFeed();
@@ -230,8 +230,42 @@ TEST_F(FeedQueueTest, AnnouncesBetweenEvents) {
     feed->Announce(Types("a"), {});
     feed->Announce(Types("b"), {});
     gate.Open();
-    ASSERT_TRUE(port->WaitForGot(4));
-    EXPECT_EQ(port->Got(), (std::vector<std::string>{"1", "+a", "+b", "2"}));
+    ASSERT_TRUE(port->WaitForGot(3));
+    EXPECT_EQ(port->Got(), (std::vector<std::string>{"1", "+a+b", "2"}));
+}
+
+TEST_F(FeedQueueTest, OneThatIsAwayIsToldOnlyWhatIsDifferentInTheEnd) {
+    const auto feed = MakeFeed();
+    feed->Connect(port);
+    feed->Suspend();
+    for (int i = 0; i < 1000; ++i) {
+        feed->Announce(Types("a"), {});
+        feed->Announce({}, Types("a"));
+    }
+    feed->Announce(Types("b"), Types("c"));
+    feed->Resume();
+    ASSERT_TRUE(port->WaitForGot(1));
+    WaitUntilIdle();
+    EXPECT_EQ(port->Got(), std::vector<std::string>{"+b-c"});
+}
+
+TEST_F(FeedQueueTest, WhatIsAnnouncedDuringAnAttemptThatFailsIsAddedToIt) {
+    Gate gate;
+    const OpensAtEnd opens(gate);
+    const auto feed = MakeFeed();
+    std::atomic<int> calls{0};
+    port->AnswerWith([&](std::int64_t) {
+        gate.Wait();
+        return ++calls == 1 ? Failure(CallFailure::kConnection) : CallOutcome{};
+    });
+    feed->Connect(port);
+    feed->Announce(Types("a"), {});
+    ASSERT_TRUE(WaitFor([&] { return port->Tried().size() == 1; }));
+    feed->Announce(Types("b"), {});
+    gate.Open();
+    ASSERT_TRUE(port->WaitForGot(1));
+    WaitUntilIdle();
+    EXPECT_EQ(port->Got(), std::vector<std::string>{"+a+b"});
 }
 
 TEST_F(FeedQueueTest, AnnouncesToAConsumerThatGetsNoEvents) {

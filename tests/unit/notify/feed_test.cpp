@@ -140,6 +140,20 @@ TEST_F(FeedTest, TellsOnceThatAConsumerIsGone) {
     EXPECT_EQ(Done(), Sequences{1});
 }
 
+TEST_F(FeedTest, AsksAgainUntilTheProxyOfAConsumerThatIsGoneIsEnded) {
+    const auto feed = MakeFeed();
+    gone_needed = 2;
+    port->AnswerWith([](std::int64_t) { return Failure(CallFailure::kNotThere); });
+    feed->Connect(port);
+    feed->Add(EventNumber(1));
+    ASSERT_TRUE(WaitFor([&] { return Gone() == 1; }));
+    feed->Close();  // as who is told does
+    ASSERT_TRUE(WaitFor([&] { return Gone() == 2; }));
+    pool.Schedule(feed);
+    ASSERT_TRUE(pool.WaitUntilIdle(std::chrono::steady_clock::now() + 30s));
+    EXPECT_EQ(Gone(), 2);
+}
+
 TEST_F(FeedTest, GivesUpAConsumerThatIsSuspectForTooLong) {
     retry.give_up_after = 50ms;
     const auto feed = MakeFeed();
