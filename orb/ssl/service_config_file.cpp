@@ -69,7 +69,9 @@ class OptionReader {
         config_.ssl->profile = path_;
         while (next_ < words_.size()) {
             const std::string option = words_[next_++];
-            if (option != "\n") {
+            if (option == "\n") {
+                secret_in_line_ = false;
+            } else {
                 Take(option);
             }
         }
@@ -124,6 +126,7 @@ class OptionReader {
         if (!ValueFollows()) {
             Refuse(option + " needs a value");
         }
+        secret_in_line_ = true;
         return Words();
     }
 
@@ -192,9 +195,15 @@ class OptionReader {
 
     // What is no option may be a part of a secret.
     void TakeUnknown(const std::string& option) {
-        Remark(option.rfind('-', 0) == 0
-                   ? "the SSL option " + NameIn(option) + " is unknown and has no effect"
-                   : "a word ahead of the first SSL option has no effect");
+        if (option.rfind('-', 0) != 0) {
+            Remark("a word ahead of the first SSL option has no effect");
+        } else if (secret_in_line_) {
+            Remark(
+                "an unknown SSL option in the line of a pass phrase has no effect; a pass phrase of several "
+                "words needs quotes");
+        } else {
+            Remark("the SSL option " + NameIn(option) + " is unknown and has no effect");
+        }
         while (WordOfValueFollows()) {
             ++next_;
         }
@@ -217,6 +226,7 @@ class OptionReader {
     const std::string& path_;
     ServiceConfig& config_;
     std::size_t next_ = 0;
+    bool secret_in_line_ = false;  // what follows it may be a part of it
 };
 
 bool NamesFactory(const ServiceDirective& directive) {

@@ -137,6 +137,24 @@ TEST(ServiceConfigFile, UnknownAndIdleOptionsAreMentionedWithoutTheirValues) {
     EXPECT_TRUE(config.ssl->no_protection);
 }
 
+TEST(ServiceConfigFile, WhatFollowsAPassPhraseInItsLineIsNotNamed) {
+    const std::string remark =
+        "the.conf: an unknown SSL option in the line of a pass phrase has no effect; a pass phrase of "
+        "several "
+        "words needs quotes";
+    for (const char* option : {"-SSLPrivateKeyPasswd", "-SSLPassword"}) {
+        const ServiceConfig config =
+            Parse(std::string(kDirective) + "\"" + option +
+                  " my -secret -word too -SSLNoProtection '-third one'\n-SSLColour\"");
+        EXPECT_EQ(config.ssl->pass_phrase, "my");
+        EXPECT_TRUE(config.ssl->no_protection);
+        EXPECT_EQ(config.remarks, (std::vector<std::string>{
+                                      remark, remark, remark,
+                                      "the.conf: the SSL option -SSLColour is unknown and has no effect"}));
+        EXPECT_EQ(Options("\"" + std::string(option) + " 'my -secret'\"").pass_phrase, "my -secret");
+    }
+}
+
 TEST(ServiceConfigFile, OtherDirectivesAreSkipped) {
     EXPECT_FALSE(Parse("static Resource_Factory \"-ORBReactorType select_st\"\n").ssl);
     EXPECT_FALSE(Parse("# dynamic SSLIOP_Factory * \"-SSLNoProtection\"\n").ssl);
