@@ -1,8 +1,10 @@
 #include <ace/Arg_Shifter.h>
+#include <ace/OS_NS_stdlib.h>
 #include <ace/OS_NS_unistd.h>
 
 #include <array>
 
+#include "agent/argument_list.h"
 #include "agent/corbabaseagentconfig.h"
 #include "agent/owned_text.h"
 #include "logging/corbalogutil.h"
@@ -111,6 +113,8 @@ bool CorbaBaseAgentConfig::CorbaBaseAgentReConfig() {
     TaDebugWithPara(2, "[CorbaBaseAgentConfig::CorbaBaseAgentReConfig] CorbaAgentCmd is %s",
                     m_CorbaAgentCmd.c_str());
     strncpy_s(command.data(), command.size(), m_CorbaAgentCmd.c_str(), command.size() - 1);
+    m_argc = 0;
+    FreeArgumentList(m_argv);
     if (ACE_OS::string_to_argv(command.data(), m_argc, m_argv, true) == -1) {
         TA_POS;
         TaDebugWithPara(2, "[CorbaBaseAgentConfig::CorbaBaseAgentReConfig] string_to_argv failed!");
@@ -120,6 +124,17 @@ bool CorbaBaseAgentConfig::CorbaBaseAgentReConfig() {
     parse_args(kept, m_argv);
     m_argc = kept;
     return true;
+}
+
+void FreeArgumentList(char**& arguments) {
+    if (arguments == nullptr) {
+        return;
+    }
+    for (char** argument = arguments; *argument != nullptr; ++argument) {
+        ACE_OS::free(*argument);
+    }
+    delete[] arguments;
+    arguments = nullptr;
 }
 
 void CorbaBaseAgentConfig::parse_args(int& argc, char** argv) {

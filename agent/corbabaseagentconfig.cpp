@@ -1,10 +1,10 @@
 #include "agent/corbabaseagentconfig.h"
 
-#include <ace/OS_NS_stdlib.h>
 #include <openssl/crypto.h>
 #include <tao/ORBInitializer_Registry.h>
 #include <tao/PI/PI.h>
 
+#include "agent/argument_list.h"
 #include "agent/owned_text.h"
 #include "agent/singleton.h"
 #include "agent/worker.h"
@@ -46,12 +46,7 @@ CorbaBaseAgentConfig::~CorbaBaseAgentConfig() {
     delete[] m_nsIorFile;
     delete[] m_ntIorFile;
     delete[] ior_output_file_;
-    if (m_argv != nullptr) {
-        for (char** argument = m_argv; *argument != nullptr; ++argument) {
-            ACE_OS::free(*argument);
-        }
-        delete[] m_argv;
-    }
+    FreeArgumentList(m_argv);
     m_RootPOA = PortableServer::POA::_nil();
     m_ORB = CORBA::ORB::_nil();
 }

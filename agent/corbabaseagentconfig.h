@@ -61,8 +61,9 @@ class QV_API CorbaBaseAgentConfig {
     /// A new reference to the root POA, which the caller releases; nil before Init.
     PortableServer::POA* GetRootPoa();
 
-    int GetArgc();     ///< number of ORB arguments
-    char** GetArgv();  ///< the ORB arguments, which stay the singleton's; null before Init
+    int GetArgc();  ///< number of ORB arguments
+    /// The ORB arguments, which stay the singleton's until the next CorbaBaseAgentReConfig; null before Init.
+    char** GetArgv();
 
     /// A count of registered managers and modules. Nothing happens at zero, and it may go below. Any thread.
     /// @{
