@@ -45,7 +45,7 @@ NOT_MESSAGES = (
      "fills the gap in: The stored description of a … is damaged: …"),
     (r"services/notify/store/event_tables\.cpp", r"is not what was written", "as above"),
     (r"demo/agent/(account_manager|attribute_manager|page_iterator|event_manager|ems_session_servant|iterator_directory|"
-     r"session_factory_servant|session_directory)\.cpp", r"[^\[]", "told to the OSS as the reason of an exception"),
+     r"common_servant|session_factory_servant|session_directory)\.cpp", r"[^\[]", "told to the OSS as the reason of an exception"),
     (r"demo/agent/core/event_plan\.cpp", r"", "texts of the demo's alarms"),
     (r"logging/(notify_log_record|oper_log_record|parameter_text|log_records|value_printer|secret_masking)\.cpp",
      r"[^\[]", "parts of records, see operation-records.md"),
