@@ -2,12 +2,11 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <exception>
 #include <string>
 #include <vector>
 
 #include "orb/portability.h"
-#include "services/common/start_error.h"
+#include "services/common/version.h"
 #include "services/notify/program/check.h"
 #include "services/notify/program/notify_front.h"
 
@@ -21,17 +20,16 @@ int main(int argc, char** argv) {
             std::fputs(qv_notify::UsageText().c_str(), stdout);
             return 0;
         }
+        if (settings.version) {
+            std::fputs(qv_service::VersionText("Notify_Service").c_str(), stdout);
+            return 0;
+        }
         qv_orb::SetDiagnosticSink([](const std::string& line) { qv_notify::Tell(line); });
-        return settings.check ? qv_notify::CheckSetup(settings) : qv_notify::NotifyFront(settings).Run();
-    } catch (const qv_service::StartError& error) {
-        qv_notify::Tell(error.what());
-        return error.ExitCode();
-    } catch (const CORBA::Exception& error) {
-        qv_notify::Tell("An unexpected error ended the notification service: " +
-                        qv_orb::ExceptionText(error));
-        return qv_service::kExitFailure;
-    } catch (const std::exception& error) {
-        qv_notify::Tell(std::string("An unexpected error ended the notification service: ") + error.what());
-        return qv_service::kExitFailure;
+        if (settings.check) {
+            return qv_notify::CheckSetup(settings);
+        }
+        qv_notify::NotifyFront(settings).Run();
+    } catch (...) {
+        return qv_notify::TellFailure();
     }
 }

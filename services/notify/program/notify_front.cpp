@@ -11,6 +11,7 @@
 #include "orb/portability.h"
 #include "orb/request_hold.h"
 #include "services/common/listen_addresses.h"
+#include "services/common/operator_line.h"
 #include "services/common/service_manager.h"
 #include "services/common/ssl_profile.h"
 #include "services/common/start_error.h"
@@ -108,10 +109,21 @@ void End(CORBA::ORB_ptr orb, ServiceContext& service, NamingRegistration* regist
 }  // namespace
 
 void Tell(const std::string& sentence) {
-    const std::string line = "Notify_Service: " + sentence + "\n";
-    // One write per line, so that lines of several processes on one terminal stay whole. Nobody can be told
-    // of a failure here.
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    qv_service::WriteOperatorLine("Notify_Service", sentence);
+}
+
+int TellFailure() {
+    try {
+        throw;
+    } catch (const StartError& error) {
+        Tell(error.what());
+        return error.ExitCode();
+    } catch (const CORBA::Exception& error) {
+        Tell("An unexpected error ended the notification service: " + qv_orb::ExceptionText(error));
+    } catch (const std::exception& error) {
+        Tell(std::string("An unexpected error ended the notification service: ") + error.what());
+    }
+    return qv_service::kExitFailure;
 }
 
 void NotifyFront::CheckSurroundings() const {
@@ -129,7 +141,7 @@ void NotifyFront::CheckSurroundings() const {
     }
 }
 
-int NotifyFront::Run() {
+void NotifyFront::Run() {
     const sigset_t signals = EndingSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     signal(SIGPIPE, SIG_IGN);
@@ -142,27 +154,37 @@ int NotifyFront::Run() {
     LimitCalls(orb.in(), m_settings.call_timeout);
     ServiceContext service(orb.in(), store.get(), log, m_settings.limits);
 
+    try {
+        Serve(orb.in(), service, store.get(), hold);
+    } catch (...) {
+        // Clients may have reached what refers to the rest, so nothing is taken apart.
+        std::_Exit(TellFailure());
+    }
+}
+
+void NotifyFront::Serve(CORBA::ORB_ptr orb, ServiceContext& service, Store* store,
+                        std::optional<qv_orb::RequestHold>& hold) const {
     auto* const factory = new FactoryServant(service);
     const PortableServer::ServantBase_var count(factory);
-    const CORBA::Object_var object = qv_orb::PublishUnderKey(orb.in(), m_settings.factory_name, factory);
+    const CORBA::Object_var object = qv_orb::PublishUnderKey(orb, m_settings.factory_name, factory);
     const auto reference = CosNotifyChannelAdmin::EventChannelFactory_var(
         CosNotifyChannelAdmin::EventChannelFactory::_unchecked_narrow(object.in()));
     factory->SetReference(reference.in());
-    const FactoryServant::Restored restored = Restore(*factory, store.get());
+    const FactoryServant::Restored restored = Restore(*factory, store);
 
-    ServeRequests(orb.in());
+    ServeRequests(orb);
     hold.reset();
     const CORBA::String_var text = orb->object_to_string(reference.in());
-    Announce(text.in(), store.get(), restored);
+    Announce(text.in(), store, restored);
     std::optional<NamingRegistration> registration;
     if (m_settings.register_name) {
-        registration.emplace(orb.in(), reference.in(), m_settings.factory_name, log,
+        registration.emplace(orb, reference.in(), m_settings.factory_name, service.Log(),
                              NamingRegistration::Pauses{});
     }
 
-    WaitForSignal(log);
+    WaitForSignal(service.Log());
     qv_service::TellStopping();
-    End(orb.in(), service, registration ? &*registration : nullptr, store.get(), log);
+    End(orb, service, registration ? &*registration : nullptr, store, service.Log());
     // A client or the naming service may keep a thread; all that is to be kept is in the store.
     std::_Exit(0);
 }

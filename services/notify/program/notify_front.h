@@ -4,7 +4,9 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
+#include "orb/request_hold.h"
 #include "services/notify/program/command_line.h"
 #include "services/notify/servants/factory_servant.h"
 
@@ -17,14 +19,17 @@ class NotifyFront {
   public:
     explicit NotifyFront(Settings settings) : m_settings(std::move(settings)) {}
 
-    /// Returns the exit code of the process. Throws StartError for what went wrong before the service was up.
-    int Run();
+    /// Throws StartError for what goes wrong before there is anything that clients can reach. From then on it
+    /// tells what goes wrong itself, and ends the process in any case.
+    [[noreturn]] void Run();
 
   private:
     void CheckSurroundings() const;
     std::unique_ptr<Store> OpenStore() const;
     std::string Corbaloc() const;
     CORBA::ORB_ptr StartOrb() const;
+    [[noreturn]] void Serve(CORBA::ORB_ptr orb, ServiceContext& service, Store* store,
+                            std::optional<qv_orb::RequestHold>& hold) const;
     FactoryServant::Restored Restore(FactoryServant& factory, Store* store) const;
     void Announce(const std::string& reference, const Store* store,
                   const FactoryServant::Restored& restored) const;
@@ -34,5 +39,8 @@ class NotifyFront {
 
 /// Writes one line for the operator to standard error.
 void Tell(const std::string& sentence);
+
+/// Tells of the exception that is being handled. Returns the exit code that goes with it.
+int TellFailure();
 
 }  // namespace qv_notify

@@ -1,5 +1,6 @@
 // The program itself: its start, what can be in the way of it, and its end.
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -47,6 +48,9 @@ TEST_F(NotifyProgram, HelpsAndRefusesWithTheirExitCodes) {
     const RunResult help = qv_test::Run({QV_NOTIFY_SERVICE, "--help"});
     EXPECT_EQ(help.code, 0);
     EXPECT_THAT(help.out, HasSubstr("usage: Notify_Service"));
+    const RunResult version = qv_test::Run({QV_NOTIFY_SERVICE, "--version"});
+    EXPECT_EQ(version.code, 0);
+    EXPECT_THAT(version.out, testing::MatchesRegex("Notify_Service [0-9]+\\.[0-9]+\\.[0-9]+\n"));
     const RunResult wrong = qv_test::Run({QV_NOTIFY_SERVICE, "--nonsense"});
     EXPECT_EQ(wrong.code, 2);
     EXPECT_THAT(wrong.err, HasSubstr("--nonsense"));
@@ -176,6 +180,33 @@ TEST_F(NotifyProgram, SaysWhichDirectoryItCannotUse) {
 TEST_F(NotifyProgram, CannotWriteWhereItMayNot) {
     EXPECT_THAT(Refusal({"-u", "/proc/notify"}), HasSubstr("/proc/notify"));
     EXPECT_THAT(Refusal({"-u", "/proc/self"}), HasSubstr("/proc/self"));
+}
+
+// What is in the way shows when the service is up already and calls a consumer, which hangs.
+TEST_F(NotifyProgram, EndsAtOnceWhenItCantWriteItsReferenceAfterAll) {
+    NotifyServiceRun service;
+    const Channel channel(service, true);
+    const Hang hang;
+    const auto consumer = RecordingConsumer::Connect(channel.consumers.in(), hang.Hook());
+    const auto supplier = RecordingSupplier::Connect(channel.suppliers.in());
+    PushFromTo(*supplier, 1, 1);
+    service.Kill();
+
+    const std::string directory = std::filesystem::path(service.StoreFile()).parent_path();
+    const std::string ior = dir.File("ior");
+    const std::string config = dir.File("orb.conf");  // is read after the first look at the other files
+    ASSERT_EQ(mkfifo(config.c_str(), 0600), 0);
+    ChildProcess again(
+        Command({"-u", directory, "-IORoutput", ior, "-ORBSvcConf", config, "--call-timeout", "600000"},
+                service.Port()));
+    int fd = -1;
+    ASSERT_TRUE(WaitFor([&] { return (fd = open(config.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) >= 0; }))
+        << again.Err();
+    std::filesystem::create_directory(ior);
+    close(fd);
+    EXPECT_EQ(again.Wait(), 1);
+    EXPECT_THAT(again.Err(), AllOf(HasSubstr(ior), HasSubstr("cannot be written")));
+    EXPECT_EQ(again.Out(), "");
 }
 
 TEST_F(NotifyProgram, LeavesADamagedStoreAlone) {
