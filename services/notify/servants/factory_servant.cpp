@@ -4,7 +4,7 @@
 
 #include "services/notify/properties/admin_properties.h"
 #include "services/notify/servants/admin_parts.h"
-#include "services/notify/servants/filter_servant.h"
+#include "services/notify/servants/filter_factory_servant.h"
 #include "services/notify/servants/repository_ids.h"
 
 namespace qv_notify {
@@ -30,24 +30,57 @@ CosNotifyChannelAdmin::EventChannel_ptr FactoryServant::create_channel(
     state.admin = DefaultAdmin();
     ApplyQos(QosLevel::kChannel, initial_qos, m_service.CapabilitiesOf(true), state.qos);
     ApplyAdmin(initial_admin, state.admin);
+    EndHalfMade();
     state.id = m_service.NextNumber("channels");
 
     const auto channel = std::make_shared<ChannelNode>(m_service, state, IsKept(state.qos));
-    const std::lock_guard<std::mutex> channel_guard(channel->Mutex());
-    channel->Save();
-    Serve(channel->MakeAdmin(true, true));
-    Serve(channel->MakeAdmin(false, true));
-    Add(channel);
+    try {
+        const std::lock_guard<std::mutex> channel_guard(channel->Mutex());
+        Make(channel);
+    } catch (...) {
+        TakeBack(channel);
+        throw;
+    }
     id = state.id;
     const CORBA::Object_var object =
         m_service.Reference(channel->Path(), channel->Persistent(), kChannelType);
     return CosNotifyChannelAdmin::EventChannel::_unchecked_narrow(object.in());
 }
 
+void FactoryServant::Make(const std::shared_ptr<ChannelNode>& channel) {
+    channel->Save();
+    const std::shared_ptr<AdminNode> for_consumers = channel->MakeAdmin(true, true);
+    const std::shared_ptr<AdminNode> for_suppliers = channel->MakeAdmin(false, true);
+    Serve(for_consumers);
+    Serve(for_suppliers);
+    Add(channel);
+}
+
+void FactoryServant::TakeBack(const std::shared_ptr<ChannelNode>& channel) {
+    {
+        const std::lock_guard<std::mutex> guard(m_half_made_mutex);
+        m_half_made.push_back(channel);
+    }
+    try {
+        EndHalfMade();
+    } catch (const CORBA::SystemException&) {
+        // What was in the way of making it is so still. The next channel is made after this one has gone.
+    }
+}
+
+void FactoryServant::EndHalfMade() {
+    const std::lock_guard<std::mutex> guard(m_half_made_mutex);
+    while (!m_half_made.empty()) {
+        const std::shared_ptr<ChannelNode> channel = m_half_made.back();
+        const std::lock_guard<std::mutex> channel_guard(channel->Mutex());
+        channel->Destroy();
+        m_half_made.pop_back();
+    }
+}
+
 void FactoryServant::Add(const std::shared_ptr<ChannelNode>& channel) {
     ChannelServant::Origin origin{m_reference, [this](std::int32_t id) { Forget(id); }};
-    m_service.Activate(channel->Path() + "/ff", channel->Persistent(),
-                       new FilterFactoryServant(m_service, channel->Path(), channel->Persistent()));
+    m_service.Activate(channel->Path() + "/ff", channel->Persistent(), new FilterFactoryServant(channel));
     m_service.Activate(channel->Path(), channel->Persistent(),
                        new ChannelServant(channel, std::move(origin)));
     const std::lock_guard<std::mutex> guard(m_mutex);

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "services/notify/model/channel_node.h"
 #include "services/notify/servants/channel_servant.h"
@@ -19,13 +20,14 @@ class FactoryServant final : public POA_CosNotifyChannelAdmin::EventChannelFacto
 
     /// The reference under which the factory is published; before anything else.
     void SetReference(CosNotifyChannelAdmin::EventChannelFactory_ptr factory);
-    /// Brings back what was kept: filters, channels, admins, proxies, and the events that were not delivered.
-    /// Returns how many channels and events there are. Throws StoreError.
+    /// How much a restart has brought back.
     struct Restored {
         std::size_t channels = 0;
         std::size_t consumers = 0;
         std::size_t events = 0;
     };
+    /// Brings back what was kept: channels, filters, admins, proxies, and the events that were not delivered.
+    /// Returns how many channels and events there are. Throws StoreError.
     Restored Restore(Store& store);
 
     CosNotifyChannelAdmin::EventChannel_ptr create_channel(
@@ -38,6 +40,9 @@ class FactoryServant final : public POA_CosNotifyChannelAdmin::EventChannelFacto
     std::vector<std::shared_ptr<ChannelNode>> Channels() const;
 
   private:
+    void Make(const std::shared_ptr<ChannelNode>& channel);
+    void TakeBack(const std::shared_ptr<ChannelNode>& channel);
+    void EndHalfMade();
     void Add(const std::shared_ptr<ChannelNode>& channel);
     void Forget(std::int32_t id);
 
@@ -46,6 +51,9 @@ class FactoryServant final : public POA_CosNotifyChannelAdmin::EventChannelFacto
 
     mutable std::mutex m_mutex;
     std::map<std::int32_t, std::shared_ptr<ChannelNode>> m_channels;
+
+    std::mutex m_half_made_mutex;                           // taken before a channel's
+    std::vector<std::shared_ptr<ChannelNode>> m_half_made;  // nobody knows them, but the store may
 };
 
 }  // namespace qv_notify

@@ -1,5 +1,8 @@
+#include "services/notify/servants/filter_factory_servant.h"
+
 #include <algorithm>
 #include <array>
+#include <mutex>
 
 #include "services/notify/servants/filter_servant.h"
 #include "services/notify/servants/node_servant.h"
@@ -15,23 +18,31 @@ CosNotifyFilter::Filter_ptr FilterFactoryServant::create_filter(const char* cons
     if (!KnownGrammar(constraint_grammar)) {
         throw CosNotifyFilter::InvalidGrammar();
     }
-    const std::int32_t id = m_service.NextNumber("filters");
-    const auto body = std::make_shared<FilterBody>(id, m_channel + "/f" + std::to_string(id), m_persistent);
-    auto* servant = new FilterServant(m_service, body, constraint_grammar, 1);
+    // What is kept of a filter while its channel ends would have no channel at the next start.
+    const std::lock_guard<std::mutex> channel_guard(m_channel->Mutex());
+    if (!m_channel->Alive()) {
+        throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
+    }
+    ServiceContext& service = m_channel->Service();
+    const bool kept = m_channel->Persistent();
+    const std::int32_t id = service.NextNumber("filters");
+    const auto body = std::make_shared<FilterBody>(id, m_channel->Path() + "/f" + std::to_string(id), kept);
+    auto* servant = new FilterServant(m_channel, body, constraint_grammar, 1);
     const PortableServer::ServantBase_var count(servant);
     servant->Save();
-    m_service.AddFilter(body);
+    service.AddFilter(body);
     servant->_add_ref();
-    m_service.Activate(body->Path(), m_persistent, servant);
-    return ReferToFilter(m_service, *body);
+    service.Activate(body->Path(), kept, servant);
+    return ReferToFilter(service, *body);
 }
 
 CosNotifyFilter::MappingFilter_ptr FilterFactoryServant::create_mapping_filter(const char*,
                                                                                const CORBA::Any&) {
-    RaiseNotOffered(m_service, "create_mapping_filter");
+    RaiseNotOffered(m_channel->Service(), "create_mapping_filter");
 }
 
-void RestoreFilter(ServiceContext& service, const std::string& path, const FilterState& state) {
+void RestoreFilter(const std::shared_ptr<ChannelNode>& channel, const std::string& path,
+                   const FilterState& state) {
     FilterBody::Constraints constraints;
     for (const ConstraintState& kept : state.constraints) {
         try {
@@ -43,8 +54,9 @@ void RestoreFilter(ServiceContext& service, const std::string& path, const Filte
     }
     const auto body = std::make_shared<FilterBody>(state.id, path, true);
     body->Set(std::move(constraints));
+    ServiceContext& service = channel->Service();
     service.AddFilter(body);
-    service.Activate(path, true, new FilterServant(service, body, state.grammar, state.next_constraint_id));
+    service.Activate(path, true, new FilterServant(channel, body, state.grammar, state.next_constraint_id));
 }
 
 }  // namespace qv_notify

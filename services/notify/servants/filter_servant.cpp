@@ -61,9 +61,9 @@ std::vector<EventTypeName> TypesOf(const FilterBody::Constraints& constraints) {
 
 }  // namespace
 
-FilterServant::FilterServant(ServiceContext& service, std::shared_ptr<FilterBody> body, std::string grammar,
-                             std::int32_t next_constraint_id)
-    : m_service(service),
+FilterServant::FilterServant(std::shared_ptr<ChannelNode> channel, std::shared_ptr<FilterBody> body,
+                             std::string grammar, std::int32_t next_constraint_id)
+    : m_channel(std::move(channel)),
       m_body(std::move(body)),
       m_grammar(std::move(grammar)),
       m_next_constraint_id(next_constraint_id) {}
@@ -81,10 +81,12 @@ void FilterServant::Keep(const Constraints& constraints) const {
     for (const FilterConstraint& constraint : constraints) {
         state.constraints.push_back({constraint.id, constraint.types, constraint.expression->Text()});
     }
-    m_service.Keep(m_body->Kept(), m_body->Path(), Text(state));
+    Service().Keep(m_body->Kept(), m_body->Path(), Text(state));
 }
 
 void FilterServant::Set(Constraints constraints) {
+    // Its end, which comes with the channel's, is not to be overtaken by what is kept here.
+    const std::lock_guard<std::mutex> channel_guard(m_channel->Mutex());
     if (m_body->Destroyed()) {
         throw CORBA::OBJECT_NOT_EXIST(0, CORBA::COMPLETED_NO);
     }
@@ -97,6 +99,9 @@ void FilterServant::Set(Constraints constraints) {
 CosNotifyFilter::ConstraintInfoSeq* FilterServant::add_constraints(
     const CosNotifyFilter::ConstraintExpSeq& constraint_list) {
     const std::lock_guard<std::mutex> guard(m_mutex);
+    if (m_body->Get()->size() + constraint_list.length() > kMaxConstraints) {
+        throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
+    }
     Constraints added;
     for (CORBA::ULong i = 0; i < constraint_list.length(); ++i) {
         added.push_back(Parse(m_next_constraint_id + static_cast<std::int32_t>(i), constraint_list[i]));
@@ -144,10 +149,10 @@ void FilterServant::remove_all_constraints() {
 
 void FilterServant::destroy() {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_service.Forget(m_body->Kept(), m_body->Path());
+    Service().Forget(m_body->Kept(), m_body->Path());
     m_body->Destroy();
-    m_service.RemoveFilter(m_body->Path());
-    m_service.Deactivate(m_body->Path(), m_body->Kept());
+    Service().RemoveFilter(m_body->Path());
+    Service().Deactivate(m_body->Path(), m_body->Kept());
 }
 
 CORBA::Boolean FilterServant::match(const CORBA::Any& filterable_data) {
@@ -178,7 +183,7 @@ CosNotifyFilter::CallbackID FilterServant::attach_callback(CosNotifyComm::Notify
     }
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_callbacks[m_next_callback_id] = {CosNotifyComm::NotifySubscribe::_duplicate(callback),
-                                       std::make_shared<ClientNotices>(m_service.DeliveryPool())};
+                                       std::make_shared<ClientNotices>(Service().DeliveryPool())};
     return m_next_callback_id++;
 }
 

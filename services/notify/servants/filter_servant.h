@@ -8,19 +8,19 @@
 #include <mutex>
 #include <string>
 
-#include "services/notify/model/service_context.h"
+#include "services/notify/model/channel_node.h"
 #include "services/notify/model/supplier_port.h"
 
 namespace qv_notify {
 
-/// The grammars that filters can be made for: the extended one of the notification service, and the trader's,
-/// which is a part of it.
-bool KnownGrammar(const std::string& grammar);
-
-/// A filter of the default grammar. Any thread may call.
+/// A filter of the default grammar, which ends with its channel. Any thread may call.
 class FilterServant : public POA_CosNotifyFilter::Filter {
   public:
-    FilterServant(ServiceContext& service, std::shared_ptr<FilterBody> body, std::string grammar,
+    /// A filter may have so many constraints: each event is held against them, and an answer holds them all.
+    /// One more raises CORBA::IMP_LIMIT.
+    static constexpr std::size_t kMaxConstraints = 10000;
+
+    FilterServant(std::shared_ptr<ChannelNode> channel, std::shared_ptr<FilterBody> body, std::string grammar,
                   std::int32_t next_constraint_id);
 
     char* constraint_grammar() override;
@@ -40,7 +40,7 @@ class FilterServant : public POA_CosNotifyFilter::Filter {
     void detach_callback(CosNotifyFilter::CallbackID callback) override;
     CosNotifyFilter::CallbackIDSeq* get_callbacks() override;
 
-    /// Writes down what there is of it.
+    /// Writes down what there is of it. The channel's mutex is held.
     void Save() const;
 
   private:
@@ -54,33 +54,16 @@ class FilterServant : public POA_CosNotifyFilter::Filter {
     void Set(Constraints constraints);
     void TellCallbacks(const Constraints& before, const Constraints& after);
 
-    ServiceContext& m_service;
+    ServiceContext& Service() const { return m_channel->Service(); }
+
+    const std::shared_ptr<ChannelNode> m_channel;
     const std::shared_ptr<FilterBody> m_body;
     const std::string m_grammar;
 
-    mutable std::mutex m_mutex;  // guards the changes of the body, too
+    mutable std::mutex m_mutex;  // guards the changes of the body, too; taken before the channel's
     std::int32_t m_next_constraint_id;
     CosNotifyFilter::CallbackID m_next_callback_id = 1;
     std::map<CosNotifyFilter::CallbackID, Callback> m_callbacks;
 };
-
-/// The default filter factory of a channel. Any thread may call.
-class FilterFactoryServant : public POA_CosNotifyFilter::FilterFactory {
-  public:
-    FilterFactoryServant(ServiceContext& service, std::string channel, bool persistent)
-        : m_service(service), m_channel(std::move(channel)), m_persistent(persistent) {}
-
-    CosNotifyFilter::Filter_ptr create_filter(const char* constraint_grammar) override;
-    CosNotifyFilter::MappingFilter_ptr create_mapping_filter(const char* constraint_grammar,
-                                                             const CORBA::Any& default_value) override;
-
-  private:
-    ServiceContext& m_service;
-    const std::string m_channel;
-    const bool m_persistent;
-};
-
-/// Brings back a filter that was kept. Throws StoreError for a constraint that can't be read any more.
-void RestoreFilter(ServiceContext& service, const std::string& path, const FilterState& state);
 
 }  // namespace qv_notify

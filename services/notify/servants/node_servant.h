@@ -61,6 +61,9 @@ void SetOwnQos(Node& node, PropertyValues qos) {
     node.SetData(std::move(data));
 }
 
+/// So many filters may be attached to an admin or a proxy: each event is held against them.
+constexpr std::size_t kMaxFilters = 1000;
+
 /// A servant of an object that a node stands for, with the operations of CosNotification::QoSAdmin. An
 /// operation that comes when the object has ended raises CORBA::OBJECT_NOT_EXIST.
 template <class Skeleton, class Node, QosLevel kLevel>
@@ -118,7 +121,8 @@ class FilteringServant : public NodeServant<Skeleton, Node, kLevel> {
     using NodeServant<Skeleton, Node, kLevel>::NodeServant;
 
     /// Only filters that a factory of this service made can be used, and by what is kept only those that are
-    /// kept as well; for others CORBA::NO_IMPLEMENT is raised.
+    /// kept as well; for others CORBA::NO_IMPLEMENT is raised. One more than kMaxFilters raises
+    /// CORBA::IMP_LIMIT.
     CosNotifyFilter::FilterID add_filter(CosNotifyFilter::Filter_ptr new_filter) override {
         if (CORBA::is_nil(new_filter)) {
             throw CORBA::BAD_PARAM(0, CORBA::COMPLETED_NO);
@@ -133,7 +137,12 @@ class FilteringServant : public NodeServant<Skeleton, Node, kLevel> {
             RaiseNotOffered(this->Service(), "add_filter with a filter of a channel that is not kept");
         }
         CosNotifyFilter::FilterID id = 0;
-        Change([&](FilterLinks& links) { id = links.Add(std::move(filter)); });
+        Change([&](FilterLinks& links) {
+            if (links.Ids().size() >= kMaxFilters) {
+                throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
+            }
+            id = links.Add(std::move(filter));
+        });
         return id;
     }
 

@@ -5,7 +5,7 @@
 
 #include "services/notify/servants/admin_parts.h"
 #include "services/notify/servants/factory_servant.h"
-#include "services/notify/servants/filter_servant.h"
+#include "services/notify/servants/filter_factory_servant.h"
 
 namespace qv_notify {
 
@@ -52,17 +52,16 @@ using Nodes = std::vector<StoredObject>;
 
 class Restorer {
   public:
-    Restorer(ServiceContext& service, const Nodes& objects) : m_service(service), m_objects(objects) {}
+    Restorer(ServiceContext& service, Store& store, const Nodes& objects)
+        : m_service(service), m_store(store), m_objects(objects) {}
 
-    // Filters come first: admins and proxies of any channel may use them.
+    // Filters come before admins and proxies, which may use those of any channel.
     void Run() {
-        ForEach(Kind::kFilter, [this](const StoredObject& object) {
-            RestoreFilter(m_service, object.path, ReadFilter(object.description));
-        });
         ForEach(Kind::kChannel, [this](const StoredObject& object) {
             channels[object.path] =
                 std::make_shared<ChannelNode>(m_service, ReadChannel(object.description), true);
         });
+        ForEach(Kind::kFilter, [this](const StoredObject& object) { TakeFilter(object); });
         ForEach(Kind::kAdmin, [this](const StoredObject& object) { TakeAdmin(object); });
         ForEach(Kind::kProxy, [this](const StoredObject& object) { TakeProxy(object); });
     }
@@ -79,6 +78,15 @@ class Restorer {
                 work(object);
             }
         }
+    }
+
+    void TakeFilter(const StoredObject& object) {
+        const auto channel = channels.find(Parent(object.path));
+        if (channel == channels.end()) {
+            m_store.Remove(object.path);  // it ended with its channel
+            return;
+        }
+        RestoreFilter(channel->second, object.path, ReadFilter(object.description));
     }
 
     void TakeAdmin(const StoredObject& object) {
@@ -98,6 +106,7 @@ class Restorer {
     }
 
     ServiceContext& m_service;
+    Store& m_store;
     const Nodes& m_objects;
 };
 
@@ -120,7 +129,7 @@ FactoryServant::Restored FactoryServant::Restore(Store& store) {
     Restored restored;
     const bool in_order = store.TakeOrderlyEnd();
     const std::vector<StoredObject> objects = store.Objects();
-    Restorer restorer(m_service, objects);
+    Restorer restorer(m_service, store, objects);
     restorer.Run();
     for (const auto& [path, admin] : restorer.admins) {
         admin->Refresh();

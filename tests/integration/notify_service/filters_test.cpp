@@ -138,6 +138,28 @@ TEST_F(Filters, WhatIsWrongChangesNothing) {
     EXPECT_STREQ(all.in()[0].constraint_expression.constraint_expr.in(), "$number == 1");
 }
 
+TEST_F(Filters, TakeSoManyConstraintsAndNoMore) {
+    const auto filter = Make({"$number == 1"});
+    filter->add_constraints(Constraints(std::vector<const char*>(9999, "$number == 2")));
+    EXPECT_THROW(filter->add_constraints(Constraints({"$number == 3"})), CORBA::IMP_LIMIT);
+    const CosNotifyFilter::ConstraintInfoSeq_var all = filter->get_all_constraints();
+    EXPECT_EQ(all->length(), 10000U);
+    filter->remove_all_constraints();
+    filter->add_constraints(Constraints({"$number == 3"}));
+}
+
+TEST_F(Filters, AreUsedInSuchNumbersAndNoMore) {
+    const auto filter = Make({"$number == 1"});
+    for (int i = 0; i < 1000; ++i) {
+        consumer->Proxy()->add_filter(filter.in());
+    }
+    EXPECT_THROW(consumer->Proxy()->add_filter(filter.in()), CORBA::IMP_LIMIT);
+    const CosNotifyFilter::FilterIDSeq_var ids = consumer->Proxy()->get_all_filters();
+    EXPECT_EQ(ids->length(), 1000U);
+    consumer->Proxy()->remove_filter(ids.in()[0]);
+    consumer->Proxy()->add_filter(filter.in());
+}
+
 TEST_F(Filters, MatchEventsForWhoeverAsks) {
     const auto filter = Make({"$number == 1"});
     EXPECT_TRUE(filter->match_structured(EventOf("NT_ALARM", 1)));
