@@ -107,6 +107,23 @@ TEST_F(Restart, EventsForAConsumerThatHangsAreDeliveredAfterwards) {
     EXPECT_EQ(numbers, NumbersFromTo(1, 50));
 }
 
+// They are alike to the last octet, and none of them repeats a push that was not answered.
+TEST_F(Restart, HeartbeatsGoOn) {
+    const Channel channel(service, true);
+    const auto consumer = RecordingConsumer::Connect(channel.consumers.in());
+    const auto supplier = RecordingSupplier::Connect(channel.suppliers.in());
+    for (int i = 0; i < 3; ++i) {
+        supplier->Push(EventOf("NT_HEARTBEAT", 1));
+    }
+    ASSERT_TRUE(consumer->WaitForCount(3));
+    KillAndStart(channel.channel.in());
+    for (int i = 0; i < 3; ++i) {
+        supplier->PushUntilTaken(EventOf("NT_HEARTBEAT", 1));
+    }
+    EXPECT_TRUE(consumer->WaitForCount(6)) << service.Said();
+    EXPECT_EQ(TimesSaid(service, "pushed an event again"), 0U);
+}
+
 TEST_F(Restart, NothingIsLostBetweenOneSupplierAndItsConsumers) {
     const Channel channel(service, true);
     const auto one = RecordingConsumer::Connect(channel.consumers.in());
