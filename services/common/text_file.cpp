@@ -105,6 +105,15 @@ void RequireWritable(const std::string& path, const std::string& purpose) {
     }
 }
 
+void RequireWritableFolder(const std::string& folder, const std::string& purpose) {
+    const Temporary temporary(folder + "/probe");
+    if (temporary.Reason() != 0) {
+        throw StartError("The folder " + fs::absolute(folder).string() + " for " + purpose +
+                         " cannot be written: " + std::strerror(temporary.Reason()) +
+                         ". Run this as the folder's owner, or correct its rights or the space on its disk.");
+    }
+}
+
 void ReplaceTextFile(const std::string& path, const std::string& text, const std::string& purpose) {
     Temporary temporary(path);
     temporary.Write(text);

@@ -101,6 +101,8 @@ void ParseOption(const std::string& option, TaoArguments& arguments, Settings& s
         settings.data_directory = arguments.ValueOf(option);
     } else if (option == "-h" || option == "-?" || option == "--help") {
         settings.help = true;
+    } else if (option == "--version") {
+        settings.version = true;
     } else {
         arguments.PassOver(option, kUnusedOptions, settings.ignored);
     }
@@ -115,7 +117,7 @@ Settings ParseCommandLine(const std::vector<std::string>& list) {
         const std::string option = arguments.Next();
         ParseOption(option, arguments, settings);
     }
-    if (!settings.help && settings.port == 0) {
+    if (!settings.help && !settings.version && settings.port == 0) {
         arguments.Refuse("The option \"-ORBEndpoint iiop://HOST:PORT\" is missing.");
     }
     if (settings.ssl_port != 0 && settings.ssl_profile.empty()) {
@@ -154,6 +156,7 @@ std::string UsageText() {
            "is set\n"
            "  -p FILE         write the process id to FILE\n"
            "  -h              print this text\n"
+           "  --version       print the version\n"
            "\n"
            "Other options of TAO's Naming_Service are accepted; one that has no effect here is reported.\n"
            "$QV_OMNINAMES names the omniNames to run when it is not found on the path.\n";

@@ -20,6 +20,7 @@ struct Settings {
     std::string data_directory;        // "-u", empty when absent
     std::vector<std::string> ignored;  // one sentence per option that has no counterpart here
     bool help = false;
+    bool version = false;
 };
 
 /// Reads the arguments that follow the program's name.

@@ -50,7 +50,7 @@ DataDirectory::DataDirectory(fs::path directory, std::chrono::milliseconds patie
     Create();
     Lock(patience);
     try {
-        RequireWritable(directory_ / "probe", "the bindings of the naming service");
+        RequireWritableFolder(directory_, "the bindings of the naming service");
     } catch (...) {
         close(lock_);
         throw;

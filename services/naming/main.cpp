@@ -6,9 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "services/common/start_error.h"
+#include "services/common/version.h"
 #include "services/naming/command_line.h"
 #include "services/naming/naming_front.h"
-#include "services/common/start_error.h"
 
 int main(int argc, char** argv) {
     // Sockets of the process that started this one must not stay open in here and in the name server.
@@ -18,6 +19,10 @@ int main(int argc, char** argv) {
         const qv_naming::Settings settings = qv_naming::ParseCommandLine(arguments);
         if (settings.help) {
             std::fputs(qv_naming::UsageText().c_str(), stdout);
+            return 0;
+        }
+        if (settings.version) {
+            std::fputs(qv_service::VersionText("Naming_Service").c_str(), stdout);
             return 0;
         }
         return qv_naming::NamingFront(settings).Run();

@@ -137,6 +137,8 @@ void ReadOption(const std::string& option, Arguments& arguments, Settings& setti
         settings.check = true;
     } else if (option == "-h" || option == "-?" || option == "--help") {
         settings.help = true;
+    } else if (option == "--version") {
+        settings.version = true;
     } else if (!ReadLimit(option, arguments, settings)) {
         arguments.PassOver(option, kUnusedOptions, settings.ignored);
     }
@@ -196,6 +198,7 @@ std::string UsageText() {
            "                         consumers of persistent channels are never given up\n"
            "  --check                check the set-up, say what is wrong with it, and end\n"
            "  --help                 print this text\n"
+           "  --version              print the version\n"
            "\n"
            "Other options of TAO's Notify_Service are accepted; one that has no effect here is reported.\n";
 }

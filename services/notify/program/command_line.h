@@ -28,6 +28,7 @@ struct Settings {
     ServiceLimits limits;
     bool check = false;
     bool help = false;
+    bool version = false;
     std::vector<std::string> ignored;  ///< one sentence per option that has no counterpart here
 };
 

@@ -34,7 +34,7 @@ fs::path PrepareStoreFile(const fs::path& directory) {
         throw StartError("The directory " + directory.string() + " for persistent channels cannot be made: " +
                          error.message() + ". Correct the path or its rights, or name another with \"-u\".");
     }
-    qv_service::RequireWritable(directory / "probe", "persistent channels");
+    qv_service::RequireWritableFolder(directory, "persistent channels");
     return directory / "notify.db";
 }
 

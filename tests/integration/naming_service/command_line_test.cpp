@@ -99,6 +99,7 @@ TEST(NamingCommandLine, NamesTheOptionWithoutValue) {
 TEST(NamingCommandLine, NeedsAnEndpointUnlessHelpIsWanted) {
     EXPECT_THAT(Refusal({}), HasSubstr("-ORBEndpoint iiop://HOST:PORT"));
     EXPECT_TRUE(ParseCommandLine({"-h"}).help);
+    EXPECT_TRUE(ParseCommandLine({"--version"}).version);
 }
 
 TEST(NamingCommandLine, CollectsOptionsWithoutCounterpart) {

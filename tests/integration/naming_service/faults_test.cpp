@@ -140,6 +140,15 @@ TEST_F(DamagedBindings, LineOfGarbageIsRefusedAndNothingChanged) {
     EXPECT_THAT(m_run.Service().Err(), HasSubstr("omninames.dat is damaged at line "));
     EXPECT_EQ(ReadFile(m_run.BindingFile()), damaged);
 
+    const std::string backup = m_run.DataDir() + "/omninames.bak";
+    std::ofstream(backup) << m_good;
+    EXPECT_EQ(m_run.Start().Wait(), 1);
+    EXPECT_THAT(m_run.Service().Err(),
+                HasSubstr("Put a good copy in its place, such as " + backup + ", or move"));
+    std::filesystem::remove(backup);
+    EXPECT_EQ(m_run.Start().Wait(), 1);
+    EXPECT_THAT(m_run.Service().Err(), HasSubstr("Put a good copy in its place, or move it away"));
+
     Replace(m_good);
     ASSERT_TRUE(m_run.StartAndWait());
     EXPECT_THAT(m_run.Client({"list"}).out, AllOf(HasSubstr("one/"), HasSubstr("two/"), HasSubstr("three/")));

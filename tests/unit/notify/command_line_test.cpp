@@ -183,6 +183,7 @@ TEST(NotifyCommandLine, HelpsInThreeSpellings) {
     for (const char* option : {"-h", "-?", "--help"}) {
         EXPECT_TRUE(ParseCommandLine({option}).help);
     }
+    EXPECT_TRUE(ParseCommandLine({"--version"}).version);
 }
 
 TEST(NotifyCommandLine, TheUsageNamesEachOption) {
@@ -190,7 +191,7 @@ TEST(NotifyCommandLine, TheUsageNamesEachOption) {
     for (const char* option :
          {"-ORBEndpoint", "-ORBInitRef", "-ORBSvcConf", "-Factory", "-IORoutput", "-NoNameSvc", "-u DIR",
           "-p FILE", "--consumer-queue", "--channel-queue", "--channel-memory", "--threads", "--call-timeout",
-          "--give-up-after", "--check", "--help", "QV_NOTIFY_DATA"}) {
+          "--give-up-after", "--check", "--help", "--version", "QV_NOTIFY_DATA"}) {
         EXPECT_THAT(usage, HasSubstr(option));
     }
 }

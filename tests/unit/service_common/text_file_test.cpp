@@ -79,4 +79,18 @@ TEST_F(TextFile, SaysWhatIsInTheWayAndLeavesNothingBehind) {
     EXPECT_THROW(ReplaceTextFile(dir.File("none/text"), "text", "a test"), StartError);
 }
 
+TEST_F(TextFile, NamesTheFolderThatNothingCanBeMadeIn) {
+    RequireWritableFolder(dir.str(), "a test");
+    EXPECT_EQ(Entries(), 0U);
+    try {
+        RequireWritableFolder(dir.File("none"), "a test");
+        ADD_FAILURE() << "a file was made in a folder that isn't there";
+    } catch (const StartError& error) {
+        EXPECT_EQ(error.ExitCode(), kExitFailure);
+        EXPECT_THAT(error.what(),
+                    HasSubstr("The folder " + dir.File("none") + " for a test cannot be written: "));
+        EXPECT_THAT(error.what(), Not(HasSubstr("probe")));
+    }
+}
+
 }  // namespace
