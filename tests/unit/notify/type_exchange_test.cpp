@@ -6,6 +6,8 @@
 #include <chrono>
 #include <string>
 
+#include "services/notify/store/description.h"
+
 namespace {
 
 using qv_notify::EventTypeName;
