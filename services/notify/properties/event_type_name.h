@@ -10,4 +10,8 @@ struct EventTypeName {
     std::string type;
 };
 
+inline bool operator==(const EventTypeName& left, const EventTypeName& right) {
+    return left.domain == right.domain && left.type == right.type;
+}
+
 }  // namespace qv_notify

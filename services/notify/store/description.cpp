@@ -82,10 +82,6 @@ auto Members(const FilterState& state) {
 
 }  // namespace
 
-bool operator==(const EventTypeName& left, const EventTypeName& right) {
-    return left.domain == right.domain && left.type == right.type;
-}
-
 bool operator==(const FilterLinkState& left, const FilterLinkState& right) {
     return left.local_id == right.local_id && left.filter_id == right.filter_id && left.ior == right.ior;
 }

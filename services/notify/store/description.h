@@ -61,7 +61,6 @@ struct FilterState {
     std::int32_t next_constraint_id = 0;
 };
 
-bool operator==(const EventTypeName& left, const EventTypeName& right);
 bool operator==(const FilterLinkState& left, const FilterLinkState& right);
 bool operator==(const ChannelState& left, const ChannelState& right);
 bool operator==(const AdminState& left, const AdminState& right);
