@@ -70,18 +70,23 @@ constexpr Setting kAgentSettings[] = {
            "5000"),
     Port(kNaming, "NamingService_Port", "12001", 1, "Port of the naming service for plain IIOP.", "22801"),
     Port(kNaming, "NamingService_SSLPort", "22001", 0, "Port of the naming service for SSL.", "22802"),
-    Port(kNotify, "NotifyService_Port", "12002", 1, "Port of the notification service for plain IIOP.",
-         "22803"),
-    Port(kNotify, "NotifyService_SSLPort", "22002", 0, "Port of the notification service for SSL.", "22804"),
+    Port(kNotify, "NotifyService_Port", "12002", 1,
+         "Port for plain IIOP that NotifyService_AutoStart gives the notification service.", "22803"),
+    Port(kNotify, "NotifyService_SSLPort", "22002", 0,
+         "Port for SSL that NotifyService_AutoStart gives the notification service.", "22804"),
     Port(kAgent, "CORBAAgent_Port", "12003", 0,
          "Port on which the agent listens for plain IIOP. References that OSSs keep hold it, so it should "
          "not change.",
          "22805"),
-    Port(kAgent, "CORBAAgent_SSLPort", "0", 0, "Port on which the agent listens for SSL.", "22806"),
+    Port(kAgent, "CORBAAgent_SSLPort", "0", 0,
+         "Port on which the agent listens for SSL. 0: a new one at each start; set it with SSLMode 1.",
+         "22806"),
     Flag(kNaming, "NamingService_AutoStart", "0",
-         "Start the naming service with the agent and end it with the agent."),
+         "Start the naming service with the agent and end it with the agent. The program is looked for in "
+         "cbb/nbi/nbicbb_3p/share/bin beside env_root."),
     Flag(kNotify, "NotifyService_AutoStart", "0",
-         "Start the notification service with the agent and end it with the agent."),
+         "Start the notification service with the agent and end it with the agent. The program is looked for "
+         "in cbb/nbi/nbicbb_3p/share/bin beside env_root."),
     Number(kOrb, "SSLMode", "0", 0, 1, "", "Transport: 0 plain IIOP, 1 SSL.", "1"),
     Text(kEms, "IDLVersion", "2.0", "Version of the interface; part of the session factory's name.",
          "\"3.5\""),
@@ -102,7 +107,8 @@ constexpr Setting kAgentSettings[] = {
     Text(kNotify, "NotifyService_Name", "Notify_Service",
          "File name of the program that is started as notification service.", "\"Notify_Service\""),
     Text(kNotify, "NotifyService_Host", "localhost",
-         "Host of the notification service. \"localhost\" and \"127.0.0.1\" stand for the name of this node.",
+         "Host that NotifyService_AutoStart has the notification service listen on. \"localhost\" and "
+         "\"127.0.0.1\" stand for the name of this node.",
          "\"nt.example.net\""),
     Text(kNotify, "NotifyService_Option", "-ORBSvcConf ../notify.conf",
          "Further arguments of the notification service. Relative paths count from its own directory.",
@@ -130,7 +136,8 @@ constexpr Setting kAgentSettings[] = {
          "\"/etc/agent/ssl.conf\""),
     Text(kOrb, "NON_Profile", "", "ORB service configuration file without SSL.", "\"/etc/agent/plain.conf\""),
     Flag(kLogs, "IsInterceptorEnabled", "0",
-         "Count the calls of each operation, in the file CORBAAgentStatisticInfo.dat beside the logs."),
+         "Count the calls of each operation, in the file CORBAAgentStatisticInfo.dat beside the logs. Each "
+         "request rewrites that file, which is dear."),
     Flag(kSessions, "ShakeHandWithOSS", "1", "Ping each OSS and end the session of one that doesn't answer."),
     Number(kSessions, "StrategyOfReleasingSession", "1", 0, kMaxInt, "",
            "What happens when all sessions are taken and another OSS logs in: 1 ends the oldest session, any "
@@ -154,10 +161,12 @@ constexpr Setting kAgentSettings[] = {
 };
 
 constexpr Setting kPlatformSettings[] = {
-    Platform(kPlaces, "env_root", ValueType::kText, "", 0, 0, "",
-             "Root of the installation; the companion services are looked for below it. The environment "
-             "variable QV_ENV_ROOT goes before it. A relative path counts from this file's directory.",
-             "\"/opt/agent/root\""),
+    Platform(
+        kPlaces, "env_root", ValueType::kText, "", 0, 0, "",
+        "Root of the installation; companion services that the agent starts are looked for beside it, in "
+        "../cbb/nbi/nbicbb_3p/share/bin from it. The environment variable QV_ENV_ROOT goes before it. A "
+        "relative path counts from this file's directory.",
+        "\"/opt/agent/root\""),
     Platform(kPlaces, "cfg_dir", ValueType::kText, "", 0, 0, "",
              "Directory of the configuration files. The environment variable QV_CFG_DIR goes before it. A "
              "relative path counts from this file's directory.",
@@ -189,7 +198,8 @@ constexpr Setting kPlatformSettings[] = {
         "The node stands behind a virtual server address, so that its own address must not be preferred.",
         "true"),
     Platform(kNode, "oss_addresses", ValueType::kTextList, "", 0, 0, "",
-             "Addresses or host names of the OSSs that may call. An empty list names none.",
+             "Addresses or host names of the OSSs that may call. Empty: everybody may call. Enforced by the "
+             "bundle.",
              "[\"192.0.2.20\", \"oss.example.net\"]"),
 };
 
