@@ -105,8 +105,11 @@ TEST_F(SslProfileCheck, WhatTheOrbRefusesIsAnError) {
 TEST_F(SslProfileCheck, OptionsThatDoNothingAreTold) {
     const std::string text = ProfileText(m_options);
     std::string odd = text;
-    odd.insert(text.find("-SSLAuthenticate"), "-SSLunknown x ");
+    odd.insert(text.find("-SSLPrivateKeyPasswd"), "-SSLunknown x ");
     EXPECT_THAT(Troubles(CheckText(odd)), ElementsAre(Warning("option", "-SSLunknown is unknown")));
+    odd = text;
+    odd.insert(text.find("-SSLAuthenticate"), "-SSLunknown x ");
+    EXPECT_THAT(Troubles(CheckText(odd)), ElementsAre(Warning("option", "an unknown SSL option in the line")));
 }
 
 TEST_F(SslProfileCheck, WeakSettingsAreTold) {
