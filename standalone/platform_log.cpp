@@ -2,19 +2,17 @@
 
 #include "platform/bundle_mgr.h"
 #include "platform/log_service.h"
+#include "standalone/registry.h"
 #include "standalone/report.h"
 
 namespace qv_standalone {
 namespace {
 
-constexpr const char* kBundle = "qv_platform_bundle";
-constexpr const char* kService = "LogSvcInterface";
-
 NS_LOG_SERVICE1::LogSvcInterface* FindLogService() {
     std::lock_guard<std::recursive_mutex> guard(NS_BUNDLEMGR1::g_actualmutex);
     for (const auto& [name, bundle] : NS_BUNDLEMGR1::BundleMgr::Instance()->GetBundles()) {
         const auto objects = bundle->GetServiceObjects();
-        if (const auto found = objects.find(kService); found != objects.end()) {
+        if (const auto found = objects.find(kLogService); found != objects.end()) {
             if (auto* const service =
                     dynamic_cast<NS_LOG_SERVICE1::LogSvcInterface*>(found->second->GetInterface())) {
                 return service;
@@ -30,7 +28,7 @@ void WritePlatformLog(const std::string& category, int level, const std::string&
     try {
         NS_LOG_SERVICE1::LogSvcInterface* const service = FindLogService();
         NS_LOG_SERVICE1::LogHandle* const log =
-            service == nullptr ? nullptr : service->OpenLog(kBundle, category, category);
+            service == nullptr ? nullptr : service->OpenLog(kPlatformBundle, category, category);
         if (log != nullptr) {
             log->Write(category, "unknown", 0, level, text);
             return;

@@ -1,23 +1,15 @@
 #include "standalone/span_file.h"
 
-#include <fcntl.h>
-#include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
-
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <utility>
+
+#include "standalone/rotating_file.h"
 
 namespace qv_standalone {
 namespace {
 
 constexpr std::chrono::seconds kBetweenTries{1};
-
-/// Companion processes that the agent starts mustn't keep the file open.
-void CloseOnExec(const spdlog::filename_t& /*path*/, std::FILE* file) {
-    fcntl(fileno(file), F_SETFD, FD_CLOEXEC);
-}
 
 bool EndsInsideALine(const std::string& path) {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
@@ -26,10 +18,6 @@ bool EndsInsideALine(const std::string& path) {
     }
     file.seekg(-1, std::ios::end);
     return file.get() != '\n';
-}
-
-void WriteLine(spdlog::sinks::sink& sink, const std::string& line) {
-    sink.log(spdlog::details::log_msg(spdlog::string_view_t(), spdlog::level::info, line));
 }
 
 }  // namespace
@@ -48,7 +36,7 @@ void SpanFile::Write(const std::vector<std::string>& lines) noexcept {
     if (lines.empty()) {
         return;
     }
-    if (!m_sink && m_failing && m_now() - m_tried < kBetweenTries) {
+    if (!m_file && m_failing && m_now() - m_tried < kBetweenTries) {
         m_lost += lines.size();
         return;
     }
@@ -60,13 +48,14 @@ void SpanFile::Write(const std::vector<std::string>& lines) noexcept {
 }
 
 void SpanFile::WriteOrThrow(const std::vector<std::string>& lines) {
-    if (!m_sink) {
+    m_batch.Clear();
+    if (!m_file) {
         Open();
     }
     for (const std::string& line : lines) {
-        WriteLine(*m_sink, line);
+        m_batch.Append(line, "\n");
     }
-    m_sink->flush();
+    m_file->Write(m_batch);
     if (m_failing) {
         m_tell("writes to " + m_options.path + " again; up to " + std::to_string(m_lost) +
                " spans were lost");
@@ -81,20 +70,15 @@ void SpanFile::Open() {
     if (path.has_parent_path()) {
         std::filesystem::create_directories(path.parent_path());
     }
-    const bool inside = std::filesystem::is_regular_file(path) && EndsInsideALine(m_options.path);
-    spdlog::file_event_handlers handlers;
-    handlers.after_open = CloseOnExec;
-    m_sink = std::make_unique<spdlog::sinks::rotating_file_sink_st>(m_options.path, m_options.max_size,
-                                                                    m_options.max_files, false, handlers);
-    m_sink->set_formatter(std::make_unique<spdlog::pattern_formatter>("%v"));
-    if (inside) {
-        WriteLine(*m_sink, "");
+    if (std::filesystem::is_regular_file(path) && EndsInsideALine(m_options.path)) {
+        m_batch.Append("", "\n");
     }
+    m_file = std::make_unique<RotatingFile>(m_options.path, m_options.max_size, m_options.max_files);
 }
 
 void SpanFile::GiveUp(std::uint64_t lines, const char* reason) noexcept {
     m_lost += lines;
-    m_sink.reset();
+    m_file.reset();
     m_tried = m_now();
     if (std::exchange(m_failing, true)) {
         return;

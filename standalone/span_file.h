@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-namespace spdlog::sinks {
-class sink;
-}
+#include "standalone/log_batch.h"
 
 namespace qv_standalone {
+
+class RotatingFile;
 
 struct SpanFileOptions {
     std::string path;
@@ -39,8 +39,6 @@ class SpanFile {
     std::uint64_t Lost() const { return m_lost; }
 
   private:
-    using Sink = spdlog::sinks::sink;
-
     void WriteOrThrow(const std::vector<std::string>& lines);
     void Open();
     void GiveUp(std::uint64_t lines, const char* reason) noexcept;
@@ -48,7 +46,8 @@ class SpanFile {
     const SpanFileOptions m_options;
     const Tell m_tell;
     const std::function<Clock::time_point()> m_now;
-    std::unique_ptr<Sink> m_sink;  // null while writing fails
+    std::unique_ptr<RotatingFile> m_file;  // null while writing fails
+    LogBatch m_batch;                      // what is being written
     std::uint64_t m_lost = 0;
     bool m_failing = false;
     Clock::time_point m_tried;

@@ -1,13 +1,11 @@
 #include "standalone/span_id.h"
 
-#include <sys/random.h>
-
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <random>
+#include <cstring>
 
 #include "standalone/fork_count.h"
+#include "standalone/random_bytes.h"
 
 namespace qv_standalone {
 namespace {
@@ -26,17 +24,7 @@ class RandomSource {
   private:
     void Fetch() {
         m_forks = ForkCount();
-        ssize_t got = 0;
-        do {
-            got = getrandom(m_numbers.data(), sizeof m_numbers, 0);
-        } while (got < 0 && errno == EINTR);
-        if (got != static_cast<ssize_t>(sizeof m_numbers)) {
-            // A kernel without getrandom, or a sandbox that forbids it.
-            std::random_device device;
-            for (std::uint64_t& number : m_numbers) {
-                number = (static_cast<std::uint64_t>(device()) << 32) | device();
-            }
-        }
+        FillRandom(m_numbers.data(), sizeof m_numbers);
         m_next = 0;
     }
 
@@ -48,11 +36,11 @@ class RandomSource {
 thread_local RandomSource t_random;
 
 std::string SixteenDigits(std::uint64_t number) {
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string text(16, '0');
-    for (std::size_t i = text.size(); i-- > 0; number >>= 4) {
-        text[i] = kDigits[number & 0x0f];
-    }
+    unsigned char bytes[sizeof number];
+    std::memcpy(bytes, &number, sizeof number);
+    std::string text;
+    text.reserve(2 * sizeof bytes);
+    AppendHex(text, bytes, sizeof bytes);
     return text;
 }
 
