@@ -5,6 +5,7 @@
 
 #include "platform/environment.h"
 #include "standalone/config_file_path.h"
+#include "standalone/file_places.h"
 #include "standalone/settings_file.h"
 #include "standalone/settings_table.h"
 
@@ -44,7 +45,7 @@ CallChainSettings ReadCallChainSettings() {
         return settings;
     }
     SpanRecorderOptions& recorder = settings.recorder;
-    recorder.file.path = (std::filesystem::path(NS_BUNDLEMGR1::GetNBILogPath()) / "callchain.jsonl").string();
+    recorder.file.path = (std::filesystem::path(NS_BUNDLEMGR1::GetNBILogPath()) / kSpanFileName).string();
     recorder.file.max_size = values.Number("call_chain_max_size") << 20;
     recorder.file.max_files = values.Number("call_chain_max_files");
     recorder.queue = values.Number("call_chain_queue");

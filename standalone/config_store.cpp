@@ -1,10 +1,10 @@
 #include "standalone/config_store.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <utility>
 
 #include "standalone/config_file_path.h"
+#include "standalone/file_places.h"
 #include "standalone/report.h"
 #include "standalone/settings_table.h"
 
@@ -89,12 +89,9 @@ long long ConfigStore::PlatformNumber(const std::string& key) {
 
 std::string ConfigStore::PlatformPath(const std::string& key) {
     std::lock_guard<std::mutex> guard(m_lock);
-    const std::filesystem::path path = TextOf(key);
+    const std::string initial = TextOf(key);
     const bool fromFile = !m_override && m_file.platform.count(key) != 0;
-    if (path.empty() || path.is_absolute() || !fromFile) {
-        return path.string();
-    }
-    return (std::filesystem::absolute(m_file.path).parent_path() / path).lexically_normal().string();
+    return fromFile ? PathIn(m_file, key) : initial;
 }
 
 /// Under the lock: the file's value, otherwise the default.

@@ -6,6 +6,7 @@
 #include "platform/environment.h"
 #include "standalone/audit_store.h"
 #include "standalone/config_store.h"
+#include "standalone/file_places.h"
 #include "standalone/flush_timer.h"
 #include "standalone/platform_log.h"
 #include "standalone/report.h"
@@ -43,7 +44,7 @@ struct TendedAudit {
 
 std::string AuditPath() {
     const std::string path = ConfigStore::Instance().PlatformPath("audit_file");
-    return path.empty() ? (std::filesystem::path(NS_BUNDLEMGR1::GetNBILogPath()) / "audit.db").string()
+    return path.empty() ? (std::filesystem::path(NS_BUNDLEMGR1::GetNBILogPath()) / kAuditFileName).string()
                         : path;
 }
 

@@ -1,16 +1,15 @@
 #include "tools/config_report.h"
 
-#include <json/json.h>
-
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "standalone/settings_file.h"
 #include "standalone/settings_table.h"
+#include "tools/json_text.h"
+#include "tools/text.h"
 
 namespace qv_tools {
 namespace {
@@ -22,26 +21,6 @@ using qv_standalone::SettingsFile;
 
 std::size_t TakenSettings(const SettingsFile& file) {
     return file.items.size() + file.platform.size() + (file.oss_addresses.empty() ? 0 : 1);
-}
-
-std::string Counted(std::size_t number, const std::string& what) {
-    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
-}
-
-void PrintJson(std::ostream& out, const Json::Value& value) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    builder["emitUTF8"] = true;
-    const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
-    writer->write(value, &out);
-    out << "\n";
-}
-
-/// Shows what stands in a foreign file without giving its control characters to the terminal.
-std::string Printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
-    return text;
 }
 
 using Row = std::array<std::string, 5>;

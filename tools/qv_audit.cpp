@@ -5,10 +5,11 @@
 #include <iostream>
 #include <string>
 
-#include "tools/qv_audit_location.h"
+#include "tools/configured_files.h"
 #include "tools/qv_audit_query.h"
 #include "tools/qv_audit_report.h"
-#include "tools/qv_audit_text.h"
+#include "tools/qv_audit_since.h"
+#include "tools/text.h"
 #include "tools/usage.h"
 
 namespace {

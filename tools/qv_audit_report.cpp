@@ -7,7 +7,7 @@
 
 #include "tools/qv_audit_caller.h"
 #include "tools/qv_audit_query.h"
-#include "tools/qv_audit_text.h"
+#include "tools/text.h"
 
 namespace qv_tools {
 namespace {

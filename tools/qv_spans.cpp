@@ -10,7 +10,7 @@
 #include <iostream>
 #include <string>
 
-#include "tools/qv_audit_location.h"
+#include "tools/configured_files.h"
 #include "tools/qv_spans_reader.h"
 #include "tools/qv_spans_timeline.h"
 #include "tools/usage.h"

@@ -1,11 +1,10 @@
 #include "tools/qv_spans_timeline.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <ctime>
 #include <ostream>
 
 #include "standalone/record_text.h"
+#include "tools/text.h"
 
 namespace qv_tools {
 namespace {
@@ -38,19 +37,6 @@ struct Widths {
     std::size_t AllButBar() const { return start + duration + caller + operation + result + 5 * kGap; }
 };
 
-std::string LocalTime(std::int64_t milliseconds) {
-    const std::time_t seconds = static_cast<std::time_t>(milliseconds / 1000);
-    std::tm parts{};
-    char text[40];
-    if (localtime_r(&seconds, &parts) == nullptr ||
-        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts) == 0) {
-        return "(no time)";
-    }
-    char fraction[8];
-    std::snprintf(fraction, sizeof fraction, ".%03d", static_cast<int>(milliseconds % 1000));
-    return std::string(text) + fraction;
-}
-
 /// The middle of a long text is what tells least.
 std::string Shortened(std::string text, std::size_t longest) {
     text = qv_standalone::OneLine(text);
@@ -70,9 +56,9 @@ std::vector<Cells> Contents(const std::vector<SpanRow>& rows) {
     std::vector<Cells> lines;
     for (const SpanRow& row : rows) {
         const std::int64_t offset = row.begin_ms - rows.front().begin_ms;
-        lines.push_back({&row == &rows.front() ? "0" : "+" + DurationText(offset),
-                         DurationText(row.duration_ms), row.caller.empty() ? "-" : row.caller,
-                         row.operation.empty() ? "-" : row.operation, row.result.empty() ? "-" : row.result});
+        lines.push_back({&row == &rows.front() ? "0" : "+" + Duration(offset), Duration(row.duration_ms),
+                         row.caller.empty() ? "-" : row.caller, row.operation.empty() ? "-" : row.operation,
+                         row.result.empty() ? "-" : row.result});
     }
     return lines;
 }
@@ -123,8 +109,7 @@ std::string Bar(const SpanRow& row, std::int64_t begin, std::int64_t whole, std:
 }
 
 void PrintHeading(std::ostream& out, const Widths& widths, std::size_t bar, std::int64_t whole, bool colour) {
-    const std::string scale =
-        Padded("0", bar - std::min(bar, DurationText(whole).size())) + DurationText(whole);
+    const std::string scale = Padded("0", bar - std::min(bar, Duration(whole).size())) + Duration(whole);
     const std::string gap(kGap, ' ');
     out << (colour ? kDim : "") << Padded("START", widths.start, true) << gap << scale << gap
         << Padded("TOOK", widths.duration, true) << gap << Padded("CALLER", widths.caller) << gap
@@ -132,24 +117,6 @@ void PrintHeading(std::ostream& out, const Widths& widths, std::size_t bar, std:
 }
 
 }  // namespace
-
-std::string DurationText(std::int64_t milliseconds) {
-    char text[40];
-    if (milliseconds < 1000) {
-        return std::to_string(milliseconds) + " ms";
-    }
-    const std::int64_t seconds = milliseconds / 1000;
-    if (seconds < 60) {
-        std::snprintf(text, sizeof text, "%.2f s", static_cast<double>(milliseconds / 10) / 100.0);
-    } else if (seconds < 3600) {
-        std::snprintf(text, sizeof text, "%d min %02d s", static_cast<int>(seconds / 60),
-                      static_cast<int>(seconds % 60));
-    } else {
-        std::snprintf(text, sizeof text, "%lld h %02d min", static_cast<long long>(seconds / 3600),
-                      static_cast<int>(seconds / 60 % 60));
-    }
-    return text;
-}
 
 void PrintTimeline(std::ostream& out, const std::vector<SpanRow>& rows, const TimelineStyle& style) {
     if (rows.empty()) {
@@ -166,7 +133,7 @@ void PrintTimeline(std::ostream& out, const std::vector<SpanRow>& rows, const Ti
     const std::size_t bar =
         style.width > widths.AllButBar() + kShortestBar ? style.width - widths.AllButBar() : kShortestBar;
     const std::string gap(kGap, ' ');
-    out << "from " << LocalTime(begin) << "\n";
+    out << "from " << LocalTime(begin) << Milliseconds(begin) << "\n";
     PrintHeading(out, widths, bar, whole, style.colour);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const Cells& line = lines[i];

@@ -18,7 +18,4 @@ struct TimelineStyle {
 /// the first beginning and the last end, how long it took, the caller, the operation and the result.
 void PrintTimeline(std::ostream& out, const std::vector<SpanRow>& rows, const TimelineStyle& style);
 
-/// "12 ms", "3.21 s", "2 min 05 s".
-std::string DurationText(std::int64_t milliseconds);
-
 }  // namespace qv_tools

@@ -1,10 +1,10 @@
 #include "tools/ssl/ssl_report.h"
 
-#include <json/json.h>
-
 #include <algorithm>
-#include <memory>
 #include <ostream>
+
+#include "tools/json_text.h"
+#include "tools/text.h"
 
 namespace qv_tools {
 namespace {
@@ -25,21 +25,10 @@ std::string Padded(const std::string& text, std::size_t width) {
     return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
 }
 
-/// Shows names of foreign files without giving their control characters to the terminal.
-std::string Printable(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
-    return text;
-}
-
 std::size_t CountOf(const Findings& findings, Level level) {
     return static_cast<std::size_t>(
         std::count_if(findings.all().begin(), findings.all().end(),
                       [level](const Finding& finding) { return finding.level == level; }));
-}
-
-std::string Counted(std::size_t number, const std::string& what) {
-    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
 /// A sentence that names its file anyhow needs no file ahead of it.
@@ -89,12 +78,7 @@ void PrintSslCheckJson(std::ostream& out, const std::string& profile, const Find
         }
         root["findings"].append(std::move(entry));
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    builder["emitUTF8"] = true;
-    const std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
-    writer->write(root, &out);
-    out << "\n";
+    PrintJson(out, root);
 }
 
 }  // namespace qv_tools

@@ -14,6 +14,7 @@
 #include "tests/support/sample_span.h"
 #include "tests/support/temp_dir.h"
 #include "tools/qv_spans_timeline.h"
+#include "tools/text.h"
 
 using qv_test::RunResult;
 using qv_test::SampleSpan;
@@ -199,10 +200,10 @@ TEST_F(QvSpans, ColoursStandOnATerminalAlone) {
 }
 
 TEST(SpanTimeline, TellsDurationsInTheUnitThatFits) {
-    EXPECT_EQ(qv_tools::DurationText(0), "0 ms");
-    EXPECT_EQ(qv_tools::DurationText(999), "999 ms");
-    EXPECT_EQ(qv_tools::DurationText(1000), "1.00 s");
-    EXPECT_EQ(qv_tools::DurationText(59999), "59.99 s");
-    EXPECT_EQ(qv_tools::DurationText(60000), "1 min 00 s");
-    EXPECT_EQ(qv_tools::DurationText(3725000), "1 h 02 min");
+    EXPECT_EQ(qv_tools::Duration(0), "0 ms");
+    EXPECT_EQ(qv_tools::Duration(999), "999 ms");
+    EXPECT_EQ(qv_tools::Duration(1000), "1.00 s");
+    EXPECT_EQ(qv_tools::Duration(59999), "59.99 s");
+    EXPECT_EQ(qv_tools::Duration(60000), "1 min 00 s");
+    EXPECT_EQ(qv_tools::Duration(3725000), "1 h 02 min");
 }

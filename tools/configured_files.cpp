@@ -1,10 +1,11 @@
-#include "tools/qv_audit_location.h"
+#include "tools/configured_files.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 
 #include "standalone/config_file_path.h"
+#include "standalone/file_places.h"
 #include "standalone/settings_file.h"
 
 namespace qv_tools {
@@ -12,22 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A path of the file; a relative one counts from the file's directory. Empty when the file has none.
-fs::path PathSetting(const qv_standalone::SettingsFile& file, const char* key) {
-    const auto found = file.platform.find(key);
-    if (found == file.platform.end() || found->second.empty()) {
-        return {};
-    }
-    return (fs::absolute(file.path).parent_path() / found->second).lexically_normal();
-}
-
-fs::path LogDirectory(const qv_standalone::SettingsFile& file) {
-    const char* const variable = std::getenv("QV_LOG_DIR");
-    if (variable != nullptr && *variable != '\0') {
-        return variable;
-    }
-    const fs::path configured = PathSetting(file, "log_dir");
-    return configured.empty() ? "log" : configured;
+fs::path LogDirectoryOf(const qv_standalone::SettingsFile& file) {
+    return qv_standalone::LogDirectory([&file] { return qv_standalone::PathIn(file, "log_dir"); });
 }
 
 /// @param which asks for what is missing when nothing is configured
@@ -52,12 +39,12 @@ qv_standalone::SettingsFile Configuration(const std::string& which) {
 
 std::string ConfiguredAuditFile() {
     const qv_standalone::SettingsFile file = Configuration("which audit");
-    const fs::path audit = PathSetting(file, "audit_file");
-    return (audit.empty() ? LogDirectory(file) / "audit.db" : audit).string();
+    const std::string audit = qv_standalone::PathIn(file, "audit_file");
+    return audit.empty() ? (LogDirectoryOf(file) / qv_standalone::kAuditFileName).string() : audit;
 }
 
 std::string ConfiguredSpanFile() {
-    return (LogDirectory(Configuration("which call chain")) / "callchain.jsonl").string();
+    return (LogDirectoryOf(Configuration("which call chain")) / qv_standalone::kSpanFileName).string();
 }
 
 }  // namespace qv_tools

@@ -1,4 +1,4 @@
-#include "tools/qv_audit_text.h"
+#include "tools/text.h"
 
 #include <cstdio>
 #include <ctime>
@@ -55,51 +55,15 @@ std::string Digits(unsigned long value, unsigned base, std::size_t width) {
     return text;
 }
 
-std::tm PartsOf(std::int64_t ms, bool utc) {
+std::string TimeText(std::int64_t ms, bool utc) {
     const auto seconds = static_cast<std::time_t>(ms / 1000);
     std::tm parts{};
-    (utc ? gmtime_r : localtime_r)(&seconds, &parts);
-    return parts;
-}
-
-std::optional<std::int64_t> Ago(const std::string& text, std::int64_t now_ms) {
-    long long count = 0;
-    char unit = 0;
-    char more = 0;
-    if (std::sscanf(text.c_str(), "%9lld%c%c", &count, &unit, &more) != 2 || count < 0) {
-        return std::nullopt;
+    char text[64];
+    if ((utc ? gmtime_r : localtime_r)(&seconds, &parts) == nullptr) {
+        return "(no time)";
     }
-    switch (unit) {
-        case 's':
-            return now_ms - count * 1000;
-        case 'm':
-            return now_ms - count * 60 * 1000;
-        case 'h':
-            return now_ms - count * 3600 * 1000;
-        case 'd':
-            return now_ms - count * 24 * 3600 * 1000;
-        case 'w':
-            return now_ms - count * 7 * 24 * 3600 * 1000;
-        default:
-            return std::nullopt;
-    }
-}
-
-/// Seconds that the zone is ahead of UTC; nothing when the text is no zone.
-std::optional<int> ZoneOffset(const std::string& text) {
-    if (text == "Z") {
-        return 0;
-    }
-    char sign = 0;
-    int hours = 0;
-    int minutes = 0;
-    int used = 0;
-    if (std::sscanf(text.c_str(), "%c%2d:%2d%n", &sign, &hours, &minutes, &used) != 3 ||
-        static_cast<std::size_t>(used) != text.size() || (sign != '+' && sign != '-') || hours < 0 ||
-        hours > 23 || minutes < 0 || minutes > 59) {
-        return std::nullopt;
-    }
-    return (sign == '-' ? -60 : 60) * (hours * 60 + minutes);
+    return std::string(text, utc ? std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts)
+                                 : std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts));
 }
 
 }  // namespace
@@ -141,66 +105,38 @@ std::string Column(const std::string& text, std::size_t width) {
     return letters > width ? text.substr(0, cut) + kCut : text + std::string(width - letters, ' ');
 }
 
-std::optional<std::int64_t> ParseSince(const std::string& text, std::int64_t now_ms) {
-    if (const auto ago = Ago(text, now_ms)) {
-        return ago;
-    }
-    std::tm parts{};
-    parts.tm_isdst = -1;
-    const char* rest = strptime(text.c_str(), "%Y-%m-%d", &parts);
-    if (rest == nullptr) {
-        return std::nullopt;
-    }
-    if (*rest == 'T' || *rest == ' ') {
-        const char* const clock = rest + 1;
-        rest = strptime(clock, "%H:%M:%S", &parts);
-        if (rest == nullptr) {
-            parts.tm_sec = 0;
-            rest = strptime(clock, "%H:%M", &parts);
-        }
-        if (rest == nullptr) {
-            return std::nullopt;
-        }
-    }
-    if (*rest == '\0') {
-        return static_cast<std::int64_t>(std::mktime(&parts)) * 1000;
-    }
-    const auto offset = ZoneOffset(rest);
-    if (!offset) {
-        return std::nullopt;
-    }
-    return (static_cast<std::int64_t>(timegm(&parts)) - *offset) * 1000;
+std::string Counted(std::size_t number, const std::string& what) {
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
 std::string LocalTime(std::int64_t ms) {
-    const std::tm parts = PartsOf(ms, false);
-    char text[64];
-    return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts));
+    return TimeText(ms, false);
+}
+
+std::string Milliseconds(std::int64_t ms) {
+    return "." + Digits(static_cast<unsigned long>(ms < 0 ? 0 : ms % 1000), 10, 3);
 }
 
 std::string UtcTime(std::int64_t ms) {
-    const std::tm parts = PartsOf(ms, true);
-    char text[64];
-    const std::size_t size = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
-    return std::string(text, size) + "." + Digits(static_cast<unsigned long>(ms < 0 ? 0 : ms % 1000), 10, 3) +
-           "Z";
+    return TimeText(ms, true) + Milliseconds(ms) + "Z";
 }
 
 std::string Duration(std::int64_t ms) {
-    constexpr std::int64_t kSecond = 1000;
-    constexpr std::int64_t kMinute = 60 * kSecond;
-    constexpr std::int64_t kHour = 60 * kMinute;
-    if (ms < kSecond) {
+    char text[40];
+    if (ms < 1000) {
         return std::to_string(ms) + " ms";
     }
-    if (ms < kMinute) {
-        return std::to_string(ms / kSecond) + "." + Digits(static_cast<unsigned long>(ms % kSecond), 10, 3) +
-               " s";
+    const std::int64_t seconds = ms / 1000;
+    if (seconds < 60) {
+        std::snprintf(text, sizeof text, "%.2f s", static_cast<double>(ms / 10) / 100.0);
+    } else if (seconds < 3600) {
+        std::snprintf(text, sizeof text, "%d min %02d s", static_cast<int>(seconds / 60),
+                      static_cast<int>(seconds % 60));
+    } else {
+        std::snprintf(text, sizeof text, "%lld h %02d min", static_cast<long long>(seconds / 3600),
+                      static_cast<int>(seconds / 60 % 60));
     }
-    if (ms < kHour) {
-        return std::to_string(ms / kMinute) + " min " + std::to_string(ms % kMinute / kSecond) + " s";
-    }
-    return std::to_string(ms / kHour) + " h " + std::to_string(ms % kHour / kMinute) + " min";
+    return text;
 }
 
 }  // namespace qv_tools

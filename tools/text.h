@@ -1,9 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 
+// Texts that the command line tools show. All of these are reentrant.
 namespace qv_tools {
 
 /// `text` fit for a terminal: control characters (also those above 127, and those that turn the direction of
@@ -15,18 +16,19 @@ std::string Printable(const std::string& text, const std::string& newline = "");
 /// Printable made.
 std::string Column(const std::string& text, std::size_t width);
 
-/// The moment that `text` names, in milliseconds since 1970: "2h" (s, m, h, d, w) before `now_ms`, or
-/// YYYY-MM-DD, followed by "T" or a blank and HH:MM or HH:MM:SS, then nothing for local time, "Z", or +HH:MM.
-/// Nothing when it is none of these.
-std::optional<std::int64_t> ParseSince(const std::string& text, std::int64_t now_ms);
+/// "1 setting", "2 settings".
+std::string Counted(std::size_t number, const std::string& what);
 
-/// "2026-11-21 09:21:23" in local time.
+/// "2026-11-21 09:21:23" in local time. Times are milliseconds since 1970.
 std::string LocalTime(std::int64_t ms);
+
+/// ".456", what LocalTime leaves out.
+std::string Milliseconds(std::int64_t ms);
 
 /// "2026-11-21T09:21:23.456Z".
 std::string UtcTime(std::int64_t ms);
 
-/// "8 ms", "1.250 s", "2 min 5 s", "3 h 20 min".
+/// "8 ms", "1.25 s", "2 min 05 s", "3 h 20 min": cut, not rounded.
 std::string Duration(std::int64_t ms);
 
 }  // namespace qv_tools
