@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "logging/message_type.h"
+
 namespace NS_CORBA {
 
 namespace {
@@ -10,11 +12,11 @@ constexpr int kNoLevel = -1;
 
 const char* MessageTypeWord(std::uint8_t messageType) {
     switch (messageType) {
-        case 0:
+        case kRequestMessage:
             return "REQUEST";
-        case 1:
+        case kReplyMessage:
             return "REPLY";
-        case 2:
+        case kExceptionMessage:
             return "EXCEPTION";
         default:
             return "OTHER";

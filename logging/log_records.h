@@ -11,7 +11,7 @@ namespace NS_CORBA {
 struct TADebugRecord {
     ACE_Time_Value time;        ///< wall-clock time of the log call
     std::int32_t threadId = 0;  ///< low 32 bits of the thread's id
-    std::int32_t level = 0;
+    std::int32_t level = 0;     ///< what the caller gave, for the log service to judge by
     std::string text;
 };
 
@@ -23,7 +23,7 @@ struct TALogRecord {
     std::string operationName;
     std::string paramInfo;         ///< the body of the record
     std::string remoteAddress;     ///< who called
-    std::uint8_t messageType = 0;  ///< 0 request, 1 reply, 2 exception
+    std::uint8_t messageType = 0;  ///< a MessageType, or another value for any other message
 };
 
 /// One event that leaves the agent, for the notification channel.

@@ -1,10 +1,7 @@
 #include "logging/logmgr.h"
 
-#include <ace/Guard_T.h>
-#include <ace/Recursive_Thread_Mutex.h>
-#include <ace/Static_Object_Lock.h>
-
-#include "agent/corbabaseagentconfig.h"
+#include "agent/singleton.h"
+#include "logging/agent_orb.h"
 #include "logging/corbalogutil.h"
 #include "logging/log_writer.h"
 #include "logging/service_lookup.h"
@@ -17,14 +14,6 @@ namespace {
 
 constexpr char kSourceFile[] = "logmgr";
 constexpr int kLogCfgFailedLine = 348;
-
-using SingletonGuard = ACE_Guard<ACE_Recursive_Thread_Mutex>;
-
-/// The agent's ORB with a reference for the caller, nil when there is none.
-CORBA::ORB_ptr AgentOrb() {
-    CorbaBaseAgentConfig* const config = CorbaBaseAgentConfig::Instance();
-    return config ? config->GetOrb() : CORBA::ORB::_nil();
-}
 
 /// Opens `category` and gives its handle to `writer`. A log service that is absent or raises leaves the
 /// channel closed.
@@ -70,35 +59,18 @@ CorbaLogMgr::~CorbaLogMgr() {
     delete m_pDebugLog;
 }
 
-// The pointer is read and written as an atomic, so that a thread which sees it sees the whole object behind
-// it.
 CorbaLogMgr* CorbaLogMgr::Instance() {
-    CorbaLogMgr* instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (instance) {
-        return instance;
-    }
-    SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    if (!guard.locked()) {
-        return nullptr;
-    }
-    instance = __atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE);
-    if (!instance) {
-        instance = new CorbaLogMgr;
-        __atomic_store_n(&m_pInstance, instance, __ATOMIC_RELEASE);
-    }
-    return instance;
+    return CreateOnce(m_pInstance, [] { return new CorbaLogMgr; });
 }
 
 void CorbaLogMgr::Destroy() {
-    if (!__atomic_load_n(&m_pInstance, __ATOMIC_ACQUIRE)) {
+    if (!LoadInstance(m_pInstance)) {
         return;
     }
-    SingletonGuard guard(*ACE_Static_Object_Lock::instance());
-    if (!guard.locked()) {
-        return;
+    const SingletonGuard guard(*ACE_Static_Object_Lock::instance());
+    if (guard.locked()) {
+        delete TakeInstance(m_pInstance);
     }
-    delete m_pInstance;
-    __atomic_store_n(&m_pInstance, static_cast<CorbaLogMgr*>(nullptr), __ATOMIC_RELEASE);
 }
 
 bool CorbaLogMgr::GetLogCfg() {

@@ -34,9 +34,10 @@ struct TANotifyRecord;
 /// The singleton behind the free log functions: the five log channels, their switches and the threads'
 /// positions.
 ///
-/// The agent bundle calls Init() before other threads log, and Destroy() last of all. Without Init() every
-/// write is a silent no-op. Nothing but Instance() and Destroy() takes a lock: channels, switches and table
-/// are fixed after Init(), the position is each thread's own, and the platform's log handles accept
+/// The agent bundle calls Init() before other threads log, and Destroy() last of all; not at all after
+/// AgentServer::Run with the thread pool on, whose threads log for the rest of the process. Without Init()
+/// every write is a silent no-op. Nothing but Instance() and Destroy() takes a lock: channels, switches and
+/// table are fixed after Init(), the position is each thread's own, and the platform's log handles accept
 /// concurrent calls.
 class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
   public:
@@ -51,9 +52,9 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     static void Destroy();
 
     /// Reads the switches and opens the channels. A second call does everything again.
-    /// @return true when every channel that was asked for is open. After false, what was opened works, and
-    /// the table
-    ///         of secret parameters may be empty.
+    /// @return true when every channel that was asked for is open. After false, what was opened works, but
+    ///     the table of secret parameters may be empty, and none of them is masked then: whoever goes on with
+    ///     operations logged calls InitIfNameToParamPos().
     bool Init();
 
     /// Reads the three switches; a key that is absent leaves its switch as it was.
@@ -76,8 +77,7 @@ class QV_API CorbaLogMgr : public ACE_TSS<PosForDbg> {
     int GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
                          TALogRecord& record);
 
-    // -- Parts of a record: public for agents that build texts of their own, thread-safe after Init()
-    // --------
+    // Parts of a record: public for agents that build texts of their own, thread-safe after Init().
 
     /// Prints the parameters that a message of that type shows. A text ends at its first NUL.
     /// @param params null counts as an empty list

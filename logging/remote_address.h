@@ -16,6 +16,7 @@ bool CallerAddress(PortableInterceptor::ServerRequestInfo* info, std::string& ad
 /// POA, otherwise from the thread's context. Keeps it for the record that ends the request on this thread, a
 /// reply (1) or an exception (2), which takes it from there. Empty when the ORB doesn't tell the POAs or
 /// nothing names a caller.
+/// @param thread the low 32 bits of the calling thread's id, under which it is kept
 std::string RemoteAddress(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
                           int thread);
 

@@ -1,6 +1,6 @@
 #include <tao/DynamicAny/DynamicAny.h>
 
-#include "agent/corbabaseagentconfig.h"
+#include "logging/agent_orb.h"
 #include "logging/corbalogutil.h"
 #include "logging/logmgr.h"
 #include "logging/value_plan_cache.h"
@@ -18,11 +18,6 @@ constexpr char kSourceFile[] = "logmgr";
 constexpr int kCorbaExceptionLine = 1054;
 constexpr int kOtherExceptionLine = 1059;
 constexpr int kTraceLevel = 3;
-
-CORBA::ORB_var OrbOfAgent() {
-    CorbaBaseAgentConfig* const config = CorbaBaseAgentConfig::Instance();
-    return config ? config->GetOrb() : CORBA::ORB::_nil();
-}
 
 /// Runs `print`, and turns what it raises into a result and a line in the log.
 template <class Print>
@@ -46,7 +41,7 @@ int Guarded(Print print) {
 }  // namespace
 
 bool CorbaLogMgr::HasOrb() const {
-    return !CORBA::is_nil(m_ORB.in()) || !CORBA::is_nil(OrbOfAgent().in());
+    return !CORBA::is_nil(m_ORB.in()) || !CORBA::is_nil(CORBA::ORB_var(AgentOrb()).in());
 }
 
 int CorbaLogMgr::AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::string& text,

@@ -73,6 +73,9 @@ TEST_F(LogMgrTest, ARefusedNotificationChannelFailsInitButNotTheOthers) {
     EXPECT_EQ(capture->Entries("corba_alarm").size(), 1u);
     EXPECT_EQ(capture->Entries("corbasys").size(), 1u);
     EXPECT_TRUE(capture->Entries("corbanotify").empty());
+
+    Manager().InitIfNameToParamPos();  // for a bundle that goes on
+    EXPECT_EQ(LogMgrProbe::Secrets(Manager()), kSecretParameters);
 }
 
 TEST_F(LogMgrTest, EachRefusedOptionalChannelLeavesTheOthersOpen) {
@@ -194,6 +197,26 @@ TEST_F(LogMgrTest, AllThreadsGetTheSameManager) {
     }
     EXPECT_EQ(seen, std::vector<CorbaLogMgr*>(8, CorbaLogMgr::m_pInstance));
     EXPECT_NE(CorbaLogMgr::m_pInstance, nullptr);
+}
+
+/// Sees what the others get while it is being destroyed.
+class ManagerThatLooksBack final : public CorbaLogMgr {
+  public:
+    explicit ManagerThatLooksBack(CorbaLogMgr*& seen) : m_seen(seen) {}
+    ~ManagerThatLooksBack() override { m_seen = m_pInstance; }
+
+  private:
+    CorbaLogMgr*& m_seen;
+};
+
+TEST(LogMgrDestroyTest, NobodyIsHandedTheObjectWhileItIsDestroyed) {
+    CorbaLogMgr::Destroy();
+    CorbaLogMgr* seen = nullptr;
+    CorbaLogMgr* const dying = new ManagerThatLooksBack(seen);
+    seen = dying;
+    CorbaLogMgr::m_pInstance = dying;
+    CorbaLogMgr::Destroy();
+    EXPECT_EQ(seen, nullptr);
 }
 
 TEST(LogMgrWithoutLogServiceTest, InitFailsAndWritesAreDropped) {
