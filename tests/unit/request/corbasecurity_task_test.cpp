@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <set>
+#include <stdexcept>
 #include <thread>
 
 #include "tests/unit/request/corbasecurity_fixture.h"
@@ -50,6 +51,18 @@ TEST_F(CorbaSecurityTest, InitTracesItsStartAndTheEndOfItsThread) {
                          "[CorbaSecurityMgr::Init] Initializing CorbaSecurityMgr!");
     qv_test::ExpectEntry(entries[1], "corbasys", -1, "corbasecurity", 194,
                          "[CorbaSecurityMgr::close] CorbaSecurityMgr has been closed!");
+}
+
+TEST_F(CorbaSecurityTest, ALogThatRaisesAtTheThreadsEndEndsTheThreadAlone) {
+    capture->SetWriteHook([](const qv_test::LogEntry& entry) {
+        if (entry.text.find("has been closed!") != std::string::npos) {
+            throw std::runtime_error("full");
+        }
+    });
+    EXPECT_TRUE(Security().Init());
+    CorbaSecurityMgr::Destroy();  // waits for the thread
+    capture->SetWriteHook({});
+    EXPECT_EQ(CorbaSecurityMgr::m_pInstance, nullptr);
 }
 
 TEST_F(CorbaSecurityTest, InitAndDestroyAgainAndAgain) {
