@@ -17,6 +17,18 @@ namespace {
 
 constexpr int kMostWaits = 4;  // seconds that a pusher gives the supplier threads after an outage
 
+/// Writes the record of an event that was sent within `disposalTime` milliseconds.
+void LogPushed(CosNotification::StructuredEvent& event, long disposalTime, SuppilerMgr& manager) {
+    if (!IsOfType(event, kAlarm)) {
+        LogSentEvent(event);
+        return;
+    }
+    std::stringstream record;
+    AppendAlarmRecord(record, AlarmRecordForm::kPushed, disposalTime, event, manager);
+    TA_POS;
+    TaWriteAlarmNotifyLog(record);
+}
+
 }  // namespace
 
 // Both flags are read as they stand: of several pushers that come right after an outage each waits on its
@@ -71,14 +83,7 @@ int SuppilerMgr::PushEvent(CosNotification::StructuredEvent& event) {
         PushFailed(event, notificationId);
         return -1;
     }
-    if (IsOfType(event, kAlarm)) {
-        std::stringstream record;
-        AppendAlarmRecord(record, AlarmRecordForm::kPushed, disposalTime, event, *this);
-        TA_POS;
-        TaWriteAlarmNotifyLog(record);
-    } else {
-        LogSentEvent(event);
-    }
+    LogPushed(event, disposalTime, *this);
     return 0;
 }
 

@@ -6,6 +6,7 @@
 
 #include "agent/corbabaseagentconfig.h"
 #include "logging/corbalogutil.h"
+#include "logging/message_type.h"
 #include "orb/portability.h"
 #include "platform/huge_task_mgr.h"
 #include "platform/thread_context.h"
@@ -16,9 +17,6 @@ namespace {
 
 using NS_CORBA::kInterceptorSource;
 using NS_CORBA::LogQuietly;
-
-constexpr unsigned char kReplyRecord = 1;
-constexpr unsigned char kExceptionRecord = 2;
 
 constexpr int kRefusedLine = 168;
 constexpr int kReplyLine = 190;
@@ -103,7 +101,7 @@ void Server_Request_Interceptor::send_reply(PortableInterceptor::ServerRequestIn
     EndHugeTask();
     try {
         NS_CORBA::SetPos(kInterceptorSource, kReplyLine);
-        NS_CORBA::TaWriteOperLog(info, kReplyRecord);
+        NS_CORBA::TaWriteOperLog(info, NS_CORBA::kReplyMessage);
     } catch (CORBA::Exception& ex) {
         LogQuietly(kReplyCorbaExceptionLine, [&ex] {
             NS_CORBA::TaException(
@@ -133,7 +131,7 @@ void Server_Request_Interceptor::send_exception(PortableInterceptor::ServerReque
     EndHugeTask();
     try {
         NS_CORBA::SetPos(kInterceptorSource, kExceptionLine);
-        NS_CORBA::TaWriteOperLog(info, kExceptionRecord);
+        NS_CORBA::TaWriteOperLog(info, NS_CORBA::kExceptionMessage);
     } catch (CORBA::Exception& ex) {
         LogQuietly(kExceptionCorbaExceptionLine, [&ex] {
             NS_CORBA::TaException(
