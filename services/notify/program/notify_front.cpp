@@ -175,7 +175,7 @@ void NotifyFront::Serve(CORBA::ORB_ptr orb, ServiceContext& service, Store* stor
     ServeRequests(orb);
     hold.reset();
     const CORBA::String_var text = orb->object_to_string(reference.in());
-    Announce(text.in(), store, restored);
+    Announce(text.in(), qv_orb::EndpointOf(reference.in()), store, restored);
     std::optional<NamingRegistration> registration;
     if (m_settings.register_name) {
         registration.emplace(orb, reference.in(), m_settings.factory_name, service.Log(),
@@ -229,6 +229,11 @@ CORBA::ORB_ptr NotifyFront::StartOrb() const {
     int count = static_cast<int>(texts.size());
     try {
         return CORBA::ORB_init(count, arguments.data());
+    } catch (const CORBA::BAD_PARAM&) {
+        throw StartError(
+            "The ORB doesn't understand one of its options, and the line before says which. Correct the "
+            "command line; \"Notify_Service --help\" lists the options.",
+            qv_service::kExitUsage);
     } catch (const CORBA::Exception& exception) {
         throw StartError("The ORB does not start (" + qv_orb::ExceptionText(exception) +
                          "). Check the -ORB options, " + "the end point " + Address(m_settings) +
@@ -236,15 +241,19 @@ CORBA::ORB_ptr NotifyFront::StartOrb() const {
     }
 }
 
-std::string NotifyFront::Corbaloc() const {
-    if (!m_settings.ssl_port) {
-        return "corbaloc:iiop:" + Address(m_settings);
+std::string NotifyFront::Corbaloc(const std::string& endpoint) const {
+    // What the command line leaves open, the ORB has chosen.
+    const std::string host =
+        m_settings.host.empty() ? endpoint.substr(0, endpoint.rfind(':')) : m_settings.host;
+    if (m_settings.ssl_port) {
+        return "corbaloc:ssliop:" + host + ":" + std::to_string(*m_settings.ssl_port);
     }
-    return "corbaloc:ssliop:" + (m_settings.host.empty() ? "*" : m_settings.host) + ":" +
-           std::to_string(*m_settings.ssl_port);
+    const std::string port =
+        m_settings.port == 0 ? endpoint.substr(endpoint.rfind(':') + 1) : std::to_string(m_settings.port);
+    return "corbaloc:iiop:" + host + ":" + port;
 }
 
-void NotifyFront::Announce(const std::string& reference, const Store* store,
+void NotifyFront::Announce(const std::string& reference, const std::string& endpoint, const Store* store,
                            const FactoryServant::Restored& restored) const {
     if (!m_settings.ior_file.empty()) {
         qv_service::ReplaceTextFile(m_settings.ior_file, reference + "\n",
@@ -254,7 +263,7 @@ void NotifyFront::Announce(const std::string& reference, const Store* store,
         qv_service::ReplaceTextFile(m_settings.pid_file, std::to_string(getpid()) + "\n",
                                     "the process id of the notification service");
     }
-    std::string serving = "serving " + Corbaloc() + "/" + m_settings.factory_name;
+    std::string serving = "serving " + Corbaloc(endpoint) + "/" + m_settings.factory_name;
     if (store != nullptr) {
         serving += ", " + std::to_string(restored.channels) + " channels, " +
                    std::to_string(restored.consumers) + " consumers and " + std::to_string(restored.events) +

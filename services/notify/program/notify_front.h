@@ -26,12 +26,12 @@ class NotifyFront {
   private:
     void CheckSurroundings() const;
     std::unique_ptr<Store> OpenStore() const;
-    std::string Corbaloc() const;
+    std::string Corbaloc(const std::string& endpoint) const;
     CORBA::ORB_ptr StartOrb() const;
     [[noreturn]] void Serve(CORBA::ORB_ptr orb, ServiceContext& service, Store* store,
                             std::optional<qv_orb::RequestHold>& hold) const;
     FactoryServant::Restored Restore(FactoryServant& factory, Store* store) const;
-    void Announce(const std::string& reference, const Store* store,
+    void Announce(const std::string& reference, const std::string& endpoint, const Store* store,
                   const FactoryServant::Restored& restored) const;
 
     const Settings m_settings;

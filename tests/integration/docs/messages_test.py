@@ -33,6 +33,7 @@ NOT_MESSAGES = (
     (r"tools/config_report\.cpp", r"taken from", "the summary of qv_config"),
     (r"tools/(qv_.*|ssl/qv_ssl)\.cpp", r"(Exit code|Times (of|are)|Checks |Shows |Keeps |Prints |Run it)", "help"),
     (r"demo/agent/options\.cpp", r"", "help"),
+    (r"tools/usage\.cpp", r"^Print the version$", "help"),
     (r"services/notify/etcl/.*", r"", "told to the client that made the filter"),
     (r"services/notify/servants/(admin_parts|consumer_admin_servant|proxy_push_supplier|node_servant)\.(cpp|h)",
      r"(a mapping filter|a proxy for|add_filter)", "fills the gap in: a client asked for …"),

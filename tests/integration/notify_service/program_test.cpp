@@ -56,6 +56,23 @@ TEST_F(NotifyProgram, HelpsAndRefusesWithTheirExitCodes) {
     EXPECT_THAT(wrong.err, HasSubstr("--nonsense"));
 }
 
+TEST_F(NotifyProgram, RefusesOptionsThatTheOrbDoesNotUnderstand) {
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"-ORBInitRef", "foo"}, std::vector<std::string>{"-ORBbogus", "x"}}) {
+        const RunResult result = qv_test::Run({QV_NOTIFY_SERVICE, options[0], options[1]});
+        EXPECT_EQ(result.code, 2);
+        EXPECT_THAT(result.err, AllOf(HasSubstr(options[0]), HasSubstr("the line before says which")));
+    }
+}
+
+TEST_F(NotifyProgram, NamesThePortThatTheSystemChose) {
+    ChildProcess service({QV_NOTIFY_SERVICE});
+    ASSERT_TRUE(service.WaitForOut("/NotifyEventChannelFactory")) << service.Err();
+    EXPECT_THAT(service.Out(),
+                testing::MatchesRegex("Notify_Service: serving corbaloc:iiop:[^*:]+:[1-9][0-9]*/"
+                                      "NotifyEventChannelFactory\n"));
+}
+
 TEST_F(NotifyProgram, WritesItsReferenceAndItsProcessId) {
     const std::string ior = dir.File("notify.ior");
     const std::string pid = dir.File("notify.pid");
