@@ -3,15 +3,24 @@
 #include <chrono>
 #include <utility>
 
+#include "agent/corbabaseagentconfig.h"
+
 namespace qv_demo {
 namespace {
 
 constexpr std::chrono::seconds kLongestWait{2};
+constexpr unsigned long kLongestCall = 50000000;  // 5 s in units of 100 ns
+
+void LimitCallsOfThisThread() {
+    CORBA::ORB_var orb = NS_CORBA::CorbaBaseAgentConfig::Instance()->GetOrb();
+    NS_CORBA::CorbaBaseAgentConfig::Instance()->SetCurrentThreadTimeOutPolicy(orb, kLongestCall);
+}
 
 }  // namespace
 
 CallingThread::CallingThread(std::shared_ptr<Shared> shared, Work work)
     : shared_(std::move(shared)), thread_([kept = shared_, run = std::move(work)] {
+          LimitCallsOfThisThread();
           std::unique_lock<std::mutex> lock(kept->mutex);
           run(lock);
           kept->ended = true;

@@ -8,9 +8,9 @@
 
 namespace qv_demo {
 
-/// A thread that calls OSSs. One whose machine is gone may keep it busy for minutes, so a stop waits two
-/// seconds at most for a call that is under way and leaves the thread to itself after that. For one thread
-/// alone.
+/// A thread that calls OSSs, none of them for longer than five seconds. A stop waits two seconds at most for
+/// calls that are under way and leaves the thread to itself after that. To be made once the agent has its
+/// ORB. For one thread alone.
 class CallingThread {
   public:
     /// What the work and its owner share; lives for as long as either.

@@ -2,21 +2,10 @@
 
 #include <deque>
 
-#include "agent/corbabaseagentconfig.h"
 #include "demo/agent/console.h"
 #include "logging/corbalogutil.h"
 
 namespace qv_demo {
-namespace {
-
-constexpr unsigned long kLongestCall = 50000000;  // 5 s in units of 100 ns
-
-void LimitCallsOfThisThread() {
-    CORBA::ORB_var orb = NS_CORBA::CorbaBaseAgentConfig::Instance()->GetOrb();
-    NS_CORBA::CorbaBaseAgentConfig::Instance()->SetCurrentThreadTimeOutPolicy(orb, kLongestCall);
-}
-
-}  // namespace
 
 struct LossAnnouncer::Notice {
     bool begins = false;
@@ -54,7 +43,6 @@ void LossAnnouncer::Post(const Notice& notice) {
 }
 
 void LossAnnouncer::Run(State& state, std::unique_lock<std::mutex>& lock) {
-    LimitCallsOfThisThread();
     for (;;) {
         state.changed.wait(lock, [&] { return state.stop || !state.notices.empty(); });
         if (state.stop) {

@@ -10,8 +10,9 @@
 
 namespace qv_demo {
 
-/// Pings the OSSs' ends of the sessions and ends the session of one that failed to answer twice in a row. An
-/// OSS whose machine is gone may keep its thread busy for minutes, which is why nothing else is done there.
+/// Pings the OSSs' ends of the sessions and ends the session of one that failed to answer twice in a row. One
+/// that doesn't answer keeps the pings of the others waiting for some seconds, which is why nothing else is
+/// done in that thread.
 class OssPinger {
   public:
     OssPinger(const Ems& ems, std::chrono::seconds interval);

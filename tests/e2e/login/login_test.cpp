@@ -1,12 +1,17 @@
 // Who gets a session, for how long, and what a session may hold.
 #include <gmock/gmock.h>
+#include <signal.h>
 
 #include "tests/e2e/harness/deployment.h"
+#include "tests/support/wait_for.h"
 
 namespace qv_e2e {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::HasSubstr;
+
+constexpr char kNoAnswer[] = "(the OSS does not answer)";
 
 class Login : public testing::Test {
   protected:
@@ -83,8 +88,22 @@ TEST_F(Login, TheSessionOfAnOssThatVanishedEnds) {
         const auto vanishing = deployment.HoldSession(60000);
         vanishing->Kill();
     }
-    EXPECT_TRUE(deployment.agent().WaitForOut("(the OSS does not answer)"));
+    EXPECT_TRUE(deployment.agent().WaitForOut(kNoAnswer));
     EXPECT_EQ(deployment.Oss({"login"}).code, 0);
+}
+
+TEST_F(Login, AnOssThatStandsStillDoesNotKeepTheSessionsOfOthers) {
+    deployment.Set("ShakeHandWithOSS", "true");
+    Start();
+    const auto frozen = deployment.HoldSession(60000);
+    frozen->Signal(SIGSTOP);
+    deployment.HoldSession(60000)->Kill();
+    const auto ended = [&] {
+        const std::string said = deployment.agent().Out();
+        const auto first = said.find(kNoAnswer);
+        return first != std::string::npos && said.find(kNoAnswer, first + 1) != std::string::npos;
+    };
+    EXPECT_TRUE(qv_test::WaitFor(ended, 60s)) << deployment.agent().Out();
 }
 
 TEST_F(Login, AnOssThatAnswersIsNotTakenForVanished) {
