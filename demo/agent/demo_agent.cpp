@@ -11,6 +11,7 @@
 #include "demo/agent/startup_checks.h"
 #include "demo/agent/task_context.h"
 #include "logging/logmgr.h"
+#include "orb/object_access.h"
 #include "platform/environment.h"
 #include "request/corbasecurity.h"
 #include "standalone/users_file.h"
@@ -32,6 +33,18 @@ std::string OwnAddress() {
     std::string address;
     Config().GetEmsAdditionalInfo(location, address);
     return address;
+}
+
+/// The agent's address, with the port that was chosen where the configuration leaves it to the system.
+std::string ListensOn(CORBA::Object_ptr factory) {
+    const std::string configured = OwnAddress();
+    const std::size_t colon = configured.rfind(':');
+    if (configured.substr(colon + 1) != "0") {
+        return configured;
+    }
+    return Config().GetSSLMode() == 0
+               ? qv_orb::EndpointOf(factory)
+               : configured.substr(0, colon) + ", at an SSL port of the system's choice";
 }
 
 std::string WhyNoOrb() {
@@ -138,7 +151,7 @@ void DemoAgent::ServeRequests() {
 
 void DemoAgent::SayWhereItIs() const {
     const std::string logs = NS_BUNDLEMGR1::GetNBILogPath();
-    Say("listens on      " + OwnAddress());
+    Say("listens on      " + ListensOn(factory_.in()));
     Say("EMS             " + Config().EmsName() + " with " + std::to_string(inventory_->size()) +
         " elements");
     Say("logs            " + logs +
