@@ -98,7 +98,9 @@ bool ChannelTraffic::Full(const Properties& properties) const {
 // The longest queue holds what nobody else waits for any more; the intake is one of them.
 void ChannelTraffic::MakeRoom(const Properties& properties) {
     if (properties.reject) {
-        Reject("its consumers have taken some. See which consumer is slow.");
+        Reject(
+            " bytes) and rejects new events with IMP_LIMIT until its consumers have taken some. See which "
+            "consumer is slow.");
     }
     const std::shared_ptr<const Routes::Groups> groups = m_routes->Get();
     while (Full(properties)) {
@@ -107,8 +109,8 @@ void ChannelTraffic::MakeRoom(const Properties& properties) {
             const Intake::Discarded discarded = m_intake->DiscardOne();
             if (discarded == Intake::Discarded::kOnlyKeptOnesWait) {
                 Reject(
-                    "those that are kept have been handed to its consumers. Their filters take long, or "
-                    "its store can't be written.");
+                    " bytes) and rejects new events with IMP_LIMIT until those that are kept have been "
+                    "handed to its consumers. Their filters take long, or its store can't be written.");
             }
             if (discarded == Intake::Discarded::kNothingWaits) {
                 return;  // feeds are about to have it
@@ -119,11 +121,10 @@ void ChannelTraffic::MakeRoom(const Properties& properties) {
     }
 }
 
-void ChannelTraffic::Reject(const std::string& until) const {
+void ChannelTraffic::Reject(const std::string& end_of_sentence) const {
     m_around.log->Tell(m_path + " full", "channel " + m_path + " is full (" +
                                              std::to_string(m_held->Events()) + " events, " +
-                                             std::to_string(m_held->Bytes()) +
-                                             " bytes) and rejects new events with IMP_LIMIT until " + until);
+                                             std::to_string(m_held->Bytes()) + end_of_sentence);
     throw CORBA::IMP_LIMIT(0, CORBA::COMPLETED_NO);
 }
 

@@ -58,7 +58,7 @@ class ChannelTraffic {
 
     std::shared_ptr<const Properties> Current() const;
     void MakeRoom(const Properties& properties);
-    [[noreturn]] void Reject(const std::string& until) const;
+    [[noreturn]] void Reject(const std::string& end_of_sentence) const;
     bool Full(const Properties& properties) const;
     std::int64_t NumberOfUnkept();
     void RaiseLastTo(std::int64_t sequence);

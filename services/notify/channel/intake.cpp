@@ -65,7 +65,8 @@ std::size_t Intake::Depth() const {
 
 Intake::Discarded Intake::DiscardOne() {
     EventPtr event;
-    std::string losses;
+    std::size_t waiting = 0;
+    std::uint64_t discarded = 0;
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         if (m_unkept.empty()) {
@@ -74,14 +75,14 @@ Intake::Discarded Intake::DiscardOne() {
         event = std::move(*m_unkept.front());
         m_waiting.erase(m_unkept.front());
         m_unkept.pop_front();
-        losses = std::to_string(m_waiting.size()) + " events wait for that, " +
-                 std::to_string(++m_discarded) + " were dropped so far";
+        waiting = m_waiting.size();
+        discarded = ++m_discarded;
     }
     m_log.Tell(m_channel + " dropped",
                "event " + std::to_string(event->sequence) + " of channel " + m_channel +
-                   " was dropped before it was handed to consumers, as the channel "
-                   "is full; " +
-                   losses + ". Their filters take long, or its store can't be written.");
+                   " was dropped before it was handed to consumers, as the channel is full; " +
+                   std::to_string(waiting) + " events wait for that, " + std::to_string(discarded) +
+                   " were dropped so far. Their filters take long, or its store can't be written.");
     return Discarded::kOne;
 }
 

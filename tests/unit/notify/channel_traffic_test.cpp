@@ -227,6 +227,10 @@ TEST_F(ChannelTrafficTest, ClosedItTakesNothing) {
 class StuckIntake : public ChannelTrafficTest {
   protected:
     StuckIntake() { qos[CosNotification::EventReliability] = std::int16_t{CosNotification::Persistent}; }
+    ~StuckIntake() override {  // while there is the store
+        intake_pool.Stop();
+        intake_pool.WaitUntilIdle(std::chrono::steady_clock::now() + 30s);
+    }
     /// Two events wait for the consumer, and `kept` ones in front of it.
     std::unique_ptr<ChannelTraffic> MakeStuck(int kept, std::size_t limit) {
         auto traffic = MakeTraffic(&failing.store, ChannelLimits{limit, 0});
