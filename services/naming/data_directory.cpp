@@ -38,6 +38,34 @@ std::string FirstLine(const fs::path& file) {
         "the rights or the space of the directory, or name another with \"-u\".");
 }
 
+fs::path LinkTo(const fs::path& file) {
+    return file.string() + ".start";
+}
+
+// A hard link takes no space, and the name server replaces its files instead of rewriting them.
+void Link(const fs::path& file) {
+    std::error_code error;
+    fs::remove(LinkTo(file), error);
+    if (fs::exists(file, error)) {
+        fs::create_hard_link(file, LinkTo(file), error);
+        if (error) {
+            FailFile("Keeping the bindings under", LinkTo(file), error.message());
+        }
+    }
+}
+
+// What wasn't there goes.
+void BringBack(const fs::path& file) {
+    std::error_code error;
+    if (!fs::exists(LinkTo(file), error)) {
+        fs::remove(file, error);
+        return;
+    }
+    // POSIX leaves both names when they are links to one file, hence the second step.
+    fs::rename(LinkTo(file), file, error);
+    fs::remove(LinkTo(file), error);
+}
+
 }  // namespace
 
 fs::path ChooseDataDirectory(const Settings& settings) {
@@ -67,10 +95,6 @@ fs::path DataDirectory::BindingFile() const {
 
 fs::path DataDirectory::BackupFile() const {
     return directory_ / "omninames.bak";
-}
-
-fs::path DataDirectory::Remembered() const {
-    return directory_ / "omninames.start";
 }
 
 void DataDirectory::Create() const {
@@ -147,29 +171,19 @@ std::string DataDirectory::DropCutRecord() {
 }
 
 void DataDirectory::Remember() {
-    std::error_code error;
-    fs::remove(Remembered(), error);
-    if (fs::exists(BindingFile(), error)) {
-        // A hard link takes no space, and the name server replaces its file instead of rewriting it.
-        fs::create_hard_link(BindingFile(), Remembered(), error);
-        if (error) {
-            FailFile("Keeping the bindings under", Remembered(), error.message());
-        }
-    }
+    Link(BindingFile());
+    Link(BackupFile());
 }
 
 void DataDirectory::Commit() {
     std::error_code error;
-    fs::remove(Remembered(), error);
+    fs::remove(LinkTo(BindingFile()), error);
+    fs::remove(LinkTo(BackupFile()), error);
 }
 
 void DataDirectory::RollBack() {
-    std::error_code error;
-    if (fs::exists(Remembered(), error)) {
-        // POSIX leaves both names when they are links to one file, hence the second step.
-        fs::rename(Remembered(), BindingFile(), error);
-        fs::remove(Remembered(), error);
-    }
+    BringBack(BindingFile());
+    BringBack(BackupFile());
 }
 
 }  // namespace qv_naming

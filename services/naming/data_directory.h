@@ -35,13 +35,12 @@ class DataDirectory {
     /// was well. Throws StartError.
     std::string Repair();
 
-    /// Remembers the bindings as they are now, until Commit or RollBack. Throws StartError.
+    /// Remembers the bindings and their backup as they are now, until Commit or RollBack. Throws StartError.
     void Remember();
     void Commit();
     void RollBack();
 
   private:
-    std::filesystem::path Remembered() const;
     void Create() const;
     void Lock(std::chrono::milliseconds patience);
     std::string DropCutRecord();

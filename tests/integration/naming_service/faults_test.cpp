@@ -145,6 +145,8 @@ TEST_F(DamagedBindings, LineOfGarbageIsRefusedAndNothingChanged) {
     EXPECT_EQ(m_run.Start().Wait(), 1);
     EXPECT_THAT(m_run.Service().Err(),
                 HasSubstr("Put a good copy in its place, such as " + backup + ", or move"));
+    EXPECT_EQ(ReadFile(m_run.BindingFile()), damaged);
+    EXPECT_EQ(ReadFile(backup), m_good) << "the name server may have made another before it was ended";
     std::filesystem::remove(backup);
     EXPECT_EQ(m_run.Start().Wait(), 1);
     EXPECT_THAT(m_run.Service().Err(), HasSubstr("Put a good copy in its place, or move it away"));
