@@ -40,7 +40,8 @@ SuppilerMgr::ChannelCheck SuppilerMgr::CheckChannel() {
             return --m_nRestoreCount == 0 ? ChannelCheck::kRestored : ChannelCheck::kDone;
         }
         m_nRestoreCount = kGoodChecks;
-        undecided = ChannelCheck::kDone;
+        undecided =
+            ChannelCheck::kDone;  // NOLINT(clang-analyzer-deadcode.DeadStores): HeartBeating may raise
         HeartBeating();
         return ChannelCheck::kDone;
     } catch (CORBA::OBJECT_NOT_EXIST&) {

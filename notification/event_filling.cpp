@@ -53,6 +53,7 @@ void SuppilerMgr::FormatLog(const std::string& name, int value, std::stringstrea
     FormatLog(name, std::to_string(value), out);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes it by value
 void fillFixedHeader(std::string typeName, CosNotification::StructuredEvent& event) {
     CosNotification::FixedEventHeader& header = event.header.fixed_header;
     header.event_type.domain_name = CORBA::string_dup(kEventDomain);

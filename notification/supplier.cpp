@@ -65,6 +65,7 @@ int SuppilerMgr::regist(std::string type) {
     return 0;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes it by value
 int SuppilerMgr::unRegist(std::string type) {
     const std::lock_guard<std::shared_mutex> guard(g_typesLock);
     m_setRegisteredTypes.erase(type);

@@ -56,6 +56,7 @@ class QV_API CorbaClientID {
 /// Destroy() waits for the task's thread under the one lock under which every singleton is made. What that
 /// thread logs would wait for the same lock if there were no log manager: Destroy() comes before
 /// CorbaLogMgr::Destroy().
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): only Destroy ends the one object
 class QV_API CorbaSecurityMgr : public ACE_Task_Base {
   public:
     /// The security service is not there: result of Login, Login_i and checkLogin.

@@ -37,6 +37,7 @@ CORBA::Boolean RequestReceived(omni::omniInterceptors::serverReceiveRequest_T::i
 // The ORB's interface has no virtual destructor; this one lives as long as the process.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): nobody deletes it
 class NamingInitialiser final : public omni::omniInitialiser {
   public:
     void attach() override { omniORB::getInterceptors()->serverReceiveRequest.add(RequestReceived); }

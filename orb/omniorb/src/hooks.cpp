@@ -68,6 +68,7 @@ void ThreadCreated(omni::omniInterceptors::createThread_T::info_T& info) {
 // The ORB's interface has no virtual destructor; the one listener lives as long as the process.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): nobody deletes it
 class DestructionListener final : public omni::omniInitialiser {
   public:
     explicit DestructionListener(void (*function)()) : function_(function) {}
