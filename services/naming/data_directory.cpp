@@ -173,15 +173,20 @@ std::string DataDirectory::DropCutRecord() {
 void DataDirectory::Remember() {
     Link(BindingFile());
     Link(BackupFile());
+    remembers_ = true;
 }
 
 void DataDirectory::Commit() {
+    remembers_ = false;
     std::error_code error;
     fs::remove(LinkTo(BindingFile()), error);
     fs::remove(LinkTo(BackupFile()), error);
 }
 
 void DataDirectory::RollBack() {
+    if (!std::exchange(remembers_, false)) {
+        return;
+    }
     BringBack(BindingFile());
     BringBack(BackupFile());
 }

@@ -37,7 +37,10 @@ class DataDirectory {
 
     /// Remembers the bindings and their backup as they are now, until Commit or RollBack. Throws StartError.
     void Remember();
+    /// Lets what was remembered go. Without effect when nothing is.
     void Commit();
+    /// Brings back what was remembered; a file that there was not goes. Without effect when nothing is
+    /// remembered.
     void RollBack();
 
   private:
@@ -47,6 +50,7 @@ class DataDirectory {
 
     std::filesystem::path directory_;
     int lock_ = -1;
+    bool remembers_ = false;
 };
 
 }  // namespace qv_naming

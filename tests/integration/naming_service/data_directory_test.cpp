@@ -59,6 +59,28 @@ TEST_F(DataDirectoryTest, CommitKeepsTheNewFile) {
     EXPECT_EQ(ReadFile(data.BindingFile()), "after\n");
 }
 
+TEST_F(DataDirectoryTest, RollsBackTheBackupAsWell) {
+    DataDirectory data = Open();
+    Write(data.BindingFile(), "damaged\n");
+    Write(data.BackupFile(), "good\n");
+    data.Remember();
+    std::filesystem::rename(data.BindingFile(), data.BackupFile());
+    Write(data.BindingFile(), "half\n");
+    data.RollBack();
+    EXPECT_EQ(ReadFile(data.BindingFile()), "damaged\n");
+    EXPECT_EQ(ReadFile(data.BackupFile()), "good\n");
+}
+
+TEST_F(DataDirectoryTest, RollsBackToNoBackupWhereThereWasNone) {
+    DataDirectory data = Open();
+    Write(data.BindingFile(), "damaged\n");
+    data.Remember();
+    std::filesystem::rename(data.BindingFile(), data.BackupFile());
+    data.RollBack();
+    EXPECT_EQ(ReadFile(data.BindingFile()), "damaged\n");
+    EXPECT_FALSE(std::filesystem::exists(data.BackupFile()));
+}
+
 TEST_F(DataDirectoryTest, RepairLeavesAGoodFileAlone) {
     DataDirectory data = Open();
     EXPECT_EQ(data.Repair(), "");
