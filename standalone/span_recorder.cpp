@@ -115,7 +115,7 @@ bool SpanRecorder::Stop(std::chrono::milliseconds limit) {
     }
     m_collector->Close(end);
     // A little more for the thread to come back from the connection that was cut off.
-    return m_collector->WaitForEnd(end + std::chrono::milliseconds(100)) && written;
+    return m_collector->WaitForEnd(end + std::chrono::seconds(1)) && written;
 }
 
 }  // namespace qv_standalone

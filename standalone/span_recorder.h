@@ -45,8 +45,9 @@ class SpanRecorder {
     /// 0, or -1 when the span was dropped or isn't an object.
     int Report(const Json::Value& span, const Json::Value& extra) noexcept;
 
-    /// Accepts no more spans, and waits until those accepted are written and sent, no longer than `limit`.
-    /// False when the threads still run then.
+    /// Accepts no more spans, and waits until those accepted are written and sent, no longer than `limit`; a
+    /// second longer for the thread that sends, whose connection is cut off then. False when the threads
+    /// still run at the end.
     bool Stop(std::chrono::milliseconds limit);
 
   private:
