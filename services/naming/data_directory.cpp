@@ -97,6 +97,11 @@ fs::path DataDirectory::BackupFile() const {
     return directory_ / "omninames.bak";
 }
 
+bool DataDirectory::HasBackup() const {
+    std::error_code unreadable;
+    return fs::exists(remembers_ ? LinkTo(BackupFile()) : BackupFile(), unreadable);
+}
+
 void DataDirectory::Create() const {
     std::error_code error;
     fs::create_directories(directory_, error);

@@ -28,6 +28,8 @@ class DataDirectory {
     const std::filesystem::path& Path() const { return directory_; }
     std::filesystem::path BindingFile() const;
     std::filesystem::path BackupFile() const;
+    /// Whether there is a backup; one that the name server made since Remember doesn't count.
+    bool HasBackup() const;
 
     /// Repairs what an interrupted name server leaves behind: a binding file that is missing between two
     /// steps of a checkpoint comes back from the backup; a last record that was cut short is dropped and the

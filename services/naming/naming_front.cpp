@@ -61,14 +61,12 @@ class StartGuard {
 };
 
 [[noreturn]] void FailDamaged(const DataDirectory& data, const std::string& line) {
-    std::error_code unreadable;
-    const std::string backup = data.BackupFile().string();
     throw StartError(
         "The binding file " + data.BindingFile().string() + " is damaged" +
         (line.empty() ? "" : " at " + line) +
         ", so bindings would be lost; the naming service does not run and left it as it is. Put a good "
         "copy in its place" +
-        (std::filesystem::exists(backup, unreadable) ? ", such as " + backup : "") +
+        (data.HasBackup() ? ", such as " + data.BackupFile().string() : "") +
         ", or move it away to start with no bindings.");
 }
 

@@ -140,12 +140,15 @@ TEST_F(Filters, WhatIsWrongChangesNothing) {
 
 TEST_F(Filters, TakeSoManyConstraintsAndNoMore) {
     const auto filter = Make({"$number == 1"});
-    filter->add_constraints(Constraints(std::vector<const char*>(9999, "$number == 2")));
+    CosNotifyFilter::ConstraintInfoSeq_var added =
+        filter->add_constraints(Constraints(std::vector<const char*>(9999, "$number == 2")));
+    EXPECT_EQ(added->length(), 9999U);
     EXPECT_THROW(filter->add_constraints(Constraints({"$number == 3"})), CORBA::IMP_LIMIT);
     const CosNotifyFilter::ConstraintInfoSeq_var all = filter->get_all_constraints();
     EXPECT_EQ(all->length(), 10000U);
     filter->remove_all_constraints();
-    filter->add_constraints(Constraints({"$number == 3"}));
+    added = filter->add_constraints(Constraints({"$number == 3"}));
+    EXPECT_EQ(added->length(), 1U);
 }
 
 TEST_F(Filters, AreUsedInSuchNumbersAndNoMore) {
