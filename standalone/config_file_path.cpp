@@ -14,7 +14,7 @@ std::string Environment(const char* name) {
 }  // namespace
 
 std::string ConfigFilePath() {
-    const std::string file = Environment("QV_AGENT_CONFIG");
+    std::string file = Environment("QV_AGENT_CONFIG");
     if (!file.empty()) {
         return file;
     }

@@ -36,6 +36,10 @@ std::string Host(const SettingsFile& file, const std::string& process) {
     return host == "127.0.0.1" ? "localhost" : host;
 }
 
+std::string AlsoTaken(const std::string& port, const std::string& other) {
+    return "port " + port + " is also the one of " + other;
+}
+
 void CheckPorts(SettingsFile& file, bool ssl) {
     std::map<std::string, std::string> takenBy;  // "host:port" to the key that takes it
     for (const char* const process : {"NamingService", "NotifyService", "CORBAAgent"}) {
@@ -51,8 +55,7 @@ void CheckPorts(SettingsFile& file, bool ssl) {
                 const bool mentioned = LineOfKey(file, key) > 0;
                 const std::string& at = mentioned ? key : entry->second;
                 const std::string& other = mentioned ? entry->second : key;
-                file.findings.push_back(
-                    {LineOfKey(file, at), at, "port " + port + " is also the one of " + other, kStays});
+                file.findings.push_back({LineOfKey(file, at), at, AlsoTaken(port, other), kStays});
             }
         }
     }

@@ -93,7 +93,7 @@ PostResult HttpPost::Post(const std::string& json, std::chrono::milliseconds tim
     curl_easy_setopt(m_handles->easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(json.size()));
     curl_easy_setopt(m_handles->easy, CURLOPT_POSTFIELDS, json.c_str());
     curl_multi_add_handle(m_handles->multi, m_handles->easy);
-    const PostResult result = Run(Clock::now() + timeout);
+    PostResult result = Run(Clock::now() + timeout);
     curl_multi_remove_handle(m_handles->multi, m_handles->easy);
     return result;
 }

@@ -17,7 +17,7 @@
 namespace qv_standalone {
 namespace {
 
-constexpr std::uintmax_t kLargestFile = 1024 * 1024;
+constexpr std::uintmax_t kLargestFile = 1024UL * 1024;
 
 int LineOf(const toml::node& node) {
     return static_cast<int>(node.source().begin.line);

@@ -18,12 +18,12 @@ constexpr std::size_t kUsualLength = 1024;
 
 std::unique_ptr<SpanCollector> MakeCollector(const SpanCollectorOptions& options,
                                              const SpanRecorder::Tell& tell,
-                                             const std::function<SpanRecorder::Clock::time_point()>& now) {
+                                             std::function<SpanRecorder::Clock::time_point()> now) {
     if (options.url.empty()) {
         return nullptr;
     }
     try {
-        return std::make_unique<SpanCollector>(options, tell, now);
+        return std::make_unique<SpanCollector>(options, tell, std::move(now));
     } catch (const std::exception& error) {
         tell(std::string("call_chain_collector can't be used (") + error.what() +
              "); spans go to callchain.jsonl alone");
@@ -55,7 +55,7 @@ SpanRecorder::SpanRecorder(const SpanRecorderOptions& options, Tell tell,
                            " spans were dropped, because they come faster than they can be written, or are "
                            "too long; call_chain_queue sets how many may wait");
                 }),
-      m_collector(MakeCollector(options.collector, m_tell, now)) {}
+      m_collector(MakeCollector(options.collector, m_tell, std::move(now))) {}
 
 SpanRecorder::~SpanRecorder() {
     Stop(std::chrono::milliseconds(0));

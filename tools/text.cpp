@@ -128,7 +128,8 @@ std::string Duration(std::int64_t ms) {
     }
     const std::int64_t seconds = ms / 1000;
     if (seconds < 60) {
-        std::snprintf(text, sizeof text, "%.2f s", static_cast<double>(ms / 10) / 100.0);
+        const std::int64_t hundredths = ms / 10;  // cut: 59.999 s are not a minute yet
+        std::snprintf(text, sizeof text, "%.2f s", static_cast<double>(hundredths) / 100.0);
     } else if (seconds < 3600) {
         std::snprintf(text, sizeof text, "%d min %02d s", static_cast<int>(seconds / 60),
                       static_cast<int>(seconds % 60));

@@ -65,7 +65,7 @@ struct PassPhrase {
         if (!phrase->text || size < 0 || phrase->text->size() > static_cast<std::size_t>(size)) {
             return -1;
         }
-        std::memcpy(buffer, phrase->text->data(), phrase->text->size());
+        std::copy(phrase->text->begin(), phrase->text->end(), buffer);
         return static_cast<int>(phrase->text->size());
     }
 };

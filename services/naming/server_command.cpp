@@ -5,6 +5,13 @@
 #include "orb/ssl/tls_setup.h"
 
 namespace qv_naming {
+namespace {
+
+std::string EndPoint(const char* transport, const std::string& host, const std::string& port) {
+    return transport + host + ":" + port;
+}
+
+}  // namespace
 
 std::vector<std::string> ServerCommand(const Settings& settings, const qv_ssl::SslSettings* ssl,
                                        const std::filesystem::path& data, const AddressList& addresses) {
@@ -16,14 +23,14 @@ std::vector<std::string> ServerCommand(const Settings& settings, const qv_ssl::S
         command.insert(command.end(), {option, value});
     };
     for (const std::string& address : addresses) {
-        add("-ORBendPoint", "giop:tcp:" + address + ":" + port);
+        add("-ORBendPoint", EndPoint("giop:tcp:", address, port));
     }
-    std::string published = "giop:tcp:" + settings.host + ":" + port;
+    std::string published = EndPoint("giop:tcp:", settings.host, port);
     if (ssl != nullptr) {
         for (const std::string& address : addresses) {
-            add("-ORBendPoint", "giop:ssl:" + address + ":" + ssl_port);
+            add("-ORBendPoint", EndPoint("giop:ssl:", address, ssl_port));
         }
-        published += ",giop:ssl:" + settings.host + ":" + ssl_port;
+        published += "," + EndPoint("giop:ssl:", settings.host, ssl_port);
         add("-ORBclientTransportRule", ssl->no_protection ? "* unix,ssl,tcp" : "* unix,ssl");
         add("-ORBsslAcceptTimeOut", std::to_string(qv_ssl::kHandshakePatience.count()));
     }

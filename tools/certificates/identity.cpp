@@ -93,7 +93,7 @@ void AddRevoked(X509_CRL* list, const Identity& identity, const ASN1_TIME* date)
                 X509_REVOKED_set_revocationDate(entry.get(), const_cast<ASN1_TIME*>(date)) == 1 &&
                 X509_CRL_add0_revoked(list, entry.get()) == 1,
             "a certificate can't be put on the revocation list");
-    entry.release();  // the list's now
+    static_cast<void>(entry.release());  // the list's now
 }
 
 std::string PemText(X509_CRL* list) {

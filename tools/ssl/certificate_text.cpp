@@ -14,7 +14,7 @@ std::time_t TimeOf(const ASN1_TIME* time, std::time_t otherwise) {
 }
 
 long WholeDays(std::time_t from, std::time_t to) {
-    constexpr long kDay = 24 * 60 * 60;  // seconds
+    constexpr long kDay = 24L * 60 * 60;  // seconds
     const long seconds = to - from;
     return seconds / kDay - (seconds % kDay < 0 ? 1 : 0);
 }

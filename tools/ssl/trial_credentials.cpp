@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::time_t kDay = 24 * 60 * 60;  // seconds
+constexpr std::time_t kDay = 24L * 60 * 60;  // seconds
 constexpr const char* kListDirectory = "etc/ssl/nbi/crl";
 
 std::string RandomPassPhrase() {
@@ -101,7 +101,7 @@ class Maker {
     std::string Final(const std::string& name) const { return (m_place / name).string(); }
 
     Identity Authority(const std::string& name) const {
-        const Identity identity = MakeSelfSigned({name, {}, true}, Now());
+        Identity identity = MakeSelfSigned({name, {}, true}, Now());
         Write(name + ".pem", CertificateText({identity}), kForReaders);
         Write(name + "-key.pem", KeyText(identity, ""), kForOwner);
         return identity;

@@ -25,8 +25,8 @@ void LetOthersGoAhead() {
 
 WorkPool::WorkPool(std::size_t max_threads, OperatorLog* log, ThreadStart start)
     : m_max_threads(std::max<std::size_t>(1, max_threads)),
-      m_least_at_a_time(
-          std::min<std::size_t>(m_max_threads, 2 * std::max(1U, std::thread::hardware_concurrency()))),
+      m_least_at_a_time(std::min<std::size_t>(
+          m_max_threads, std::size_t{2} * std::max(1U, std::thread::hardware_concurrency()))),
       m_log(log),
       m_start(std::move(start)),
       m_at_a_time(m_least_at_a_time) {

@@ -151,7 +151,7 @@ class TypeTableBuilder {
             TooLarge();
         }
         const std::uint32_t kind = reader.ULong();
-        const char* const place = reader.Position() - sizeof kind;
+        const auto place = reinterpret_cast<std::uintptr_t>(reader.Position() - sizeof kind);
         if (kind == kIndirection) {
             return Indirect(reader);
         }
@@ -172,8 +172,7 @@ class TypeTableBuilder {
     Index Indirect(CdrReader& reader) {
         const std::int64_t offset = static_cast<std::int32_t>(reader.ULong());
         const auto from = reinterpret_cast<std::uintptr_t>(reader.Position() - sizeof(std::uint32_t));
-        const auto target =
-            m_places.find(reinterpret_cast<const char*>(from + static_cast<std::uintptr_t>(offset)));
+        const auto target = m_places.find(from + static_cast<std::uintptr_t>(offset));
         if (target == m_places.end()) {
             NotAType();
         }
@@ -285,7 +284,7 @@ class TypeTableBuilder {
     }
 
     std::shared_ptr<TypeTable> m_table = std::make_shared<TypeTable>();
-    std::map<const char*, Index> m_places;
+    std::map<std::uintptr_t, Index> m_places;
 };
 
 TypeTablePtr TypeTable::Read(CdrReader& reader) {

@@ -11,8 +11,8 @@
 #include "services/common/ssl_profile.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
-#include "services/notify/program/call_limit.h"
 #include "services/notify/program/data_directory.h"
+#include "services/notify/program/orb_start.h"
 
 namespace qv_notify {
 
@@ -67,16 +67,8 @@ std::string LookAtStore(const Settings& settings) {
 }
 
 std::string LookAtNaming(const Settings& settings) {
-    std::vector<std::string> texts = settings.orb_arguments;
-    std::vector<char*> arguments;
-    for (std::string& text : texts) {
-        arguments.push_back(text.data());
-    }
-    arguments.push_back(nullptr);
-    int count = static_cast<int>(texts.size());
     try {
-        const CORBA::ORB_var orb = CORBA::ORB_init(count, arguments.data());
-        LimitCalls(orb.in(), settings.call_timeout);
+        const CORBA::ORB_var orb = InitOrb(settings);
         const CORBA::Object_var object = orb->resolve_initial_references("NameService");
         const CosNaming::NamingContext_var root = CosNaming::NamingContext::_narrow(object.in());
         if (CORBA::is_nil(root.in())) {

@@ -16,9 +16,9 @@
 #include "services/common/ssl_profile.h"
 #include "services/common/start_error.h"
 #include "services/common/text_file.h"
-#include "services/notify/program/call_limit.h"
 #include "services/notify/program/data_directory.h"
 #include "services/notify/program/naming_registration.h"
+#include "services/notify/program/orb_start.h"
 
 namespace qv_notify {
 
@@ -151,7 +151,6 @@ void NotifyFront::Run() {
     // Who asks for a channel now is not to hear that it doesn't exist, and make another one.
     std::optional<qv_orb::RequestHold> hold(std::in_place);
     const CORBA::ORB_var orb = StartOrb();
-    LimitCalls(orb.in(), m_settings.call_timeout);
     ServiceContext service(orb.in(), store.get(), log, m_settings.limits);
 
     try {
@@ -220,15 +219,8 @@ std::unique_ptr<Store> NotifyFront::OpenStore() const {
 }
 
 CORBA::ORB_ptr NotifyFront::StartOrb() const {
-    std::vector<char*> arguments;
-    std::vector<std::string> texts = m_settings.orb_arguments;
-    for (std::string& text : texts) {
-        arguments.push_back(text.data());
-    }
-    arguments.push_back(nullptr);
-    int count = static_cast<int>(texts.size());
     try {
-        return CORBA::ORB_init(count, arguments.data());
+        return InitOrb(m_settings);
     } catch (const CORBA::BAD_PARAM&) {
         throw StartError(
             "The ORB doesn't understand one of its options, and the line before says which. Correct the "
@@ -239,6 +231,14 @@ CORBA::ORB_ptr NotifyFront::StartOrb() const {
                          "). Check the -ORB options, " + "the end point " + Address(m_settings) +
                          " above all.");
     }
+}
+
+std::string NotifyFront::Place(const std::string& endpoint) const {
+    if (m_settings.ssl_port && *m_settings.ssl_port == 0) {
+        return m_settings.factory_name +
+               " by SSL, at a port that the system has chosen and only the reference tells";
+    }
+    return Corbaloc(endpoint) + "/" + m_settings.factory_name;
 }
 
 std::string NotifyFront::Corbaloc(const std::string& endpoint) const {
@@ -263,7 +263,7 @@ void NotifyFront::Announce(const std::string& reference, const std::string& endp
         qv_service::ReplaceTextFile(m_settings.pid_file, std::to_string(getpid()) + "\n",
                                     "the process id of the notification service");
     }
-    std::string serving = "serving " + Corbaloc(endpoint) + "/" + m_settings.factory_name;
+    std::string serving = "serving " + Place(endpoint);
     if (store != nullptr) {
         serving += ", " + std::to_string(restored.channels) + " channels, " +
                    std::to_string(restored.consumers) + " consumers and " + std::to_string(restored.events) +

@@ -26,6 +26,7 @@ class NotifyFront {
   private:
     void CheckSurroundings() const;
     std::unique_ptr<Store> OpenStore() const;
+    std::string Place(const std::string& endpoint) const;
     std::string Corbaloc(const std::string& endpoint) const;
     CORBA::ORB_ptr StartOrb() const;
     [[noreturn]] void Serve(CORBA::ORB_ptr orb, ServiceContext& service, Store* store,

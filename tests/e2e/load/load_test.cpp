@@ -43,7 +43,7 @@ TEST(Load, TwoHundredClientsAtOnce) {
     // The hashes' working memory goes back; what stays is the allocator's, and sanitizers keep more on
     // purpose.
     if (!qv_test::kSanitized) {
-        EXPECT_LT(ResidentKilobytes(deployment.agent().pid()), memory + 300 * 1024);
+        EXPECT_LT(ResidentKilobytes(deployment.agent().pid()), memory + 300UL * 1024);
     }
 }
 

@@ -18,8 +18,8 @@
 namespace qv_e2e {
 namespace {
 
-constexpr int kRoom = 64 * 1024 * 1024;             // bytes that may wait to be looked at
-constexpr std::size_t kLargestPacket = 256 * 1024;  // the loopback passes segments on in lumps
+constexpr int kRoom = 64 * 1024 * 1024;               // bytes that may wait to be looked at
+constexpr std::size_t kLargestPacket = 256UL * 1024;  // the loopback passes segments on in lumps
 constexpr int kPollMs = 50;
 
 /// The head of each message: magic word and major version. With five octets, chance finds it in 1 MiB of
@@ -33,13 +33,13 @@ std::string Contents(const unsigned char* packet, std::size_t size, std::pair<in
         return "";
     }
     std::memcpy(&ip, packet, sizeof ip);
-    const std::size_t tcp_at = ip.ihl * 4U;
+    const std::size_t tcp_at = ip.ihl * 4UL;
     if (ip.version != 4 || ip.protocol != IPPROTO_TCP || size < tcp_at + sizeof tcp) {
         return "";
     }
     std::memcpy(&tcp, packet + tcp_at, sizeof tcp);
     ports = {ntohs(tcp.source), ntohs(tcp.dest)};
-    const std::size_t contents_at = tcp_at + tcp.doff * 4U;
+    const std::size_t contents_at = tcp_at + tcp.doff * 4UL;
     const std::size_t end = std::min<std::size_t>(size, ntohs(ip.tot_len) == 0 ? size : ntohs(ip.tot_len));
     return contents_at >= end
                ? ""

@@ -110,9 +110,9 @@ TEST_F(InstallConsume, UnknownComponentOfThePackageIsRefusedByName) {
     project.Write("CMakeLists.txt",
                   "cmake_minimum_required(VERSION 3.25)\nproject(wrong LANGUAGES CXX)\n"
                   "find_package(qv_corba_pub REQUIRED COMPONENTS orb nonsense)\n");
-    const RunResult run =
-        qv_test::Run({QV_CMAKE, "-S", project.str(), "-B", project.File("build"),
-                      "-DCMAKE_PREFIX_PATH=" + Installed().Prefix(), "-DCMAKE_CXX_COMPILER=" QV_CXX});
+    const RunResult run = qv_test::Run({QV_CMAKE, "-S", project.str(), "-B", project.File("build"),
+                                        "-DCMAKE_PREFIX_PATH=" + Installed().Prefix(),
+                                        std::string("-DCMAKE_CXX_COMPILER=") + QV_CXX});
     EXPECT_NE(run.code, 0);
     EXPECT_THAT(run.err, HasSubstr("has no component \"nonsense\""));
     EXPECT_THAT(run.err, HasSubstr("corba_pub, orb, platform"));

@@ -83,10 +83,11 @@ std::string SanitizerFlags() {
 ::testing::AssertionResult BuildProject(const Installation& installation, const std::string& project) {
     const std::string build = installation.File(project);
     const auto configured =
-        Succeeds(installation,
-                 {QV_CMAKE, "-G", "Ninja", "-S", QV_TEST_DIR "/" + project, "-B", build,
-                  "-DCMAKE_PREFIX_PATH=" + installation.Prefix(), "-DCMAKE_CXX_COMPILER=" QV_CXX,
-                  "-DCMAKE_CXX_COMPILER_LAUNCHER=" QV_LAUNCHER, "-DCMAKE_CXX_FLAGS=" + SanitizerFlags()});
+        Succeeds(installation, {QV_CMAKE, "-G", "Ninja", "-S", std::string(QV_TEST_DIR) + "/" + project, "-B",
+                                build, "-DCMAKE_PREFIX_PATH=" + installation.Prefix(),
+                                std::string("-DCMAKE_CXX_COMPILER=") + QV_CXX,
+                                std::string("-DCMAKE_CXX_COMPILER_LAUNCHER=") + QV_LAUNCHER,
+                                "-DCMAKE_CXX_FLAGS=" + SanitizerFlags()});
     return configured ? Succeeds(installation, {QV_CMAKE, "--build", build}) : configured;
 }
 

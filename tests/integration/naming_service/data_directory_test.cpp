@@ -14,7 +14,6 @@ namespace {
 
 using qv_test::ReadFile;
 using qv_test::TempDir;
-using ::testing::HasSubstr;
 
 class DataDirectoryTest : public ::testing::Test {
   protected:

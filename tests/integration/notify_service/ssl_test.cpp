@@ -85,6 +85,17 @@ TEST_F(NotifySsl, SaysWhereItServes) {
     EXPECT_EQ(service.Stop(), 0);
 }
 
+TEST_F(NotifySsl, NamesNoPortThatItDoesNotKnow) {
+    ChildProcess service(
+        {QV_NOTIFY_SERVICE, "-ORBEndpoint", "iiop://127.0.0.1:0/ssl_port=0", "-ORBSvcConf", made.profile});
+    EXPECT_TRUE(
+        service.WaitForOut("serving NotifyEventChannelFactory by SSL, at a port that the system "
+                           "has chosen and only the reference tells\n"))
+        << service.Out() << service.Err();
+    service.Signal(SIGTERM);
+    EXPECT_EQ(service.Wait(), 0);
+}
+
 TEST_F(NotifySsl, WhatIsKeptOutlivesARestart) {
     NotifyServiceRun service({}, made.profile);
     const Channel channel(service, true);

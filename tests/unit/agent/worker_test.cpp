@@ -39,6 +39,18 @@ class Pool : public AgentTest {
         return *orb;
     }
 
+    /// Its run() raises an exception of each kind that the pool tells apart, then returns once, then blocks.
+    FakeOrb& UseOrbThatEndsInEachWay() {
+        FakeOrb& orb = UseFakeOrb();
+        orb.Then([] { throw PortableServer::POAManager::AdapterInactive(); });
+        orb.Then([] { throw CORBA::ORB::InvalidName(); });
+        orb.Then([] { throw CORBA::COMM_FAILURE(); });
+        orb.Then([] { throw OddException(); });
+        orb.Then([] { throw 42; });
+        orb.Then([] {});
+        return orb;
+    }
+
     void StartRun() {
         std::thread([] { AgentServer::Run(); }).detach();
     }
@@ -139,13 +151,7 @@ TEST_F(Pool, WhateverRunRaisesIsLoggedAndTheThreadGoesOn) {
     EXPECT_EXIT(
         {
             Probe::ORBThrdNum() = 1;
-            FakeOrb& orb = UseFakeOrb();
-            orb.Then([] { throw PortableServer::POAManager::AdapterInactive(); });
-            orb.Then([] { throw CORBA::ORB::InvalidName(); });
-            orb.Then([] { throw CORBA::COMM_FAILURE(); });
-            orb.Then([] { throw OddException(); });
-            orb.Then([] { throw 42; });
-            orb.Then([] {});
+            FakeOrb& orb = UseOrbThatEndsInEachWay();
             StartRun();
             EXPECT_TRUE(orb.AwaitBlocked(1));
             EXPECT_EQ(7u, orb.Calls());
@@ -170,13 +176,7 @@ TEST_F(Pool, ALogThatRaisesDoesNotEndTheThread) {
     EXPECT_EXIT(
         {
             Probe::ORBThrdNum() = 1;
-            FakeOrb& orb = UseFakeOrb();
-            orb.Then([] { throw PortableServer::POAManager::AdapterInactive(); });
-            orb.Then([] { throw CORBA::ORB::InvalidName(); });
-            orb.Then([] { throw CORBA::COMM_FAILURE(); });
-            orb.Then([] { throw OddException(); });
-            orb.Then([] { throw 42; });
-            orb.Then([] {});
+            FakeOrb& orb = UseOrbThatEndsInEachWay();
             // Run's own line is its caller's affair.
             m_log->SetWriteHook([](const LogEntry& entry) {
                 if (entry.text.find("[AgentServer::Run]") == std::string::npos) {

@@ -26,6 +26,16 @@ CosNotification::EventTypeSeq Types(const char* name) {
 
 class FeedQueueTest : public FeedTest {
   protected:
+    /// The first event is taken when the gate opens, the others at once.
+    void HoldTheFirst(Gate& gate) {
+        port->AnswerWith([&gate](std::int64_t sequence) {
+            if (sequence == 1) {
+                gate.Wait();
+            }
+            return CallOutcome{};
+        });
+    }
+
     void WaitUntilIdle() { ASSERT_TRUE(pool.WaitUntilIdle(std::chrono::steady_clock::now() + 30s)); }
 };
 
@@ -158,12 +168,7 @@ TEST_F(FeedQueueTest, AnEventThatComesDuringARoundBelongsToTheNext) {
     Gate gate;
     const OpensAtEnd opens(gate);
     const auto feed = MakeFeed();
-    port->AnswerWith([&](std::int64_t sequence) {
-        if (sequence == 1) {
-            gate.Wait();
-        }
-        return CallOutcome{};
-    });
+    HoldTheFirst(gate);
     feed->Connect(port);
     feed->SetPacing(1h);
     feed->Add(EventNumber(1));
@@ -218,12 +223,7 @@ TEST_F(FeedQueueTest, AnnouncesBetweenEventsWhatCameTogether) {
     Gate gate;
     const OpensAtEnd opens(gate);
     const auto feed = MakeFeed();
-    port->AnswerWith([&](std::int64_t sequence) {
-        if (sequence == 1) {
-            gate.Wait();
-        }
-        return CallOutcome{};
-    });
+    HoldTheFirst(gate);
     feed->Connect(port);
     AddFromTo(*feed, 1, 2);
     ASSERT_TRUE(WaitFor([&] { return port->Tried().size() == 1; }));
