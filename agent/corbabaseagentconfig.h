@@ -220,7 +220,7 @@ class QV_API CorbaBaseAgentConfig {
     /// but not beside UpdateNamingServiceParams.
     bool GetNotifyFactory(TAO_Objref_Out_T<CosNotifyChannelAdmin::EventChannelFactory> factory);
 
-    // -- Alarms: alarm_text.cpp; any thread -----------------------------------------------------------------
+    // -- Alarms: notification/alarm_text.cpp; any thread ----------------------------------------------------
 
     /// Appends the text that the bundle's callback object makes of an alarm; nothing without such an object.
     void ConvertTMFAlarmEventToStr(std::stringstream& out, const CosNotification::StructuredEvent& event);

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the fuzz targets, each for a while, and collects what they find.
+# Runs the fuzz targets, each for a while and as many at a time as there are processors, and collects what they find.
 set -euo pipefail
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 # shellcheck source=checks/checks_lib.sh
@@ -12,7 +12,7 @@ usage: fuzz.sh ROOT [SECONDS [NAMES]]
 Builds the fuzz targets in ROOT/build/fuzz and runs each, or those named, for SECONDS (600) from the inputs in
 tests/fuzz/corpus/NAME. Inputs that reach new code are kept in build/fuzz/found/NAME, and the next run starts from them
 as well; inputs that crash, hang or leak are in build/fuzz/findings/NAME. Fails when there is one. What a target wrote is
-in build/fuzz/NAME.log.
+in build/fuzz/NAME.log. QV_JOBS is how many run at a time; as many as there are processors unless given.
 TEXT
 }
 
@@ -63,13 +63,21 @@ for name in "${NAMES[@]}"; do
   [[ -x "$BUILD/bin/fuzz_$name" ]] || die "there is no fuzz target \"$name\". See tests/fuzz/CMakeLists.txt."
 done
 
+say "${#NAMES[@]} targets for $SECONDS_EACH seconds each, $(jobs_at_once) at a time"
+declare -A before
+for name in "${NAMES[@]}"; do
+  before[$name]="$(files_in "$BUILD/found/$name")"
+done
+export -f fuzz
+export BUILD CORPUS ROOT SECONDS_EACH
+# A finding is no reason to leave out the targets after it. The inner shell is to expand its argument.
+# shellcheck disable=SC2016
+printf '%s\n' "${NAMES[@]}" | xargs -P "$(jobs_at_once)" -I{} bash -c 'fuzz "$1" || true' _ {}
+
 row() { printf '%-20s %12s %9s %8s %5s %9s\n' "$@"; }
 table="$(row target runs coverage corpus new findings)"
 total=0
 for name in "${NAMES[@]}"; do
-  say "fuzz_$name for $SECONDS_EACH seconds"
-  before="$(files_in "$BUILD/found/$name")"
-  fuzz "$name" || true
   [[ -n "$(runs_of "$name")" ]] || {
     tail -n 30 "$BUILD/$name.log" >&2
     die "fuzz_$name did not run; its message stands above."
@@ -77,7 +85,7 @@ for name in "${NAMES[@]}"; do
   findings="$(files_in "$BUILD/findings/$name")"
   total=$((total + findings))
   table+=$'\n'"$(row "$name" "$(runs_of "$name")" "$(coverage_of "$name")" "$(files_in "$CORPUS/$name")" \
-    "$(($(files_in "$BUILD/found/$name") - before))" "$findings")"
+    "$(($(files_in "$BUILD/found/$name") - before[$name]))" "$findings")"
 done
 printf '%s\n' "$table"
 [[ "$total" == 0 ]] || die "$total findings in $BUILD/findings. Repeat one by bin/fuzz_NAME FILE, and mend its cause."

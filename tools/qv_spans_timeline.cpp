@@ -47,11 +47,6 @@ std::string Shortened(std::string text, std::size_t longest) {
     return text.substr(0, longest - 2 - tail) + ".." + text.substr(text.size() - tail);
 }
 
-std::string Padded(const std::string& text, std::size_t width, bool right = false) {
-    const std::string space(width > text.size() ? width - text.size() : 0, ' ');
-    return right ? space + text : text + space;
-}
-
 std::vector<Cells> Contents(const std::vector<SpanRow>& rows) {
     std::vector<Cells> lines;
     for (const SpanRow& row : rows) {

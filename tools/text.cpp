@@ -105,6 +105,11 @@ std::string Column(const std::string& text, std::size_t width) {
     return letters > width ? text.substr(0, cut) + kCut : text + std::string(width - letters, ' ');
 }
 
+std::string Padded(const std::string& text, std::size_t width, bool right) {
+    const std::string blanks(width > text.size() ? width - text.size() : 0, ' ');
+    return right ? blanks + text : text + blanks;
+}
+
 std::string Counted(std::size_t number, const std::string& what) {
     return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }

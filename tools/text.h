@@ -16,6 +16,9 @@ std::string Printable(const std::string& text, const std::string& newline = "");
 /// Printable made.
 std::string Column(const std::string& text, std::size_t width);
 
+/// `text` with blanks behind it, or before it when `right`, up to `width` bytes. A longer one stays as it is.
+std::string Padded(const std::string& text, std::size_t width, bool right = false);
+
 /// "1 setting", "2 settings".
 std::string Counted(std::size_t number, const std::string& what);
 

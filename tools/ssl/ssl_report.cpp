@@ -21,10 +21,6 @@ const char* Word(Level level) {
     return "ok";
 }
 
-std::string Padded(const std::string& text, std::size_t width) {
-    return text + std::string(width > text.size() ? width - text.size() : 0, ' ');
-}
-
 std::size_t CountOf(const Findings& findings, Level level) {
     return static_cast<std::size_t>(
         std::count_if(findings.all().begin(), findings.all().end(),

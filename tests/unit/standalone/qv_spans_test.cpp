@@ -207,3 +207,9 @@ TEST(SpanTimeline, TellsDurationsInTheUnitThatFits) {
     EXPECT_EQ(qv_tools::Duration(60000), "1 min 00 s");
     EXPECT_EQ(qv_tools::Duration(3725000), "1 h 02 min");
 }
+
+TEST(SpanTimeline, FillsColumnsOnEitherSideAndCutsNothing) {
+    EXPECT_EQ(qv_tools::Padded("ab", 4), "ab  ");
+    EXPECT_EQ(qv_tools::Padded("ab", 4, true), "  ab");
+    EXPECT_EQ(qv_tools::Padded("abcde", 4), "abcde");
+}

@@ -1,3 +1,4 @@
+// A function of the configuration singleton that stands here, since agent/ knows nothing of suppliers.
 #include "agent/corbabaseagentconfig.h"
 #include "notification/supplier.h"
 
