@@ -7,9 +7,7 @@ Each round starts an agent that has no notification service and pushes until so 
 step. Memory is what the agent occupies beyond what it did before the first event; the same event as octets (CDR) is
 what it is compared with.
 """
-import argparse
 import contextlib
-import json
 import pathlib
 import sys
 import tempfile
@@ -17,8 +15,8 @@ import tempfile
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 from event_programs import Programs  # noqa: E402
-from processes import Failure, end_tidily  # noqa: E402
 from sweep import print_costs, sweep  # noqa: E402
+from sweep_program import run_sweep, sweep_arguments  # noqa: E402
 
 
 def started(programs, limit):
@@ -38,15 +36,7 @@ def started(programs, limit):
     return start
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=3)
-    parser.add_argument("--first", type=int, default=10000, help="events that wait at the first step")
-    parser.add_argument("--limit", type=int, default=640000, help="events that wait at the last step, at most")
-    parser.add_argument("--json", type=pathlib.Path)
-    options = parser.parse_args()
-    end_tidily()
+def measured(options):
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as folder:
         programs = Programs(options.build, folder)
         result = sweep("events", options.first, options.limit, options.rounds, started(programs, options.limit))
@@ -54,12 +44,8 @@ def main():
     print_costs(result, {"MiB": ("rss_kib", 1 / 1024), "octets per event": ("octets_per_event", 1),
                          "push us": ("push_us", 1)})
     print(f"the event as CDR has {result['event_octets']} octets")
-    if options.json:
-        options.json.write_text(json.dumps(result, indent=1) + "\n")
+    return result
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except Failure as failure:
-        sys.exit(f"agent_backlog: {failure}")
+    run_sweep(sweep_arguments(__doc__, "events that wait", 10000, 640000), measured)

@@ -8,9 +8,7 @@ many at each step. Memory is what the service occupies beyond what it did with t
 octets (CDR) is what it is compared with. At the end the channel is destroyed, and what the service then still occupies
 is told.
 """
-import argparse
 import contextlib
-import json
 import pathlib
 import sys
 import tempfile
@@ -19,8 +17,8 @@ import time
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 from event_programs import Programs  # noqa: E402
-from processes import Failure, end_tidily  # noqa: E402
 from sweep import print_costs, sweep  # noqa: E402
+from sweep_program import run_sweep, sweep_arguments  # noqa: E402
 
 SETTLING = 10
 
@@ -74,15 +72,7 @@ def started(programs, limit, left):
     return start
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=3)
-    parser.add_argument("--first", type=int, default=10000, help="events that wait at the first step")
-    parser.add_argument("--limit", type=int, default=320000, help="events that wait at the last step, at most")
-    parser.add_argument("--json", type=pathlib.Path)
-    options = parser.parse_args()
-    end_tidily()
+def measured(options):
     left = []
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as folder:
         programs = Programs(options.build, folder)
@@ -94,12 +84,8 @@ def main():
                          "push p50 us": ("push_p50_us", 1)})
     print(f"the event as CDR has {result['event_octets']} octets; once the channel is gone, the service occupies "
           f"{left[-1]['destroyed_kib'] / 1024:.0f} MiB of {left[-1]['full_kib'] / 1024:.0f}")
-    if options.json:
-        options.json.write_text(json.dumps(result, indent=1) + "\n")
+    return result
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except Failure as failure:
-        sys.exit(f"service_backlog: {failure}")
+    run_sweep(sweep_arguments(__doc__, "events that wait", 10000, 320000), measured)

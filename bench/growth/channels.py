@@ -8,9 +8,7 @@ consumer each until there are so many, twice as many at each step, then pushes e
 channel is compared with a plain call to the service; deliveries a second with those of the first step. Memory is what
 the service occupies beyond what it did with one channel.
 """
-import argparse
 import contextlib
-import json
 import pathlib
 import sys
 import tempfile
@@ -18,8 +16,8 @@ import tempfile
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 from event_programs import Programs  # noqa: E402
-from processes import Failure, end_tidily  # noqa: E402
 from sweep import print_costs, sweep  # noqa: E402
+from sweep_program import run_sweep, sweep_arguments  # noqa: E402
 
 KINDS = {"best effort": (), "persistent": ("persistent",)}
 
@@ -43,16 +41,7 @@ def started(programs, events, kind):
     return start
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=3)
-    parser.add_argument("--events", type=int, default=8192, help="pushed at each step")
-    parser.add_argument("--first", type=int, default=32, help="channels at the first step")
-    parser.add_argument("--limit", type=int, default=4096, help="channels at the last step, at most")
-    parser.add_argument("--json", type=pathlib.Path)
-    options = parser.parse_args()
-    end_tidily()
+def measured(options):
     results = {}
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as folder:
         programs = Programs(options.build, folder)
@@ -63,12 +52,10 @@ def main():
             print_costs(results[name], {"make us": ("create_us", 1), "connect us": ("connect_us", 1),
                                         "deliveries/s": ("deliveries_per_second", 1),
                                         "KiB per channel": ("octets_per_channel", 1 / 1024)})
-    if options.json:
-        options.json.write_text(json.dumps(results, indent=1) + "\n")
+    return results
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except Failure as failure:
-        sys.exit(f"channels: {failure}")
+    arguments = sweep_arguments(__doc__, "channels", 32, 4096)
+    arguments.add_argument("--events", type=int, default=8192, help="pushed at each step")
+    run_sweep(arguments, measured)

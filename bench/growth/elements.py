@@ -8,7 +8,6 @@ long reply. Each round starts for each number of elements all servers anew, and 
 that of a whole call by a client in a process of its own; memory is the most that the server occupied during the calls
 beyond what it did before.
 """
-import argparse
 import contextlib
 import json
 import pathlib
@@ -19,9 +18,10 @@ import tempfile
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
-from processes import Failure, end_tidily, end_with_parent  # noqa: E402
+from processes import Failure, end_with_parent  # noqa: E402
 from servers import library_server, plain_server, seam_server  # noqa: E402
 from sweep import print_costs, sweep  # noqa: E402
+from sweep_program import run_sweep, sweep_arguments  # noqa: E402
 
 # The plain ORB takes 2 MB by default; the seam sets its own limit.
 PLAIN_LIMIT = ("-ORBgiopMaxMsgSize", "1073741824")
@@ -75,26 +75,15 @@ def print_table(result):
                 {**{f"{v} ms": (v, 1) for v in MAKERS}, "log on: more MiB": ("more", 1)})
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=3)
-    parser.add_argument("--calls", type=int, default=5, help="calls of each server at each step")
-    parser.add_argument("--first", type=int, default=1000, help="elements at the first step")
-    parser.add_argument("--limit", type=int, default=128000, help="elements at the last step, at most")
-    parser.add_argument("--json", type=pathlib.Path)
-    options = parser.parse_args()
-    end_tidily()
+def measured(options):
     with tempfile.TemporaryDirectory(prefix="qv_bench_") as work:
         result = sweep("elements", options.first, options.limit, options.rounds,
                        started(options.build.resolve(), work, options.calls))
     print_table(result)
-    if options.json:
-        options.json.write_text(json.dumps(result, indent=1) + "\n")
+    return result
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except Failure as failure:
-        sys.exit(f"elements: {failure}")
+    arguments = sweep_arguments(__doc__, "elements", 1000, 128000)
+    arguments.add_argument("--calls", type=int, default=5, help="calls of each server at each step")
+    run_sweep(arguments, measured)

@@ -8,9 +8,7 @@ of the sweep is one whose check takes next to nothing, so that what the session 
 with a password as qv_user keeps it is told as well. A ping of one of the sessions is what a log-in is compared with.
 Memory is what the agent occupies beyond what it did after the log-ins that came before the sweep.
 """
-import argparse
 import contextlib
-import json
 import pathlib
 import sys
 import tempfile
@@ -18,8 +16,9 @@ import tempfile
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 from growth.deployment import PASSWORD, QUICK_USERS, USUAL_COUNT, USUAL_USERS, demo_agent  # noqa: E402
-from processes import Failure, Process, end_tidily  # noqa: E402
+from processes import Process  # noqa: E402
 from sweep import print_costs, sweep  # noqa: E402
+from sweep_program import run_sweep, sweep_arguments  # noqa: E402
 
 
 def usual_log_ins(build, folder, factory):
@@ -49,15 +48,7 @@ def started(build, limit, usual):
     return start
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--rounds", type=int, default=3)
-    parser.add_argument("--first", type=int, default=16, help="sessions at the first step")
-    parser.add_argument("--limit", type=int, default=8192, help="sessions at the last step, at most")
-    parser.add_argument("--json", type=pathlib.Path)
-    options = parser.parse_args()
-    end_tidily()
+def measured(options):
     usual = []
     result = sweep("sessions", options.first, options.limit, options.rounds,
                    started(options.build.resolve(), options.limit, usual))
@@ -65,12 +56,8 @@ def main():
     print_costs(result, {"log-in p50 us": ("login_p50_us", 1), "log-in p99 us": ("login_p99_us", 1),
                          "ping p50 us": ("ping_p50_us", 1), "KiB per session": ("octets_per_session", 1 / 1024)})
     print(f"a log-in with a password as qv_user keeps it: {usual[0]['login_p50_us'] / 1000:.0f} ms")
-    if options.json:
-        options.json.write_text(json.dumps(result, indent=1) + "\n")
+    return result
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except Failure as failure:
-        sys.exit(f"sessions: {failure}")
+    run_sweep(sweep_arguments(__doc__, "sessions", 16, 8192), measured)
