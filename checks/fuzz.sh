@@ -38,7 +38,6 @@ files_in() { find "$1" -type f 2>/dev/null | wc -l; }
 # fuzz NAME: until the time is up, also beyond a finding
 fuzz() {
   local name="$1" found="$BUILD/found/$1" findings="$BUILD/findings/$1" dictionary=()
-  mkdir -p "$found" "$findings"
   [[ ! -f "$ROOT/tests/fuzz/$name.dict" ]] || dictionary=("-dict=$ROOT/tests/fuzz/$name.dict")
   export ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1
   export LSAN_OPTIONS="suppressions=$ROOT/tests/lsan.supp:print_suppressions=0"
@@ -66,6 +65,7 @@ done
 say "${#NAMES[@]} targets for $SECONDS_EACH seconds each, $(jobs_at_once) at a time"
 declare -A before
 for name in "${NAMES[@]}"; do
+  mkdir -p "$BUILD/found/$name" "$BUILD/findings/$name"
   before[$name]="$(files_in "$BUILD/found/$name")"
 done
 export -f fuzz

@@ -17,7 +17,7 @@ class CapturingLogService::Handle final : public NS_LOG_SERVICE1::LogHandle {
     }
 
     void WriteFormat(const std::string& file, const std::string& function, int line, int level,
-                     const char* format, ...) override {
+                     const char* format, ...) override __attribute__((format(printf, 6, 7))) {
         std::va_list args;
         va_start(args, format);
         char* text = nullptr;

@@ -10,7 +10,6 @@
 namespace {
 
 using namespace qv_test;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 class NotifyReadiness : public testing::Test {

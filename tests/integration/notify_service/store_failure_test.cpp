@@ -11,7 +11,6 @@
 namespace {
 
 using namespace qv_test;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// The file of a service's store, beside the service.

@@ -9,7 +9,7 @@ using qv_tools::Identity;
 using qv_tools::Period;
 using qv_tools::Subject;
 
-constexpr std::time_t kDay = 24 * 60 * 60;  // seconds
+constexpr std::time_t kDay = 24L * 60 * 60;  // seconds
 
 Period PeriodOf(Holds holds) {
     const std::time_t now = std::time(nullptr);

@@ -6,7 +6,6 @@
 namespace qv_test {
 namespace {
 
-using NS_BUNDLEMGR1::NameValueStru;
 using NS_CORBA::CorbaBaseAgentConfig;
 
 /// One key of the settings: what it holds without configuration, a value to give it, what it holds then.

@@ -16,7 +16,6 @@
 namespace qv_test {
 namespace {
 
-using NS_CORBA::AgentServer;
 using NS_CORBA::CorbaBaseAgentConfig;
 
 /// An interceptor that lets everything pass, under a name of its own.

@@ -18,9 +18,8 @@ struct ThreadContextInfo::Data {};
 ThreadContextInfo::ThreadContextInfo() : m_data(nullptr) {}
 ThreadContextInfo::ThreadContextInfo(const ThreadContextInfo&) : ThreadContextInfo() {}
 ThreadContextInfo::ThreadContextInfo(ThreadContextInfo&&) noexcept : m_data(nullptr) {}
-ThreadContextInfo& ThreadContextInfo::operator=(const ThreadContextInfo&) {
-    return *this;
-}
+// There is nothing to assign.
+ThreadContextInfo& ThreadContextInfo::operator=(const ThreadContextInfo&) = default;
 ThreadContextInfo& ThreadContextInfo::operator=(ThreadContextInfo&&) noexcept {
     return *this;
 }
