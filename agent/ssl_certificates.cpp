@@ -24,6 +24,7 @@ constexpr std::size_t kLineSize = 512;  // end mark included
 constexpr std::size_t kPathSize = 4096;
 constexpr std::size_t kStreamBuffer = 8192;
 
+using RevocationList = std::unique_ptr<X509_CRL, qv_ssl::FreeBy<X509_CRL_free>>;
 using Store = std::unique_ptr<X509_STORE, qv_ssl::FreeBy<X509_STORE_free>>;
 using Verification = std::unique_ptr<X509_STORE_CTX, qv_ssl::FreeBy<X509_STORE_CTX_free>>;
 
@@ -171,9 +172,10 @@ bool CorbaBaseAgentConfig::verifyNBICertCRL(const std::string& caFile, const std
     if (certificate == nullptr) {
         return true;
     }
-    X509_CRL* crl = nullptr;  // stays allocated: it is one per list and start
-    GetX509CRLPtr(crl, crlFile);
-    return crl == nullptr || !IsRevoked(certificate.get(), authority.get(), crl);
+    X509_CRL* list = nullptr;
+    GetX509CRLPtr(list, crlFile);
+    const RevocationList crl(list);
+    return crl == nullptr || !IsRevoked(certificate.get(), authority.get(), crl.get());
 }
 
 void CorbaBaseAgentConfig::GetX509Ptr(x509_st*& certificate, const std::string& file) {

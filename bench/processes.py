@@ -27,14 +27,20 @@ def end_with_parent():
     LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
 
 
+GIVEN_PORTS = set()
+
+
 def free_port():
-    """A port of 127.0.0.1 that nobody uses. Below those that the system hands out by itself: clients take from there
-    between the choice and the start of the server."""
+    """A port of 127.0.0.1 that nobody uses, another one with each call. Below those that the system hands out by itself:
+    clients take from there between the choice and the start of the server."""
     while True:
         port = random.randint(20000, 32000)
+        if port in GIVEN_PORTS:
+            continue
         with socket.socket() as probe:
             try:
                 probe.bind(("", port))
+                GIVEN_PORTS.add(port)
                 return port
             except OSError:
                 continue

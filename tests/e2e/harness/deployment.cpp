@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <random>
+#include <set>
 
 #include "standalone/password.h"
 #include "tests/support/wait_for.h"
@@ -21,10 +22,11 @@ namespace fs = std::filesystem;
 constexpr std::chrono::seconds kPatience{30};
 
 /// A port of kHost that nobody uses, below those that the system hands out by itself: dozens of clients take
-/// from there between the choice and the start of the server.
+/// from there between the choice and the start of the server. Each call gives another one.
 int ServerPort() {
     constexpr int kFirst = 20000;
     constexpr int kLast = 32000;
+    static std::set<int> given;
     std::random_device chance;
     std::uniform_int_distribution<int> ports(kFirst, kLast);
     for (;;) {
@@ -36,7 +38,7 @@ int ServerPort() {
         address.sin_addr.s_addr = htonl(INADDR_ANY);
         const bool free = ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
         ::close(fd);
-        if (free) {
+        if (free && given.insert(port).second) {
             return port;
         }
     }

@@ -58,4 +58,18 @@ globaldefs::ExceptionType_T FailureOf(Call call, std::string* reason = nullptr) 
     return globaldefs::EXCPT_INTERNAL_ERROR;
 }
 
+/// Whether the object that `call` goes to is gone. While its adapter ends, the ORB answers by TRANSIENT or
+/// OBJ_ADAPTER: not yet.
+template <class Call>
+bool IsGone(Call call) {
+    try {
+        call();
+    } catch (const CORBA::OBJECT_NOT_EXIST&) {
+        return true;
+    } catch (const CORBA::TRANSIENT&) {
+    } catch (const CORBA::OBJ_ADAPTER&) {
+    }
+    return false;
+}
+
 }  // namespace qv_e2e

@@ -21,12 +21,7 @@ class IteratorTest : public InterfaceTest {
     }
 
     static bool IsGone(managedElement::ManagedElementIterator_I_ptr iterator) {
-        try {
-            iterator->getLength();
-        } catch (const CORBA::OBJECT_NOT_EXIST&) {
-            return true;
-        }
-        return false;
+        return qv_e2e::IsGone([&] { iterator->getLength(); });
     }
 };
 
