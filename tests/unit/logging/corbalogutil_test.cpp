@@ -122,7 +122,7 @@ TEST_F(CorbaLogUtilTest, AThreadThatSetNoPositionLogsAnEmptyPlace) {
 
 TEST_F(CorbaLogUtilTest, AnUnformattedTextKeepsItsLength) {
     ASSERT_TRUE(InitLog());
-    const std::string text(4096 * 3, 'x');
+    const std::string text(4096UL * 3, 'x');
     TaDebug(3, text.c_str());
     ASSERT_EQ(capture->Entries().size(), 1u);
     EXPECT_EQ(capture->Entries()[0].text, text);

@@ -12,7 +12,6 @@
 namespace {
 
 using namespace NS_CORBA;
-using qv_test::ExpectEntry;
 using qv_test::LogMgrProbe;
 using Categories = std::vector<std::string>;
 

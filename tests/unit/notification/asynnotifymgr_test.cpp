@@ -266,7 +266,7 @@ TEST_F(AsynNotify, SizeOfZeroIsNeverHeldBack) {
     }
     EXPECT_EQ(Queue().message_count(), 20000u);
     OpenGate();
-    EXPECT_TRUE(m_diary.Await(2 * 20001));
+    EXPECT_TRUE(m_diary.Await(2UL * 20001));
 }
 
 TEST_F(AsynNotify, SizeOfOneIsHeldBackAt16384Commands) {
@@ -278,7 +278,7 @@ TEST_F(AsynNotify, SizeOfOneIsHeldBackAt16384Commands) {
     EXPECT_FALSE(WaitFor([] { return Queue().message_count() > 16384; }, std::chrono::milliseconds(200)));
     OpenGate();
     pusher.join();
-    EXPECT_TRUE(m_diary.Await(2 * 16386));
+    EXPECT_TRUE(m_diary.Await(2UL * 16386));
 }
 
 TEST_F(AsynNotify, NegativeSizeFillsTheQueue) {
