@@ -162,7 +162,7 @@ run_agent() {
 run_test() {
   build_preset default
   say "testing"
-  exec ctest --preset default "$@"
+  exec ctest --preset default --parallel "$(jobs_at_once)" "$@"
 }
 
 run_docs() { run_script docs/build_docs.sh "$ROOT/build/docs" "$@"; }

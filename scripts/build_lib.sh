@@ -33,6 +33,8 @@ configure() {
   need ninja ninja-build
   if command -v ccache >/dev/null; then
     export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
+    # What a file includes is learnt from the compiler: a file that is not in the cache is preprocessed once, not twice.
+    export CCACHE_DEPEND="${CCACHE_DEPEND:-1}"
     launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
   say "configuring build/$preset"

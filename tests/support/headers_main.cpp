@@ -1,0 +1,2 @@
+// The program in whose name the headers of the tests are precompiled. Nobody runs it.
+int main() {}
