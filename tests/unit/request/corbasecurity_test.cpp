@@ -9,7 +9,6 @@
 
 namespace {
 
-using NS_CORBA::CorbaSecurityMgr;
 using NS_CORBA::InterfaceNotExistException;
 using Probe = NS_CORBA::CorbaSecurityMgrProbe;
 using qv_test::CorbaSecurityTest;

@@ -187,7 +187,7 @@ TEST_F(OperationStatisticsTest, ABinaryFileDoesNoHarm) {
 }
 
 TEST_F(OperationStatisticsTest, AHugeLineDoesNoHarm) {
-    const std::string name(8 * 1024 * 1024, 'n');
+    const std::string name(8UL * 1024 * 1024, 'n');
     EXPECT_EQ(Reload(name + " = x\nping = 7\n"), "ping = 7\n");
 }
 

@@ -180,6 +180,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Text{"Nothing", ""}, Text{"Quotes", "'; DROP TABLE begun; --\""},
                     Text{"Nul", std::string("a\0b\0", 4)}, Text{"InvalidUtf8", "\xff\xfe\xc3(\x80"},
                     Text{"CutUtf8", "abc\xe2\x82"}, Text{"Utf8", "\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80"},
+                    // NOLINTNEXTLINE(bugprone-string-constructor): so long on purpose
                     Text{"LineEnds", "a\r\nb\n"}, Text{"SixteenMegabytes", std::string(16'000'000, 'x')}),
     [](const auto& one) { return one.param.what; });
 

@@ -9,7 +9,6 @@
 #include "tests/support/temp_dir.h"
 
 using qv_standalone::ParseSettings;
-using qv_standalone::SettingsFile;
 
 namespace {
 

@@ -18,7 +18,6 @@ using qv_standalone::AuditStore;
 using qv_test::RunResult;
 using qv_test::TempDir;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 namespace {
