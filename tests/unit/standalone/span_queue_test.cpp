@@ -94,7 +94,7 @@ TEST(SpanQueue, ASpanWaitsForCompanyOnlySoLong) {
 TEST(SpanQueue, ManyThreadsLoseNothing) {
     constexpr int kThreads = 4;
     constexpr int kEach = 5000;
-    SpanQueue queue(kThreads * kEach);
+    SpanQueue queue(std::size_t{kThreads} * kEach);
     std::vector<std::thread> threads;
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&queue] {
@@ -104,7 +104,7 @@ TEST(SpanQueue, ManyThreadsLoseNothing) {
         });
     }
     std::size_t taken = 0;
-    while (taken < kThreads * kEach) {
+    while (taken < std::size_t{kThreads} * kEach) {
         const auto spans = queue.Take(777, 10s, 1ms);
         ASSERT_FALSE(spans.empty());
         taken += spans.size();

@@ -29,7 +29,7 @@ namespace qv_test {
 /// A sound set-up, to be spoilt, and what the check says of it.
 class SslCheckTest : public ::testing::Test {
   protected:
-    static constexpr std::time_t kDay = 24 * 60 * 60;  // seconds
+    static constexpr std::time_t kDay = 24L * 60 * 60;  // seconds
 
     std::vector<qv_tools::Finding> Check() {
         WriteProfile(m_dir, "agent.conf", m_options);
