@@ -156,8 +156,8 @@ constexpr Setting kAgentSettings[] = {
          "Name the affected objects in alarms; for the agent bundle, nothing else looks at it."),
     Flag(kEvents, "bSingleThreadPushEvent", "1", "Push events one after the other, never two at once."),
     Flag(kLogs, "bLogOperation", "0", "Write each request and its outcome to corbaoper.log."),
-    Flag(kLogs, "bLogNotify", "0", "Write each event to corbanotify.log."),
-    Flag(kLogs, "bLogAlaram", "0", "Write each alarm to corba_alarm.log."),
+    Flag(kLogs, "bLogNotify", "0", "Write each event that was sent to corbanotify.log, alarms included."),
+    Flag(kLogs, "bLogAlaram", "0", "Write what the bundle itself notes on alarms to corba_alarm.log."),
 };
 
 constexpr Setting kPlatformSettings[] = {
