@@ -40,7 +40,7 @@ settings() {
   exit 0
 }
 [[ $# == 1 ]] || die "usage: docs/build_docs.sh OUTDIR"
-command -v doxygen >/dev/null || die "doxygen is missing; install the Debian package of that name"
+need doxygen
 mkdir -p "$1" || die "the directory $1 cannot be made"
 OUT="$(cd "$1" && pwd)"
 rm -rf "$OUT/html"

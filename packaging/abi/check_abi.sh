@@ -4,6 +4,8 @@ set -euo pipefail
 
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
 readonly ROOT
+# shellcheck source=scripts/build_lib.sh
+source "$ROOT/scripts/build_lib.sh"
 readonly TARGETS=(qv_corba_pub qv_orb qv_bundlemgr qv_selfgovernedutil qv_callchain)
 
 export CCACHE_SLOPPINESS="${CCACHE_SLOPPINESS:-pch_defines,time_macros}"
@@ -15,13 +17,6 @@ usage: check_abi.sh WORKDIR [BASE]
 Compares HEAD with BASE, by default the last release: the newest tag v* that HEAD descends from. Builds lie in WORKDIR
 and are taken again. Ends with 0 when programs built on BASE run on HEAD, or when there is no release yet.
 TEXT
-}
-
-say() { printf '==> %s\n' "$*"; }
-
-die() {
-  printf 'check_abi.sh: %s\n' "$*" >&2
-  exit 1
 }
 
 # run LOG COMMAND...: quietly, unless it fails.

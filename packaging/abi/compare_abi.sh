@@ -4,6 +4,8 @@ set -euo pipefail
 
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 readonly HERE
+# shellcheck source=scripts/build_lib.sh
+source "$HERE/../../scripts/build_lib.sh"
 
 usage() {
   cat <<'TEXT'
@@ -13,11 +15,6 @@ OLD and NEW are prefixes of installations with debugging information: headers in
 each shared library of OLD with the one of that name in NEW, as far as the headers make it public. NAME is what OLD is
 called in messages. Ends with 0 when what was built on OLD runs on NEW.
 TEXT
-}
-
-die() {
-  printf 'compare_abi.sh: %s\n' "$*" >&2
-  exit 1
 }
 
 # what_broke REPORT: the names in abidiff's report of what was removed or changed, in one line.
@@ -54,7 +51,7 @@ compare() {
 
 [[ "${1:-}" != --help && "${1:-}" != -h ]] || { usage; exit; }
 [[ $# -ge 2 ]] || { usage >&2; exit 2; }
-command -v abidiff >/dev/null || die "abidiff is missing; install the package abigail-tools."
+need abidiff abigail-tools
 old="$1"
 new="$2"
 old_name="${3:-$old}"

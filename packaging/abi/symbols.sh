@@ -3,6 +3,8 @@
 set -euo pipefail
 
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+# shellcheck source=scripts/build_lib.sh
+source "$HERE/../../scripts/build_lib.sh"
 readonly LIBRARIES=(libqv_corba_pub.so libqv_orb.so libqv_bundlemgr.so libqv_selfgovernedutil.so libqv_callchain.so)
 
 usage() {
@@ -12,11 +14,6 @@ usage: symbols.sh --check LIBDIR [LISTS]    compare; fails when a symbol is gone
 
 LIBDIR holds the shared libraries, LISTS one file per library: packaging/abi/symbols, unless given.
 TEXT
-}
-
-die() {
-  printf 'symbols.sh: %s\n' "$*" >&2
-  exit 1
 }
 
 # exported LIBRARY: one line per symbol, with the version behind it. What is exported for this tree's tests alone has a

@@ -4,11 +4,8 @@
 set -euo pipefail
 
 HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
-
-die() {
-  echo "run_faults.sh: $*" >&2
-  exit 1
-}
+# shellcheck source=scripts/build_lib.sh
+source "$HERE/../../scripts/build_lib.sh"
 
 for argument in "$@"; do
   if [[ "$argument" == --help || "$argument" == -h ]]; then
@@ -29,9 +26,9 @@ shift 2
 for program in Naming_Service Notify_Service qv_demo_agent qv_user qv_fault_switch qv_fault_oss qv_fault_consumer; do
   [[ -x "$BUILD/bin/$program" ]] || die "$BUILD/bin/$program is missing; build the target faults"
 done
-for program in ip unshare nsenter; do
-  command -v "$program" >/dev/null || die "$program is missing; install the packages iproute2 and util-linux"
-done
+need ip iproute2
+need unshare util-linux
+need nsenter util-linux
 [[ -c /dev/net/tun ]] || die "/dev/net/tun is missing; the kernel has to offer TUN devices"
 
 # What is mounted from here on is seen by this process and those below alone, and goes with them. Shared memory of the

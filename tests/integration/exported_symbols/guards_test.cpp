@@ -127,6 +127,8 @@ TEST_F(AbiGuards, WithoutAReleaseThereIsNothingToCompare) {
     const std::string repository = dir.File("repository");
     std::filesystem::create_directories(repository + "/packaging/abi");
     std::filesystem::copy(QV_ABI_DIR "/check_abi.sh", repository + "/packaging/abi/check_abi.sh");
+    std::filesystem::create_directories(repository + "/scripts");
+    std::filesystem::copy(QV_ABI_DIR "/../../scripts/build_lib.sh", repository + "/scripts/build_lib.sh");
     ASSERT_EQ(Run({"git", "init", "--quiet", repository}).code, 0);
     const RunResult run = Run({repository + "/packaging/abi/check_abi.sh", dir.File("work")});
     EXPECT_EQ(run.code, 0) << run.err;
