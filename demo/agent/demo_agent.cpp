@@ -37,7 +37,7 @@ std::string OwnAddress() {
 
 /// The agent's address, with the port that was chosen where the configuration leaves it to the system.
 std::string ListensOn(CORBA::Object_ptr factory) {
-    const std::string configured = OwnAddress();
+    std::string configured = OwnAddress();
     const std::size_t colon = configured.rfind(':');
     if (configured.substr(colon + 1) != "0") {
         return configured;
