@@ -27,12 +27,15 @@ PortableServer::POA* get_persistent_poa(PortableServer::POA* parent, const char*
         policies[0] = parent->create_lifespan_policy(PortableServer::PERSISTENT);
         policies[1] = parent->create_servant_retention_policy(PortableServer::RETAIN);
         policies[2] = parent->create_id_assignment_policy(PortableServer::USER_ID);
-        return parent->create_POA(name, manager.in(), policies);
-    } catch (PortableServer::POA::AdapterAlreadyExists&) {
-        TA_POS;
-        TaTrace("Exception<PortableServer::POA::AdapterAlreadyExists> raised during get_persistent_poa: %s!",
+        try {
+            return parent->create_POA(name, manager.in(), policies);
+        } catch (PortableServer::POA::AdapterAlreadyExists&) {
+            TA_POS;
+            TaTrace(
+                "Exception<PortableServer::POA::AdapterAlreadyExists> raised during get_persistent_poa: %s!",
                 name);
-        return parent->find_POA(name, false);
+            return parent->find_POA(name, false);  // raises when the child has gone meanwhile
+        }
     } catch (CORBA::Exception& ex) {
         TA_POS;
         TaException(ex, "Raised during get_persistent_poa!");

@@ -10,8 +10,8 @@ namespace NS_CORBA {
 /// Makes the child POA `name` of `parent` for references that outlive a restart of the agent: PERSISTENT,
 /// with servants RETAINed under a USER_ID that the caller assigns (CORBA 3.0, chapter 11), served by the
 /// parent's manager. An existing child of that name is returned as it is. Returns a new reference, which the
-/// caller releases; nil on failure, which is logged. A CORBA::Exception of looking up the existing child
-/// passes through.
+/// caller releases; nil on failure, which is logged: also when the existing child is gone by the time it is
+/// looked up.
 QV_API PortableServer::POA* get_persistent_poa(PortableServer::POA* parent, const char* name);
 
 /// Activates `servant` under `id` in `poa`, unless that was done before, and returns a new reference to it,

@@ -2,6 +2,7 @@
 
 #include "tests/support/free_port.h"
 #include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/fake_poa.h"
 #include "tests/unit/agent/plain_servant.h"
 
 namespace qv_test {
@@ -63,6 +64,24 @@ TEST_F(PersistentPoa, ParentThatRaisesGivesNil) {
     gone->destroy(true, true);
     PortableServer::POA_var child = get_persistent_poa(gone.in(), "child");
     EXPECT_TRUE(CORBA::is_nil(child.in()));
+    ExpectExceptionLog("persistent_poa", "Raised during get_persistent_poa!");
+}
+
+/// Has every child while one is to be made, and none when it is looked up.
+class ForgetfulPoa : public FakePoa {
+  public:
+    PortableServer::POAManager* the_POAManager() override { return PortableServer::POAManager::_nil(); }
+    POA* create_POA(const char*, PortableServer::POAManager*, const CORBA::PolicyList&) override {
+        throw AdapterAlreadyExists();
+    }
+    POA* find_POA(const char*, CORBA::Boolean) override { throw AdapterNonExistent(); }
+};
+
+TEST_F(PersistentPoa, ExistingChildThatIsGoneWhenItIsLookedUpGivesNil) {
+    PortableServer::POA_var parent = new ForgetfulPoa;
+    PortableServer::POA_var child = get_persistent_poa(parent.in(), "child");
+    EXPECT_TRUE(CORBA::is_nil(child.in()));
+    EXPECT_TRUE(m_log->Contains(kSys, "raised during get_persistent_poa: child!"));
     ExpectExceptionLog("persistent_poa", "Raised during get_persistent_poa!");
 }
 
