@@ -4,16 +4,13 @@
 
 #include <ace/OS_NS_unistd.h>
 #include <dlfcn.h>
-#include <openssl/pem.h>
 #include <openssl/x509_vfy.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -50,19 +47,6 @@ extern "C" __attribute__((visibility("default"))) int uname(utsname* name) noexc
         return -1;
     }
     return next(name);
-}
-
-/// The library reads each revocation list once and never frees it, which is how the agent behaves. Pointed at
-/// from here they are no leaks to the leak checker, which can't tell them from others by their stacks.
-extern "C" __attribute__((visibility("default"))) X509_CRL* PEM_read_X509_CRL(std::FILE* file,
-                                                                              X509_CRL** list,
-                                                                              pem_password_cb* callback,
-                                                                              void* data) {
-    using Function = X509_CRL* (*)(std::FILE*, X509_CRL**, pem_password_cb*, void*);
-    static const auto next = Next<Function>("PEM_read_X509_CRL");
-    static std::vector<X509_CRL*>* const read = new std::vector<X509_CRL*>;
-    read->push_back(next(file, list, callback, data));
-    return read->back();
 }
 
 extern "C" __attribute__((visibility("default"))) X509_STORE_CTX* X509_STORE_CTX_new() {
