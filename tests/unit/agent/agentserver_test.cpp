@@ -10,12 +10,16 @@
 #include "tests/support/wait_for.h"
 #include "tests/unit/agent/agent_fixture.h"
 #include "tests/unit/agent/fake_orb.h"
+#include "tests/unit/agent/plain_servant.h"
 
 namespace qv_test {
 namespace {
 
 using NS_CORBA::AgentServer;
 using Clock = std::chrono::steady_clock;
+
+constexpr int kNoProcess = 0x7ffffff0;  // higher than an id can be
+constexpr const char* kEnding = "Corba Service[NamingService] exiting... ";
 
 bool AllSignalsBlocked() {
     sigset_t blocked;
@@ -83,6 +87,46 @@ TEST_F(Server, DiscardMakesTheManagerDiscard) {
     EXPECT_EQ(PortableServer::POAManager::ACTIVE, State());
 }
 
+/// A call stays in it until it is let go.
+class BusyServant : public PlainServant {
+  public:
+    char* Echo(const char* text) override {
+        m_entered.set_value();
+        m_leave.get_future().wait();
+        left = true;
+        return PlainServant::Echo(text);
+    }
+    void AwaitCall() { m_entered.get_future().wait(); }
+    void LetGo() { m_leave.set_value(); }
+
+    std::atomic<bool> left{false};
+
+  private:
+    std::promise<void> m_entered;
+    std::promise<void> m_leave;
+};
+
+TEST_F(Server, DiscardWaitsForTheRequestsUnderWay) {
+    const CORBA::ORB_var orb = MakeOrb();
+    const CORBA::Object_var root = orb->resolve_initial_references("RootPOA");
+    Probe::RootPOA() = PortableServer::POA::_narrow(root.in());
+    ASSERT_EQ(0, AgentServer::Activate());
+    BusyServant* servant = new BusyServant;
+    PortableServer::ServantBase_var owner(servant);
+    QvAgentTest::Plain_var plain = servant->_this();
+    std::thread caller([&] { EXPECT_STREQ("text", CORBA::String_var(plain->Echo("text")).in()); });
+    servant->AwaitCall();
+    std::future<bool> waited = std::async(std::launch::async, [&] {
+        EXPECT_EQ(0, AgentServer::Discard());
+        return servant->left.load();
+    });
+    EXPECT_TRUE(WaitFor([&] { return State() == PortableServer::POAManager::DISCARDING; }));
+    EXPECT_EQ(std::future_status::timeout, waited.wait_for(std::chrono::milliseconds(200)));
+    servant->LetGo();
+    EXPECT_TRUE(waited.get());
+    caller.join();
+}
+
 TEST_F(Server, ManagerThatRaisesIsLogged) {
     InitAgent();
     PortableServer::POA_var poa = config().GetRootPoa();
@@ -101,9 +145,9 @@ TEST_F(Server, ShutDownBeforeInitReturnsAtOnce) {
 }
 
 TEST_F(Server, DestroyBeforeInitStillEndsServices) {
-    Probe::ServicePids()["NamingService"] = 0x7ffffff0;  // no such process, and none that it could be
+    Probe::ServicePids()["NamingService"] = kNoProcess;
     AgentServer::Destroy();
-    EXPECT_TRUE(m_log->Contains(kSys, "Corba Service[NamingService] exiting... "));
+    EXPECT_TRUE(m_log->Contains(kSys, kEnding));
     Probe::ServicePids().clear();
     m_log->Clear();
     AgentServer::Destroy();
@@ -239,6 +283,25 @@ TEST_F(Server, DestroyDestroysTheOrb) {
     FakeOrb& orb = UseFakeOrb();
     AgentServer::Destroy();
     EXPECT_EQ(1u, orb.Destroyed());
+}
+
+TEST_F(Server, ServicesEndAfterTheOrb) {
+    FakeOrb& orb = UseFakeOrb();
+    Probe::ServicePids()["NamingService"] = kNoProcess;
+    bool ended = true;
+    orb.OnDestroy([&] { ended = m_log->Contains(kSys, kEnding); });
+    AgentServer::Destroy();
+    EXPECT_FALSE(ended) << "before the ORB";
+    EXPECT_TRUE(m_log->Contains(kSys, kEnding));
+}
+
+TEST_F(Server, ServicesEndWhenTheOrbRaisesToo) {
+    FakeOrb& orb = UseFakeOrb();
+    Probe::ServicePids()["NamingService"] = kNoProcess;
+    orb.OnDestroy([] { throw CORBA::BAD_INV_ORDER(); });
+    AgentServer::Destroy();
+    ExpectExceptionLog("agentserver", "[AgentServer::Destroy] Raised during destroying orb!");
+    EXPECT_TRUE(m_log->Contains(kSys, kEnding));
 }
 
 }  // namespace

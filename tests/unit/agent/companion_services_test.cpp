@@ -6,6 +6,7 @@
 #include "agent/agentserver.h"
 #include "tests/support/wait_for.h"
 #include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/fake_orb.h"
 #include "tests/unit/agent/interposed.h"
 
 namespace qv_test {
@@ -64,6 +65,15 @@ class Companions : public AgentTest {
 
     bool Alive(const std::string& service) {
         return ::waitpid(Probe::ServicePids()[service], nullptr, WNOHANG) == 0;
+    }
+
+    /// Starts the naming service and then has Init fail at the ORB that `init` makes.
+    void ExpectServiceKeptWith(ReplacedOrbInit::Function init) {
+        m_items.Set("NamingService_AutoStart", "1");
+        const ReplacedOrbInit replaced(std::move(init));
+        EXPECT_FALSE(config().Init("bundle"));
+        EXPECT_TRUE(Alive("NamingService"));
+        EXPECT_FALSE(m_log->Contains(kSys, "exiting... "));
     }
 
     std::vector<std::string> SysTexts() {
@@ -179,6 +189,18 @@ TEST_F(Companions, NotifyServiceThatCannotBeSpawnedTakesTheNamingServiceWithIt) 
     EXPECT_TRUE(CORBA::is_nil(CORBA::ORB_var(config().GetOrb()).in()));
     EXPECT_EQ(SIGKILL, EndingSignal("NamingService"));
     Probe::ServicePids().clear();
+}
+
+TEST_F(Companions, ServicesAreKeptWhenThereIsNoOrb) {
+    ExpectServiceKeptWith([](int&, char**, const char*) { return CORBA::ORB::_nil(); });
+}
+
+TEST_F(Companions, ServicesAreKeptWhenTheOrbRaises) {
+    ExpectServiceKeptWith([](int&, char**, const char*) -> CORBA::ORB_ptr { throw CORBA::INITIALIZE(); });
+}
+
+TEST_F(Companions, ServicesAreKeptWhenTheOrbHasNoRootPoa) {
+    ExpectServiceKeptWith([](int&, char**, const char*) { return new FakeOrb; });
 }
 
 TEST_F(Companions, NamingServiceThatCannotBeSpawnedLeavesTheOtherAlone) {

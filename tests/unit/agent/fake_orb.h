@@ -8,6 +8,7 @@
 #include <mutex>
 #include <set>
 #include <thread>
+#include <utility>
 
 namespace qv_test {
 
@@ -42,6 +43,9 @@ class FakeOrb : public CORBA::ORB {
 
     void Then(std::function<void()> step) { m_steps.push_back(std::move(step)); }
 
+    /// The next destroy() runs `step`.
+    void OnDestroy(std::function<void()> step) { m_destroy_step = std::move(step); }
+
     void run() override {
         std::unique_lock<std::mutex> lock(m_lock);
         m_runners.insert(std::this_thread::get_id());
@@ -68,8 +72,13 @@ class FakeOrb : public CORBA::ORB {
     }
 
     void destroy() override {
-        const std::lock_guard<std::mutex> lock(m_lock);
+        std::unique_lock<std::mutex> lock(m_lock);
         ++m_destroyed;
+        const std::function<void()> step = std::exchange(m_destroy_step, nullptr);
+        lock.unlock();
+        if (step) {
+            step();
+        }
     }
 
     /// Waits until `count` threads block in run(); false after 30 seconds.
@@ -121,6 +130,7 @@ class FakeOrb : public CORBA::ORB {
     mutable std::mutex m_lock;
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_steps;
+    std::function<void()> m_destroy_step;
     std::set<std::thread::id> m_runners;
     unsigned m_calls = 0;
     unsigned m_blocked = 0;
