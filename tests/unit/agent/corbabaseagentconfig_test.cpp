@@ -85,6 +85,20 @@ TEST_F(AgentConfig, NobodyIsHandedAnInstanceThatIsDying) {
     EXPECT_FALSE(sawInstance);
 }
 
+TEST_F(AgentConfig, TheOrbThatItAloneHoldsMayBeSetAgain) {
+    bool ended = false;
+    bool sawInstance = true;
+    FakeOrb* orb = new WatchingOrb(ended, sawInstance);
+    config().SetOrb(orb);
+    CORBA::release(orb);
+    ASSERT_EQ(1, orb->References());
+    config().SetOrb(orb);
+    ASSERT_FALSE(ended) << "the old reference was given up before the new one was taken";
+    EXPECT_EQ(1, orb->References());
+    CorbaBaseAgentConfig::Destroy();
+    EXPECT_TRUE(ended);
+}
+
 TEST_F(AgentConfig, SingletonIsMadeOnceAndDestroyedOnDemand) {
     CorbaBaseAgentConfig* first = CorbaBaseAgentConfig::Instance();
     ASSERT_NE(nullptr, first);
