@@ -1,5 +1,6 @@
 #include <map>
 
+#include "tests/unit/agent/fake_orb.h"
 #include "tests/unit/agent/naming_fixture.h"
 #include "tests/unit/agent/naming_server.h"
 
@@ -57,6 +58,35 @@ TEST_F(Naming, MissingFileOfTheServiceFails) {
         "[CorbaBaseAgentConfig::GetNamingService] Error occured during getting namingservice object ref "
         "from file!",
         "GetNamingService] Error occured");
+}
+
+/// Notes the addresses that it is asked for; nothing is there.
+class AddressOrb : public FakeOrb {
+  public:
+    CORBA::Object_ptr string_to_object(const char* address) override {
+        addresses.emplace_back(address);
+        return CORBA::Object::_nil();
+    }
+
+    std::vector<std::string> addresses;
+};
+
+TEST_F(Naming, TheServicesAddressFollowsTheMode) {
+    Probe::NamingServiceHost() = "names";
+    Probe::NamingServicePort() = 12001;
+    Probe::NamingServiceSSLPort() = 22001;
+    AddressOrb* orb = new AddressOrb;
+    const CORBA::ORB_var owner(orb);
+    config().SetOrb(orb);
+    for (const unsigned int mode : {0u, 1u, 2u}) {
+        Probe::SSLMode() = mode;
+        CosNaming::NamingContext_var context;
+        EXPECT_FALSE(config().GetNamingService(context)) << "mode " << mode;
+    }
+    EXPECT_EQ((std::vector<std::string>{"corbaloc:iiop:names:12001/NameService",
+                                        "corbaloc:ssliop:names:22001/NameService",
+                                        "corbaloc:ssliop:names:22001/NameService"}),
+              orb->addresses);
 }
 
 TEST_F(Naming, NothingToRegister) {
