@@ -1,7 +1,11 @@
 #include "agent/distributesvcmgrrefpoamgr.h"
 
+#include <cerrno>
+
 #include "agent/persistent_poa.h"
 #include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/fake_poa.h"
+#include "tests/unit/agent/held_up.h"
 
 namespace qv_test {
 namespace {
@@ -106,6 +110,33 @@ TEST_F(PoaStore, ReleasingDestroysThePoa) {
     LockProbe::Lock().release();
 }
 
+/// Notes how it is destroyed, and who holds the store's lock meanwhile.
+class NotingPoa : public FakePoa {
+  public:
+    void destroy(CORBA::Boolean etherealize, CORBA::Boolean wait) override {
+        destroyed += etherealize ? "etherealized" : "kept";
+        destroyed += wait ? ", waited for" : ", not waited for";
+        locked = LockProbe::Lock().tryacquire_read() != 0;
+        if (!locked) {
+            LockProbe::Lock().release();
+        }
+    }
+
+    std::string destroyed;
+    bool locked = false;
+};
+
+TEST_F(PoaStore, ReleasingEtherealizesWithoutWaiting) {
+    NotingPoa* noting = new NotingPoa;
+    const PortableServer::POA_var owner(noting);
+    PortableServer::POA_var given = PortableServer::POA::_duplicate(noting);
+    std::string uuid;
+    Store().SavePoaRef(uuid, given);
+    Store().ReleasePOA(uuid);
+    EXPECT_EQ("etherealized, not waited for", noting->destroyed);
+    EXPECT_TRUE(noting->locked);
+}
+
 TEST_F(PoaStore, ReleasingAnUnknownUuidHasNoEffect) {
     PortableServer::POA_var poa = MakePoa("poa");
     std::string uuid;
@@ -143,12 +174,28 @@ TEST_F(PoaStore, SavesWithoutTheLockWhenItFails) {
     errno = 0;
     std::string uuid;
     Store().SavePoaRef(uuid, poa);
+    EXPECT_EQ(EDEADLK, errno);
     EXPECT_EQ(1u, LockProbe::Size());
+    errno = 0;
     Store().ReleasePOA(uuid);
+    EXPECT_EQ(EDEADLK, errno);
     EXPECT_EQ(0u, LockProbe::Size());
     EXPECT_EQ(0, LockProbe::Lock().release());
     EXPECT_EQ(0, LockProbe::Lock().tryacquire_write());  // the failed attempts left nothing locked
     LockProbe::Lock().release();
+}
+
+TEST_F(PoaStore, SavingAndReleasingWaitForReaders) {
+    PortableServer::POA_var poa = MakePoa("poa");
+    Store();
+    std::string uuid;
+    const auto release = [] { LockProbe::Lock().release(); };
+    ASSERT_EQ(0, LockProbe::Lock().acquire_read());
+    EXPECT_TRUE(IsHeldUpUntil(release, [&] { Store().SavePoaRef(uuid, poa); }));
+    EXPECT_EQ(1u, LockProbe::Size());
+    ASSERT_EQ(0, LockProbe::Lock().acquire_read());
+    EXPECT_TRUE(IsHeldUpUntil(release, [&] { Store().ReleasePOA(uuid); }));
+    EXPECT_EQ(0u, LockProbe::Size());
 }
 
 TEST_F(PoaStore, TakingNeedsNoLock) {
