@@ -4,6 +4,7 @@
 #include "request/request_interceptor_base.h"
 #include "tests/support/sanitized.h"
 #include "tests/unit/agent/agent_fixture.h"
+#include "tests/unit/agent/held_up.h"
 
 namespace qv_test {
 namespace {
@@ -134,6 +135,16 @@ TEST_F(Registry, ModuleListIsLockedUntilItIsFreed) {
     config().FreeMGRList();
     EXPECT_EQ(0, Probe::Mutex().tryacquire());
     Probe::Mutex().release();
+}
+
+TEST_F(Registry, TheCountIsGuardedByTheLockOfTheModuleList) {
+    const auto free = [this] { config().FreeMGRList(); };
+    ASSERT_NE(nullptr, config().GetMGRList());
+    EXPECT_TRUE(IsHeldUpUntil(free, [this] { config()._add_ref(); }));
+    EXPECT_EQ(1, Probe::RefCount());
+    ASSERT_NE(nullptr, config().GetMGRList());
+    EXPECT_TRUE(IsHeldUpUntil(free, [this] { config()._remove_ref(); }));
+    EXPECT_EQ(0, Probe::RefCount());
 }
 
 TEST_F(Registry, WithoutTheLockThereIsNoModuleList) {
