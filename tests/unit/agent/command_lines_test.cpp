@@ -40,6 +40,20 @@ class CommandLines : public AgentTest {
         return std::vector<std::string>(config().GetArgv(), config().GetArgv() + config().GetArgc());
     }
 
+    /// What the configuration logs, with "COMMAND" for the agent's command.
+    std::vector<std::string> ToldByReConfig() {
+        m_log->Clear();
+        EXPECT_TRUE(config().CorbaBaseAgentReConfig());
+        std::vector<std::string> told;
+        for (const LogEntry& entry : m_log->Entries()) {
+            const std::size_t command = entry.text.find(Probe::CorbaAgentCmd());
+            told.push_back(
+                entry.category + " " + std::to_string(entry.level) + " " +
+                (command == std::string::npos ? entry.text : entry.text.substr(0, command) + "COMMAND"));
+        }
+        return told;
+    }
+
     /// Runs parse_args over `arguments`; the arguments kept.
     std::vector<std::string> Parse(std::vector<std::string> arguments) {
         std::vector<char*> argv;
@@ -124,6 +138,20 @@ TEST_F(CommandLines, EachCommandIsLogged) {
               "GetCorbaAgentCmd] CorbaAgentCmd is %s");
 }
 
+TEST_F(CommandLines, TheThreeAreComposedInOrder) {
+    config().GetOption();
+    std::vector<std::string> composed;
+    for (const LogEntry& entry : m_log->Entries(kDebug)) {
+        if (entry.level == 3 && entry.text.find("Cmd is ") != std::string::npos) {
+            composed.push_back(entry.text.substr(0, entry.text.find(" is ")));
+        }
+    }
+    EXPECT_EQ((std::vector<std::string>{"[CorbaBaseAgentConfig::GetNamingServiceCmd] NamingServiceCmd",
+                                        "[CorbaBaseAgentConfig::GetNotifyServiceCmd] NotifyServiceCmd",
+                                        "[CorbaBaseAgentConfig::GetCorbaAgentCmd] CorbaAgentCmd"}),
+              composed);
+}
+
 TEST_F(CommandLines, ComposingTwiceAppends) {
     config().GetOption();
     const std::string naming = Probe::NamingServiceCmd();
@@ -200,6 +228,15 @@ TEST_F(CommandLines, LongCommandIsCutAt1023Characters) {
     ASSERT_GT(Probe::CorbaAgentCmd().size(), 2000u);
     EXPECT_EQ(Split(Probe::CorbaAgentCmd().substr(0, 1023)), Argv());
     EXPECT_EQ(std::string::npos, Argv().back().find_first_not_of('x'));
+}
+
+TEST_F(CommandLines, TheCutIsNotTold) {
+    m_items.Set("CORBAAgent_Option", "-short");
+    const std::vector<std::string> told = ToldByReConfig();
+    NS_CORBA::CorbaBaseAgentConfig::Destroy();
+    m_items.Set("CORBAAgent_Option", std::string(2000, 'x'));
+    EXPECT_EQ(told, ToldByReConfig());
+    EXPECT_FALSE(told.empty());
 }
 
 TEST_F(CommandLines, CommandOf1023CharactersIsWhole) {
