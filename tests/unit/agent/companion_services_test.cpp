@@ -258,6 +258,17 @@ TEST_F(Companions, CommandThatIsTooLongIsCut) {
     EXPECT_EQ(whole.substr(0, 1023), line);
 }
 
+TEST_F(Companions, CommandMayHaveMoreThanAHundredArguments) {
+    Probe::NamingServiceAutoStart() = true;
+    Probe::NamingServiceCmd() = "Naming_Service";
+    for (int i = 1; i <= 120; ++i) {
+        Probe::NamingServiceCmd() += " " + std::to_string(i);
+    }
+    EXPECT_TRUE(config().AutoStartService());
+    const std::string started = Started("Naming_Service");
+    EXPECT_EQ(Bin() + "/" + Probe::NamingServiceCmd(), started.substr(0, started.find('\n')));
+}
+
 TEST_F(Companions, NamingUpdateKeepsPortsAndClearsTexts) {
     config().GetOption();
     const std::string cmd = Probe::NamingServiceCmd();
