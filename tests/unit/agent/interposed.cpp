@@ -18,7 +18,8 @@ std::atomic<int> g_forksUntilFailure{0};  // 0: never
 std::atomic<bool> g_failSplit{false};
 std::atomic<bool> g_failNodeName{false};
 std::atomic<qv_test::FailingVerification::Step> g_failVerification{qv_test::FailingVerification::kNone};
-qv_test::ReplacedOrbInit::Function g_orbInit;  // empty: the ORB's own
+qv_test::ReplacedOrbInit::Function g_orbInit;            // empty: the ORB's own
+qv_test::ReplacedCreatePolicy::Function g_createPolicy;  // as above
 
 template <typename Function>
 Function Next(const char* symbol) {
@@ -73,6 +74,12 @@ __attribute__((visibility("default"))) ORB_ptr ORB_init(int& argc, char** argv, 
     return g_orbInit ? g_orbInit(argc, argv, orb_id) : next(argc, argv, orb_id);
 }
 
+__attribute__((visibility("default"))) Policy_ptr ORB::create_policy(PolicyType type, const Any& value) {
+    using Function = Policy_ptr (*)(ORB*, PolicyType, const Any&);
+    static const auto next = Next<Function>("_ZN5CORBA3ORB13create_policyEjRKNS_3AnyE");
+    return g_createPolicy ? g_createPolicy(type, value) : next(this, type, value);
+}
+
 }  // namespace CORBA
 
 namespace ACE_OS {
@@ -121,6 +128,13 @@ ReplacedOrbInit::ReplacedOrbInit(Function init) {
 }
 ReplacedOrbInit::~ReplacedOrbInit() {
     g_orbInit = nullptr;
+}
+
+ReplacedCreatePolicy::ReplacedCreatePolicy(Function create) {
+    g_createPolicy = std::move(create);
+}
+ReplacedCreatePolicy::~ReplacedCreatePolicy() {
+    g_createPolicy = nullptr;
 }
 
 }  // namespace qv_test

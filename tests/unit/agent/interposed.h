@@ -55,4 +55,15 @@ class ReplacedOrbInit {
     ReplacedOrbInit& operator=(const ReplacedOrbInit&) = delete;
 };
 
+/// While it lives CORBA::ORB::create_policy is `create`, for each ORB.
+class ReplacedCreatePolicy {
+  public:
+    using Function = std::function<CORBA::Policy_ptr(CORBA::PolicyType type, const CORBA::Any& value)>;
+
+    explicit ReplacedCreatePolicy(Function create);
+    ~ReplacedCreatePolicy();
+    ReplacedCreatePolicy(const ReplacedCreatePolicy&) = delete;
+    ReplacedCreatePolicy& operator=(const ReplacedCreatePolicy&) = delete;
+};
+
 }  // namespace qv_test

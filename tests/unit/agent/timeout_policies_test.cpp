@@ -11,6 +11,7 @@
 
 #include "tests/unit/agent/agent_fixture.h"
 #include "tests/unit/agent/fake_orb.h"
+#include "tests/unit/agent/interposed.h"
 
 namespace qv_test {
 namespace {
@@ -140,6 +141,26 @@ TEST_P(Timeout, TheValueReplacesAllOverridesUnchanged) {
         EXPECT_EQ(1, CountLog(kDebug, Text("Time out info - ullTimeOut=" + std::to_string(value))));
         EXPECT_EQ(0, Failures());
     }
+}
+
+/// Notes when it is destroyed.
+class NotingPolicy : public Messaging::RelativeRoundtripTimeoutPolicy {
+  public:
+    NotingPolicy(Texts& events, TimeBase::TimeT expiry)
+        : Messaging::RelativeRoundtripTimeoutPolicy(expiry), m_events(events) {}
+    void destroy() override { m_events.push_back("destroyed"); }
+
+  private:
+    Texts& m_events;
+};
+
+TEST_P(Timeout, ThePolicyIsDestroyedOnceItIsSet) {
+    NeedOrb();
+    const ReplacedCreatePolicy replaced(
+        [this](CORBA::PolicyType, const CORBA::Any&) { return new NotingPolicy(m_events, 77); });
+    CORBA::ORB_var orb = Orb(MakeManager());
+    EXPECT_TRUE(Set(orb, 5));
+    EXPECT_EQ((Texts{GetParam().reference, "set 77", "destroyed"}), m_events);
 }
 
 TEST_P(Timeout, IsTracedAndTold) {
