@@ -32,15 +32,15 @@ ACE_Time_Value Now(int (*clock)(timeval*)) {
     return clock(&now) == 0 ? ACE_Time_Value(now) : ACE_Time_Value(-1, 0);
 }
 
-/// True when `address` can be seen as an IPv4 address. Asked first, as get_ip_address complains on the
-/// standard error about those that can't.
+/// True when `address` can be seen as an IPv4 address, be it mapped into IPv6 or in the older form
+/// "::a.b.c.d". Asked first, as get_ip_address complains on the standard error about those that can't.
 bool IsIPv4(const ACE_INET_Addr& address) {
     const auto* const socketAddress = static_cast<const sockaddr*>(address.get_addr());
     if (socketAddress->sa_family != AF_INET6) {
         return true;
     }
     const auto* const ipv6 = reinterpret_cast<const sockaddr_in6*>(socketAddress);
-    return IN6_IS_ADDR_V4MAPPED(&ipv6->sin6_addr);
+    return IN6_IS_ADDR_V4MAPPED(&ipv6->sin6_addr) || IN6_IS_ADDR_V4COMPAT(&ipv6->sin6_addr);
 }
 
 /// The IPv4 address of a text or host name, 0 when there is none.

@@ -182,6 +182,16 @@ TEST_F(IPAclTest, AnAddressMappedIntoIPv6IsTheIPv4Address) {
     EXPECT_FALSE(acl.IsValidIP(kSecond));
 }
 
+TEST_F(IPAclTest, AnIPv4AddressInTheOldFormOfIPv6IsTheIPv4Address) {
+    g_platform.addresses = {"::10.0.0.1"};
+    Init();
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(acl.IsValidIP(kFirst));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_FALSE(acl.IsValidIP(0));
+    EXPECT_FALSE(acl.IsValidIP(kSecond));
+}
+
 class IPAclUnusableTest : public IPAclTest, public ::testing::WithParamInterface<const char*> {};
 
 TEST_P(IPAclUnusableTest, CountsAsAddressZeroAndIsNotTold) {
@@ -197,8 +207,9 @@ TEST_P(IPAclUnusableTest, CountsAsAddressZeroAndIsNotTold) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, IPAclUnusableTest,
-                         ::testing::Values("", "10.0.0.1:99", "300.0.0.1", "10.0.0.1 ", "10.0.0.0/8", "::1",
-                                           "2001:db8::1", "no-such-host.invalid", "six.test", "0.0.0.0"));
+                         ::testing::Values("", "10.0.0.1:99", "300.0.0.1", "10.0.0.1 ", "10.0.0.0/8",
+                                           "::", "::1", "2001:db8::1", "no-such-host.invalid", "six.test",
+                                           "0.0.0.0"));
 
 TEST_F(IPAclTest, UnusableValuesLeaveTheOthersInForce) {
     g_platform.addresses = {"", "10.0.0.1", "300.0.0.1", std::string(300, 'x'), "10.0.0.2"};
