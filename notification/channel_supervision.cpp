@@ -26,13 +26,17 @@ int SuppilerMgr::check_channel_valid() {
     return 0;
 }
 
-// What the callback object raises counts as a failed check too, but it is not asked for a second heartbeat
-// then.
+// What the callback object raises while a channel is being checked counts as a failed check too, but it is
+// not asked for a second heartbeat then. Without a channel nothing is checked, and it passes.
 SuppilerMgr::ChannelCheck SuppilerMgr::CheckChannel() {
+    const CosNotifyChannelAdmin::EventChannel_var channel = getChannel();
+    if (CORBA::is_nil(channel.in())) {
+        RenewChannel();
+        return ChannelCheck::kUndecided;
+    }
     ChannelCheck undecided = ChannelCheck::kUndecided;
     try {
-        const CosNotifyChannelAdmin::EventChannel_var channel = getChannel();
-        if (CORBA::is_nil(channel.in()) || channel->_non_existent()) {
+        if (channel->_non_existent()) {
             RenewChannel();
             return undecided;
         }

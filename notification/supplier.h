@@ -91,6 +91,8 @@ class QV_API SuppilerMgr : public ACE_Task_Base {
     /// One step of supervision, for the bundle's timer: makes a channel that is gone anew, takes one that
     /// survived an outage back into service at the third good check, and calls HeartBeating while the channel
     /// is in service. Always 0.
+    /// @throws what the callback object raises, but for a CORBA exception while a channel is being checked:
+    ///         that counts as a failed check
     int check_channel_valid();
 
     /// Announces a loss that the bundle noticed itself, with a new id.

@@ -13,6 +13,7 @@ constexpr char kGone[] =
 constexpr char kRestored[] =
     "[SuppilerMgr::check_channel_valid] EventChannel self-restored, Event loss status cleared!";
 constexpr char kCheckFailed[] = "[SuppilerMgr::check_channel_valid] Check EventChannel failed!";
+constexpr char kOutOfDate[] = "[EventMgr::Init] Destroy out of date EventChannel at first!";
 constexpr char kInitCleared[] =
     "[SuppilerMgr::NotifyServiceInit] CORBA Notification Service: Event Loss Cleared!";
 
@@ -116,6 +117,24 @@ TEST_F(ChannelSupervision, WithoutAChannelOneIsMade) {
     EXPECT_EQ(1u, service->Channels().size());
 }
 
+// There was no check that could have failed.
+TEST_F(ChannelSupervision, WithoutAChannelExceptionsOfTheCallbackPass) {
+    callback.onCleared = [] { throw CORBA::BAD_PARAM(); };
+    EXPECT_THROW(manager->check_channel_valid(), CORBA::BAD_PARAM);
+    EXPECT_EQ((Texts{"cleared"}), callback.Seen());
+    ExpectTraces(kSource, {kGone});
+    EXPECT_FALSE(m_log->Contains(kDebug, kCheckFailed));
+    EXPECT_FALSE(BufferIsLocked());
+}
+
+TEST_F(ChannelSupervision, WithoutAChannelAnObjectThatTheCallbackMissesIsNotTheChannel) {
+    callback.onCleared = [] { throw CORBA::OBJECT_NOT_EXIST(); };
+    EXPECT_THROW(manager->check_channel_valid(), CORBA::OBJECT_NOT_EXIST);
+    EXPECT_EQ((Texts{"cleared"}), callback.Seen());
+    ExpectTraces(kSource, {kGone});
+    EXPECT_EQ(1u, service->Channels().size());
+}
+
 TEST_F(ChannelSupervision, AChannelThatIsGoneIsMadeAnew) {
     for (const bool broken : {false, true}) {
         EnterService();
@@ -172,6 +191,18 @@ TEST_F(ChannelSupervision, ACorbaExceptionOfTheHeartbeatIsLoggedAndTheHeartbeatN
     Check();
     EXPECT_EQ((Texts{"heartbeat"}), callback.Seen());
     ExpectException(kSource, kCheckFailed);
+}
+
+TEST_F(ChannelSupervision, AnObjectThatTheHeartbeatMissesCountsAsTheChannelAndTheHeartbeatIsNotRepeated) {
+    EnterService();
+    callback.onHeartBeat = [] { throw CORBA::OBJECT_NOT_EXIST(); };
+    Check();
+    EXPECT_EQ((Texts{"heartbeat", "cleared"}), callback.Seen());
+    EXPECT_EQ((Texts{kGone, kOutOfDate, kInitCleared}), Traces());
+    ExpectTraced(kSource, kGone);
+    EXPECT_FALSE(m_log->Contains(kDebug, kCheckFailed));
+    EXPECT_EQ(2u, service->Channels().size());
+    EXPECT_EQ("settling", State());
 }
 
 TEST_F(ChannelSupervision, OtherExceptionsOfTheCallbackPass) {
