@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 
 #include "agent/corbabaseagentconfig.h"
@@ -14,12 +15,20 @@
 
 namespace qv_test {
 
-/// An ORB whose objects all have the reference that the test gives; none raises NO_RESOURCES.
+/// An ORB whose objects all have the reference that the test gives; without one it raises NO_RESOURCES.
 class ReferenceOrb : public FakeOrb {
   public:
     std::optional<std::string> reference;
+    bool null = false;            ///< gives a null pointer
+    std::function<void()> raise;  ///< runs first
 
     char* object_to_string(CORBA::Object_ptr) override {
+        if (raise) {
+            raise();
+        }
+        if (null) {
+            return nullptr;
+        }
         if (!reference) {
             throw CORBA::NO_RESOURCES(9, CORBA::COMPLETED_NO);
         }
@@ -36,6 +45,7 @@ class IorTest : public ::testing::Test {
         NS_CORBA::CorbaLogMgr::Instance()->Init();
         WithPort(true);
         config().SetOrb(m_orb);
+        m_log->Clear();
     }
     ~IorTest() override {
         config().SetOrb(CORBA::ORB::_nil());

@@ -1,5 +1,7 @@
 #include <tao/PortableServer/PortableServer.h>
 
+#include <stdexcept>
+
 #include "tests/support/free_port.h"
 #include "tests/unit/request/ior_fixture.h"
 
@@ -83,8 +85,16 @@ TEST_F(IorParser, NothingToReadIsInvalid) {
     EXPECT_EQ("invalid", Info(Ior({})));
     EXPECT_EQ("invalid", Info(Ior({{kUnknown, Body("emsa", 1)}})));
     EXPECT_EQ("invalid", Info(Ior({{0, Body("", 1)}})));  // an empty host
-    m_parser.DoWork(nullptr);
+}
+
+TEST_F(IorParser, ANullReferenceIsInvalid) {
+    EXPECT_EQ("emsa:2809", Info(Ior({{0, Body("emsa", 2809)}})));  // of which nothing may be left
+    m_orb->null = true;
+    std::string info = "untouched";
+    EXPECT_FALSE(m_parser.GetHostInfo(CORBA::Object::_nil(), info));
+    EXPECT_EQ("untouched", info);
     EXPECT_EQ(":0", LastHostAndPort());
+    EXPECT_TRUE(m_log->Entries().empty());
 }
 
 TEST_F(IorParser, PrefixesCountAtTheBeginningOnly) {
@@ -168,6 +178,14 @@ TEST_F(IorParser, AnExceptionOfTheOrbIsLoggedAndFalse) {
     EXPECT_EQ(339, entry->line);
     EXPECT_EQ(1, entry->level);
     EXPECT_NE(std::string::npos, entry->text.find("NO_RESOURCES"));
+}
+
+TEST_F(IorParser, AnExceptionThatIsNotCorbasPasses) {
+    m_orb->raise = [] { throw std::runtime_error("broken"); };
+    std::string info = "untouched";
+    EXPECT_THROW(m_parser.GetHostInfo(CORBA::Object::_nil(), info), std::runtime_error);
+    EXPECT_EQ("untouched", info);
+    EXPECT_TRUE(m_log->Entries().empty());
 }
 
 TEST_F(IorParser, WithoutAnOrbNothingIsTold) {

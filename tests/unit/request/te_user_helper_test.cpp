@@ -12,6 +12,7 @@
 #include "agent/persistent_poa.h"
 #include "tests/support/child_process.h"
 #include "tests/support/wait_for.h"
+#include "tests/unit/agent/fake_orb.h"
 #include "tests/unit/logging/log_fixture.h"
 #include "tests/unit/request/client_tree.h"
 
@@ -25,6 +26,12 @@ constexpr char kClient[] = "<USERNAME_TAG>anna</USERNAME_TAG><IPANDPORT_TAG>10.0
 constexpr char kOther[] = "<USERNAME_TAG>bert</USERNAME_TAG><IPANDPORT_TAG>10.0.0.2:4712</IPANDPORT_TAG>";
 constexpr char kNoContext[] =
     "Exception: [TEUserHelper::GetNmsIPAddrByContext] Get nms ip address failed!==>";
+
+/// An ORB that raises what isn't CORBA's.
+class BrokenOrb : public qv_test::FakeOrb {
+  public:
+    CORBA::Object_ptr resolve_initial_references(const char*) override { throw std::runtime_error("broken"); }
+};
 
 class TEUserHelperTest : public qv_test::LogFixture {
   protected:
@@ -46,6 +53,12 @@ class TEUserHelperTest : public qv_test::LogFixture {
         EXPECT_EQ(entries[0].line, 156);
         EXPECT_EQ(entries[0].text.compare(0, sizeof kNoContext - 1, kNoContext), 0) << entries[0].text;
         EXPECT_NE(entries[0].text.find("NoContext"), std::string::npos) << entries[0].text;
+    }
+
+    /// The agent has that ORB from now on, as its only owner.
+    static void UseOrb(CORBA::ORB_ptr orb) {
+        const CORBA::ORB_var owner = orb;
+        NS_CORBA::CorbaBaseAgentConfig::Instance()->SetOrb(orb);
     }
 
     ClientTree tree;
@@ -147,6 +160,25 @@ TEST_F(TEUserHelperTest, BeforeTheOrbStandsThereIsNoCaller) {
     EXPECT_EQ(TEUserHelper::GetNmsIPAddrByContext(), "");
     ASSERT_EQ(capture->Entries().size(), 1u);
     EXPECT_EQ(capture->Entries()[0].line, 156);
+}
+
+TEST_F(TEUserHelperTest, WithoutAPoaCurrentThereIsNoCaller) {
+    UseOrb(new qv_test::FakeOrb);
+    EXPECT_EQ(TEUserHelper::GetNmsIPAddrByContext(), "");
+    EXPECT_TRUE(capture->Entries().empty());
+}
+
+TEST_F(TEUserHelperTest, AnExceptionThatIsNotCorbasIsTracedAndThereIsNoCaller) {
+    UseOrb(new BrokenOrb);
+    EXPECT_EQ(TEUserHelper::GetNmsIPAddrByContext(), "");
+    const auto entries = capture->Entries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].category, "corbasys");
+    EXPECT_EQ(entries[0].level, -1);
+    EXPECT_EQ(entries[0].file, "corbalogutil");
+    EXPECT_EQ(entries[0].function, "unknown");
+    EXPECT_EQ(entries[0].line, 159);
+    EXPECT_EQ(entries[0].text, "[TEUserHelper::GetNmsIPAddrByContext] Unknown exception occurred!");
 }
 
 TEST_F(TEUserHelperTest, ALogThatFailsRaisesNothing) {
