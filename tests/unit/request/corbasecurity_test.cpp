@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "request/process_exception.h"
+#include "tests/support/vtable_place.h"
 #include "tests/support/wait_for.h"
 #include "tests/unit/request/corbasecurity_fixture.h"
 
@@ -203,6 +204,14 @@ TEST_F(CorbaSecurityTest, ShakingHandsDoesNothing) {
     EXPECT_TRUE(capture->Entries().empty());
     EXPECT_TRUE(security.Seen().empty());
     EXPECT_EQ(Probe::Interval(), 0);
+}
+
+TEST(SecurityInterface, ItsOperationsStandInTheirOrder) {
+    using NS_SECURITY_SERVICE1::SecurityIF;
+    EXPECT_EQ(qv_test::VtablePlace(&SecurityIF::UserLogin), 2);
+    EXPECT_EQ(qv_test::VtablePlace(&SecurityIF::UserLogout), 3);
+    EXPECT_EQ(qv_test::VtablePlace(&SecurityIF::CheckUserLogin), 4);
+    EXPECT_EQ(qv_test::VtablePlace(&SecurityIF::EncryptPassword), 5);
 }
 
 }  // namespace

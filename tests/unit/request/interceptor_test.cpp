@@ -3,6 +3,7 @@
 #include "agent/corbabaseagentconfig.h"
 #include "orb/portability.h"
 #include "standalone/thread_setup.h"
+#include "tests/support/vtable_place.h"
 #include "tests/unit/request/interceptor_fixture.h"
 
 namespace {
@@ -316,6 +317,12 @@ TEST_F(InterceptorTest, TheContextsPointDoesNothing) {
     EXPECT_NO_THROW(interceptor->receive_request_service_contexts(&info));
     EXPECT_TRUE(capture->Entries().empty());
     EXPECT_EQ(info.operationCalls, 0);
+}
+
+TEST(RequestHooks, TheOneThatRunsFirstStandsSecondInTheClass) {
+    using Hooks = NS_CORBA::RequestInterceptorBase;
+    EXPECT_EQ(qv_test::VtablePlace(&Hooks::AfterReceiveRequest), 2);
+    EXPECT_EQ(qv_test::VtablePlace(&Hooks::BeforeReceiveRequest), 3);
 }
 
 }  // namespace
