@@ -1,130 +1,16 @@
-// The command thread. What it does ends in a queue, a log and commands that tell of themselves.
+// The command thread: its start and end, its queue, and commands that succeed.
 #include "notification/asynnotifymgr.h"
 
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <signal.h>
-#include <tao/ORB.h>
 
-#include <atomic>
-#include <future>
-#include <mutex>
-#include <stdexcept>
 #include <thread>
-#include <vector>
 
-#include "logging/logmgr.h"
-#include "tests/support/capturing_log_service.h"
-#include "tests/support/config_items.h"
-#include "tests/support/wait_for.h"
+#include "tests/support/vtable_place.h"
+#include "tests/unit/notification/asynnotifymgr_fixture.h"
 
+namespace qv_test {
 namespace {
-
-using NS_CORBA::AsynNotifyMgr;
-using NS_CORBA::NotifyCmd;
-using qv_test::LogEntry;
-using qv_test::WaitFor;
-using Texts = std::vector<std::string>;
-
-/// What commands did, in order.
-class Diary {
-  public:
-    void Add(const std::string& text) {
-        const std::lock_guard<std::mutex> guard(m_lock);
-        m_texts.push_back(text);
-    }
-    Texts texts() const {
-        const std::lock_guard<std::mutex> guard(m_lock);
-        return m_texts;
-    }
-    bool Await(std::size_t count) const {
-        return WaitFor([&] { return texts().size() >= count; });
-    }
-
-  private:
-    mutable std::mutex m_lock;
-    Texts m_texts;
-};
-
-/// Notes its run and its end, and does what it is given to do in between.
-class Command : public NotifyCmd {
-  public:
-    using Work = std::function<int()>;
-
-    Command(Diary& diary, std::string name, Work work = {})
-        : m_diary(diary), m_name(std::move(name)), m_work(std::move(work)) {}
-    ~Command() override { m_diary.Add("delete " + m_name); }
-
-    int adaptAndNotify() override {
-        m_diary.Add("run " + m_name);
-        return m_work ? m_work() : 0;
-    }
-
-  private:
-    Diary& m_diary;
-    const std::string m_name;
-    const Work m_work;
-};
-
-class AsynNotify : public ::testing::Test {
-  protected:
-    AsynNotify() {
-        NS_CORBA::CorbaLogMgr::Destroy();
-        NS_CORBA::CorbaLogMgr::Instance()->Init();
-        m_log->Clear();
-    }
-    ~AsynNotify() override {
-        OpenGate();
-        AsynNotifyMgr::ExitThread();
-        AsynNotifyMgr::Destroy();
-        NS_CORBA::CorbaLogMgr::Destroy();
-    }
-
-    Command* Make(const std::string& name, Command::Work work = {}) {
-        return new Command(m_diary, name, std::move(work));
-    }
-    int Push(NotifyCmd* command, int size = 0) { return NS_CORBA::Push(command, size); }
-    /// Starts the thread and keeps it busy with a command until OpenGate.
-    void StartBusy() {
-        ASSERT_EQ(AsynNotifyMgr::Instance()->Init(), 0);
-        const std::shared_future<void> open = m_opened;
-        Push(Make("busy", [open] {
-            open.wait();
-            return 0;
-        }));
-        ASSERT_TRUE(m_diary.Await(1));
-    }
-    void OpenGate() {
-        if (!m_open.exchange(true)) {
-            m_gate.set_value();
-        }
-    }
-    static void Stop() {
-        AsynNotifyMgr::ExitThread();
-        AsynNotifyMgr::Destroy();
-    }
-    static auto& Queue() { return *AsynNotifyMgr::Instance()->msg_queue(); }
-
-    Texts Logged(const std::string& category = "corbasys") {
-        Texts texts;
-        for (const LogEntry& entry : m_log->Entries(category)) {
-            EXPECT_EQ(entry.file, "asynnotifymgr");
-            EXPECT_EQ(entry.function, "unknown");
-            EXPECT_EQ(entry.level, category == "corbasys" ? -1 : 1);
-            texts.push_back(entry.text);
-        }
-        return texts;
-    }
-
-    qv_test::ScopedLogCapture m_log;
-    qv_test::ScopedConfigItems m_items;
-    Diary m_diary;
-
-  private:
-    std::promise<void> m_gate;
-    std::shared_future<void> m_opened = m_gate.get_future().share();
-    std::atomic<bool> m_open{false};
-};
 
 /// What the calling thread traces of itself.
 std::string ThreadLine(const char* end) {
@@ -158,65 +44,6 @@ TEST_F(AsynNotify, NullCommandIsRefused) {
     EXPECT_EQ(Push(nullptr, 1), -1);
     EXPECT_EQ(Logged(), Texts{"[AsynNotifyMgr::Push] Get a null notifycmd object!"});
     EXPECT_EQ(Queue().message_count(), 0u);
-}
-
-TEST_F(AsynNotify, FailingCommandIsTracedAndDeletedLikeAnyOther) {
-    ASSERT_EQ(AsynNotifyMgr::Instance()->Init(), 0);
-    Push(Make("a", [] { return 5; }));
-    Push(Make("b", [] { return -1; }));
-    Push(Make("c"));
-    ASSERT_TRUE(m_diary.Await(6));
-    EXPECT_EQ(m_diary.texts(), (Texts{"run a", "delete a", "run b", "delete b", "run c", "delete c"}));
-    const Texts logged = Logged();
-    ASSERT_EQ(logged.size(), 3u);
-    EXPECT_EQ(logged[1], "[AsynNotifyMgr::svc] TAAsyNotifyMgr adapt And send Notify wrong!");
-    EXPECT_EQ(logged[2], logged[1]);
-}
-
-TEST_F(AsynNotify, RaisingCommandIsLoggedAndDeletedLikeAnyOther) {
-    ASSERT_EQ(AsynNotifyMgr::Instance()->Init(), 0);
-    Push(Make("a", []() -> int { throw CORBA::TRANSIENT(); }));
-    Push(Make("b"));
-    ASSERT_TRUE(m_diary.Await(4));
-    EXPECT_EQ(m_diary.texts(), (Texts{"run a", "delete a", "run b", "delete b"}));
-    const Texts logged = Logged("corbadebug");
-    ASSERT_EQ(logged.size(), 1u);
-    const std::string head = "Exception: [AsynNotifyMgr::svc] Exception raised during adaptAndNotify()!==>";
-    EXPECT_EQ(logged[0].substr(0, head.size()), head);
-    EXPECT_NE(logged[0].find("IDL:omg.org/CORBA/TRANSIENT:1.0"), std::string::npos);
-}
-
-TEST_F(AsynNotify, ALogThatRaisesStopsNoCommandAndNoThread) {
-    std::atomic<int> raised{0};
-    m_log->SetWriteHook([&raised](const LogEntry&) {
-        ++raised;
-        throw std::runtime_error("full");
-    });
-    ASSERT_EQ(AsynNotifyMgr::Instance()->Init(), 0);
-    Push(Make("a", [] { return 5; }));
-    Push(Make("b", []() -> int { throw CORBA::TRANSIENT(); }));
-    const char* const none = nullptr;
-    ACE_Message_Block empty(none, 0, 0);
-    Queue().enqueue_tail(&empty, nullptr);
-    Push(Make("c"));
-    ASSERT_TRUE(m_diary.Await(6));
-    EXPECT_EQ(m_diary.texts(), (Texts{"run a", "delete a", "run b", "delete b", "run c", "delete c"}));
-    Stop();
-    m_log->SetWriteHook({});
-    EXPECT_EQ(raised, 5) << "start, two commands, an empty block, end";
-}
-
-TEST_F(AsynNotify, BlocksWithoutACommandArePassedOver) {
-    ASSERT_EQ(AsynNotifyMgr::Instance()->Init(), 0);
-    const char* const none = nullptr;
-    ACE_Message_Block empty(none, 0, 0);
-    Queue().enqueue_tail(&empty, nullptr);
-    Push(Make("a"));
-    ASSERT_TRUE(m_diary.Await(2));
-    Stop();
-    const Texts logged = Logged();
-    ASSERT_EQ(logged.size(), 3u);
-    EXPECT_EQ(logged[1], "[AsynNotifyMgr::svc] TAAsyNotifyMgr get a null cmd!");
 }
 
 TEST_F(AsynNotify, CommandsRunWithAllSignalsBlocked) {
@@ -364,4 +191,9 @@ TEST_F(AsynNotify, ThreadsPushAtOnce) {
     EXPECT_TRUE(m_diary.Await(2000));
 }
 
+TEST(NotifyCommand, ItsWorkStandsBehindTheDestructor) {
+    EXPECT_EQ(VtablePlace(&NotifyCmd::adaptAndNotify), 2);
+}
+
 }  // namespace
+}  // namespace qv_test
