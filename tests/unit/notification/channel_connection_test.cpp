@@ -1,8 +1,6 @@
-// NotifyServiceInit, ConnectChannel, ExitThread and the types.
+// NotifyServiceInit, ConnectChannel and the types.
 #include <filesystem>
-#include <thread>
 
-#include "tests/support/wait_for.h"
 #include "tests/unit/notification/supplier_fixture.h"
 
 namespace qv_test {
@@ -192,6 +190,17 @@ TEST_F(ChannelConnection, ANilProxyFails) {
                            kConnectFailed});
 }
 
+TEST_F(ChannelConnection, AProxyOfAnotherKindFails) {
+    service->MakeGeneralProxies();
+    ExpectFailedInit();
+    EXPECT_EQ(1u, service->Proxies().size());
+    EXPECT_EQ(0, script().Count("connect_structured_push_supplier"));
+    ExpectTraced("supplier_impl", "[SuppilerImpl::connect] Proxy object is nil!");
+    ExpectTraced(kSource, kConnectFailed);
+    EXPECT_EQ((Texts{"[SuppilerImpl::connect] Proxy object is nil!", kConnectFailed}), Traces());
+    EXPECT_TRUE(CORBA::is_nil(probe->Proxy().in()));
+}
+
 /// A servant whose connection raises what no proxy may raise.
 class PickySupplier : public NS_CORBA::SuppilerImpl {
   public:
@@ -225,6 +234,14 @@ TEST_F(ChannelConnection, AConnectionThatFailsFails) {
     ExpectTraces(kSource, {kConnectFailed});
     ExpectException("supplier_impl",
                     "[SuppilerImpl::connect] Exception occurred during connect push supplier!");
+}
+
+TEST_F(ChannelConnection, WithoutAnAdminNothingIsOffered) {
+    script().On("connect_structured_push_supplier",
+                [this](int) { probe->Admin() = CosNotifyChannelAdmin::SupplierAdmin::_nil(); });
+    ExpectFailedInit();
+    ExpectTraces(kSource, {"[SuppilerMgr::NotifyServiceInit] SupplierAdmin is null!"});
+    EXPECT_EQ(0, script().Count("offer_change"));
 }
 
 TEST_F(ChannelConnection, AnOfferThatFailsLeavesTheServantConnected) {
@@ -301,70 +318,6 @@ TEST_F(PersistentChannelConnection, AFormerProxyThatIsNilFails) {
     ExpectTraces(kSource, {"[SuppilerMgr::ConnectChannel] CosNotifyChannelAdmin::ProxyConsumer is null!",
                            kConnectFailed});
     EXPECT_EQ(0, script().Count("obtain_notification_push_consumer"));
-}
-
-class ExitOfThreads : public ChannelConnection {};
-
-TEST_F(ExitOfThreads, DisconnectsDeactivatesAndWaitsForBothThreads) {
-    EnterService();
-    const CosNotifyComm::StructuredPushSupplier_var supplier = service->Supplier(service->Proxies().at(0));
-    EXPECT_FALSE(supplier->_non_existent());
-    ASSERT_EQ(0, manager->open());
-    ASSERT_TRUE(waits.WaitForResting(2));
-    probe->Put(MakeEvent("NT_TCA"));
-    int result = 1;
-    std::thread exit([&] { result = manager->ExitThread(); });
-    EXPECT_TRUE(waits.WaitForResting(1));  // the signal wakes one thread
-    EXPECT_TRUE(WaitFor([this] { return manager->thr_count() == 1; }));
-    EXPECT_TRUE(probe->Exit());
-    waits.Release();  // the other's time is over
-    exit.join();
-    EXPECT_EQ(0, result);
-    EXPECT_EQ(0u, manager->thr_count());
-    EXPECT_EQ(1, script().Count("disconnect_structured_push_consumer"));
-    EXPECT_TRUE(CORBA::is_nil(probe->Proxy().in()));
-    EXPECT_TRUE(supplier->_non_existent());
-    EXPECT_EQ(1u, probe->Buffer().size());
-    EXPECT_TRUE(m_log->Contains(kDebug, "===[SuppilerMgr::ExitThread] Entering..."));
-    EXPECT_TRUE(m_log->Contains(kDebug, "===[SuppilerMgr::ExitThread] Leaved!"));
-}
-
-TEST_F(ExitOfThreads, WithoutThreadsEndsAtOnce) {
-    EXPECT_EQ(0, manager->ExitThread());
-    EXPECT_TRUE(probe->Exit());
-}
-
-TEST_F(ExitOfThreads, AProxyThatRaisesDoesNotStopIt) {
-    EnterService();
-    script().Raise<CORBA::TRANSIENT>("disconnect_structured_push_consumer");
-    EXPECT_EQ(0, manager->ExitThread());
-    ExpectException("supplier_impl", "Exception during disconnect push consumer failed!");
-    EXPECT_FALSE(CORBA::is_nil(probe->Proxy().in()));
-}
-
-TEST_F(ExitOfThreads, APoaThatIsGoneEndsItWithoutWaiting) {
-    EnterService();
-    const PortableServer::POA_var root = Probe::RootPOA();
-    const PortableServer::POA_var poa = root->create_POA(
-        "gone", PortableServer::POAManager_var(root->the_POAManager()).in(), CORBA::PolicyList());
-    probe->Poa() = PortableServer::POA::_duplicate(poa.in());
-    poa->destroy(true, true);
-    ASSERT_EQ(0, manager->open());
-    ASSERT_TRUE(waits.WaitForResting(2));
-    EXPECT_EQ(-1, manager->ExitThread());
-    EXPECT_NE(0u, manager->thr_count());
-    ExpectException(kSource, "[SuppilerMgr::ExitThread] Exception raised during exitthread!");
-    EXPECT_FALSE(BufferIsLocked());
-    EXPECT_TRUE(probe->Exit());
-}
-
-TEST_F(ExitOfThreads, WithoutServantOrPoaOnlyTheThreadsEnd) {
-    NS_CORBA::RefCount<NS_CORBA::SuppilerImpl>* const servant = probe->Servant();
-    probe->Servant() = nullptr;
-    EXPECT_EQ(0, manager->ExitThread());
-    probe->Servant() = servant;
-    probe->Poa() = PortableServer::POA::_nil();
-    EXPECT_EQ(0, manager->ExitThread());
 }
 
 }  // namespace

@@ -76,6 +76,11 @@ void FakeNotifyService::Vanish(ChannelID id) {
     m_state->EndChannel(id);
 }
 
+void FakeNotifyService::MakeGeneralProxies() {
+    const std::lock_guard<std::mutex> guard(m_state->lock);
+    m_state->generalProxies = true;
+}
+
 std::vector<ProxyID> FakeNotifyService::Proxies() const {
     const std::lock_guard<std::mutex> guard(m_state->lock);
     std::vector<ProxyID> ids;

@@ -74,6 +74,8 @@ class FakeNotifyService {
     /// OBJECT_NOT_EXIST, and the factory knows it no more. No call is noted.
     void Vanish(CosNotifyChannelAdmin::ChannelID id);
 
+    /// From now on proxies are ProxyConsumers and no more: they take no structured events.
+    void MakeGeneralProxies();
     /// The ids of all proxies made so far, in order.
     std::vector<CosNotifyChannelAdmin::ProxyID> Proxies() const;
     /// The supplier connected to a proxy, nil when there is none. The caller owns the reference.

@@ -30,15 +30,21 @@ class WithoutFilters : public Base {
     void remove_all_filters() override { NotHere(); }
 };
 
-class ProxyServant
-    : public WithoutFilters<WithoutQos<POA_CosNotifyChannelAdmin::StructuredProxyPushConsumer>> {
+/// A proxy of which no more is known than that it takes events.
+template <class Base>
+class AnyProxyServant : public WithoutFilters<WithoutQos<Base>> {
   public:
-    ProxyServant(StatePtr state, ProxyID id) : m_state(std::move(state)), m_id(id) {}
-
     ProxyType MyType() override { return PUSH_STRUCTURED; }
     SupplierAdmin_ptr MyAdmin() override { NotHere(); }
     CosNotification::EventTypeSeq* obtain_subscription_types(ObtainInfoMode) override { NotHere(); }
     void validate_event_qos(const CosNotification::QoSProperties&, QosRanges) override { NotHere(); }
+};
+
+using GeneralProxyServant = AnyProxyServant<POA_CosNotifyChannelAdmin::ProxyConsumer>;
+
+class ProxyServant : public AnyProxyServant<POA_CosNotifyChannelAdmin::StructuredProxyPushConsumer> {
+  public:
+    ProxyServant(StatePtr state, ProxyID id) : m_state(std::move(state)), m_id(id) {}
 
     void connect_structured_push_supplier(CosNotifyComm::StructuredPushSupplier_ptr supplier) override {
         m_state->script.Enter("connect_structured_push_supplier");
@@ -250,7 +256,8 @@ ProxyConsumer_ptr FakeNotifyState::MakeProxy(ChannelID channel, ProxyID& id) {
     id = 100 + static_cast<ProxyID>(proxies.size()) + 1;
     FakeProxyEntry& entry = proxies[id];
     entry.channel = channel;
-    const CORBA::Object_var proxy = Activate(new ProxyServant(shared_from_this(), id));
+    const CORBA::Object_var proxy = generalProxies ? Activate(new GeneralProxyServant)
+                                                   : Activate(new ProxyServant(shared_from_this(), id));
     entry.reference = ProxyConsumer::_narrow(proxy.in());
     return ProxyConsumer::_duplicate(entry.reference.in());
 }

@@ -34,6 +34,7 @@ class FakeNotifyState : public std::enable_shared_from_this<FakeNotifyState> {
     std::map<CosNotifyChannelAdmin::ProxyID, FakeProxyEntry> proxies;
     std::vector<CosNotification::StructuredEvent> events;
     std::vector<FakeOffer> offers;
+    bool generalProxies = false;
 
     void MakeFactory();
     CosNotifyChannelAdmin::EventChannel_ptr MakeChannel(const CosNotification::QoSProperties& qos,

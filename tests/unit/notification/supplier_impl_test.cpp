@@ -4,6 +4,8 @@
 #include <atomic>
 #include <thread>
 
+#include "tests/support/vtable_place.h"
+#include "tests/unit/agent/fake_orb.h"
 #include "tests/unit/notification/supplier_fixture.h"
 
 namespace qv_test {
@@ -214,6 +216,14 @@ TEST_F(Servant, WithoutAnOrbADisconnectionDoesNothing) {
     config().SetOrb(orb.in());
 }
 
+TEST_F(Servant, WithoutAPoaCurrentADisconnectionDoesNothing) {
+    const CORBA::ORB_var withoutCurrent = new FakeOrb;
+    config().SetOrb(withoutCurrent.in());
+    servant().disconnect_structured_push_supplier();
+    EXPECT_TRUE(m_log->Entries().empty());
+    config().SetOrb(orb.in());
+}
+
 TEST_F(Servant, APushGoesOnWhileTheProxyIsReplaced) {
     EnterService();
     const StructuredProxyPushConsumer_var first = MakeProxy();
@@ -231,6 +241,14 @@ TEST_F(Servant, APushGoesOnWhileTheProxyIsReplaced) {
     }
     stop = true;
     pusher.join();
+}
+
+TEST(BundlesInterfaces, OperationsStandInTheirOrder) {
+    EXPECT_EQ(VtablePlace(&NS_CORBA::EventCustomizeHandle::CustomizeEvent), 0);
+    EXPECT_EQ(VtablePlace(&NS_CORBA::CallBackObj::EventLossCleared), 2);
+    EXPECT_EQ(VtablePlace(&NS_CORBA::CallBackObj::EventLossOccurred), 3);
+    EXPECT_EQ(VtablePlace(&NS_CORBA::CallBackObj::StructuredEventToStr), 4);
+    EXPECT_EQ(VtablePlace(&NS_CORBA::CallBackObj::HeartBeating), 5);
 }
 
 }  // namespace
