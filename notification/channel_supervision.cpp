@@ -44,8 +44,8 @@ SuppilerMgr::ChannelCheck SuppilerMgr::CheckChannel() {
             return --m_nRestoreCount == 0 ? ChannelCheck::kRestored : ChannelCheck::kDone;
         }
         m_nRestoreCount = kGoodChecks;
-        undecided =
-            ChannelCheck::kDone;  // NOLINT(clang-analyzer-deadcode.DeadStores): HeartBeating may raise
+        // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): HeartBeating may raise
+        undecided = ChannelCheck::kDone;
         HeartBeating();
         return ChannelCheck::kDone;
     } catch (CORBA::OBJECT_NOT_EXIST&) {
