@@ -10,24 +10,34 @@ constexpr char kAnswersOpenly[] = "ping";
 constexpr char kLogOutSession[] = "logOutSession";
 const std::string kPasswordPair = "name USERPWD value";
 
+using SecretTable = std::map<std::string, std::vector<int>>;
+
+const std::vector<int>& SecretsIn(const SecretTable& table, const std::string& operation) {
+    static const std::vector<int> none;
+    const auto secrets = table.find(operation);
+    return operation == kAnswersOpenly || secrets == table.end() ? none : secrets->second;
+}
+
+void RequireParameter(int position, std::size_t parameters) {
+    if (static_cast<std::size_t>(position) >= parameters) {
+        throw CORBA::BAD_PARAM();
+    }
+}
+
 }  // namespace
 
 const std::vector<int>& CorbaLogMgr::SecretsOf(const std::string& operation, std::size_t parameters) const {
-    static const std::vector<int> none;
-    const auto secrets = m_IfNameToParamPos.find(operation);
-    if (operation == kAnswersOpenly || secrets == m_IfNameToParamPos.end()) {
-        return none;
+    const std::vector<int>& secrets = SecretsIn(m_IfNameToParamPos, operation);
+    for (const int position : secrets) {
+        RequireParameter(position, parameters);
     }
-    for (const int position : secrets->second) {
-        if (static_cast<std::size_t>(position) >= parameters) {
-            throw CORBA::BAD_PARAM();
-        }
-    }
-    return secrets->second;
+    return secrets;
 }
 
+// What can be masked is masked, whatever else is missing.
 void CorbaLogMgr::SecurityHandle(Dynamic::ParameterList_var& params, const std::string& operation) {
-    for (const int position : SecretsOf(operation, params->length())) {
+    for (const int position : SecretsIn(m_IfNameToParamPos, operation)) {
+        RequireParameter(position, params->length());
         params[static_cast<CORBA::ULong>(position)].argument <<=
             CORBA::Any::from_string(kSecretMask, kMaskLength);
     }

@@ -59,6 +59,15 @@ TEST_F(SecretMasking, AMaskIsABoundedStringWhateverStoodThere) {
 TEST_F(SecretMasking, AListThatIsTooShortIsRefused) {
     Dynamic::ParameterList_var list = new Dynamic::ParameterList;
     EXPECT_THROW(Manager().SecurityHandle(list, "planGateway"), CORBA::BAD_PARAM);
+    list->length(2);
+    list[0u].argument <<= "oss1";
+    list[1u].argument <<= "old secret";
+    EXPECT_THROW(Manager().SecurityHandle(list, "modifyPassword"), CORBA::BAD_PARAM);
+    const char* text = nullptr;
+    EXPECT_TRUE(list[0u].argument >>= text);
+    EXPECT_STREQ(text, "oss1");
+    EXPECT_TRUE(list[1u].argument >>= CORBA::Any::to_string(text, 6)) << "masked before it was refused";
+    EXPECT_STREQ(text, "******");
     EXPECT_NO_THROW(Manager().SecurityHandle(list, "ping"));
     EXPECT_NO_THROW(Manager().SecurityHandle(list, "hello"));
 }
