@@ -113,10 +113,16 @@ void CorbaLogMgr::WriteOperRecord(PortableInterceptor::ServerRequestInfo* info, 
     std::string text;
     text.reserve(kUsualRecord + body.size());
     AppendRecordHead(text, record);
-    text += body;
+    const std::size_t whole = text.size();
     CutAtNul(text);
+    const std::size_t head = text.size();
+    text += body;
     if (result == 0) {
         result = AppendBody(info, record, text);
+    }
+    if (head != whole) {  // a NUL in the head ends the record, though not the audit
+        text.resize(head);
+        result = 0;
     }
     WriteRecordText(result, text);
 }
@@ -139,6 +145,9 @@ void CorbaLogMgr::WriteRecordText(int result, std::string& text) {
 
 int CorbaLogMgr::GetOperLogRecord(PortableInterceptor::ServerRequestInfo* info, unsigned char messageType,
                                   TALogRecord& record) {
+    if (info) {
+        record = TALogRecord();
+    }
     const int result = TakeHead(info, messageType, record, record.paramInfo);
     return result == 0 ? AppendBody(info, record, record.paramInfo) : result;
 }

@@ -50,8 +50,11 @@ bool PreparedRecord::Prepare(CorbaLogMgr& manager, const char* operation) {
     m_knowsAddress = CallerAddress(m_info, m_record.remoteAddress);
     m_text.reserve(kUsualRecord);
     AppendRecordHead(m_text, m_record);
-    CutAtNul(m_text);
     m_body = m_text.size();
+    CutAtNul(m_text);
+    if (m_text.size() != m_body) {
+        return false;  // the record ends within its head
+    }
     return AppendValues(manager, *values);
 }
 

@@ -6,34 +6,22 @@
 #include <stdexcept>
 #include <thread>
 
-#include "standalone/thread_setup.h"
 #include "tests/support/scoped_env.h"
-#include "tests/unit/logging/fake_call_chain.h"
-#include "tests/unit/logging/log_fixture.h"
+#include "tests/unit/logging/call_chain_fixture.h"
 #include "tests/unit/request/client_tree.h"
-#include "tests/unit/request/fake_server_request_info.h"
 
 namespace {
 
 using NS_CORBA::WriteCallChain;
+using qv_test::EndedRequest;
 using qv_test::g_callChain;
+using qv_test::kException;
+using qv_test::kReply;
+using qv_test::kRequest;
+using CallChainTest = qv_test::CallChainFixture;
 using Names = std::vector<std::string>;
 
 constexpr char kClient[] = "<USERNAME_TAG>anna</USERNAME_TAG><IPANDPORT_TAG>10.0.0.1:47:11</IPANDPORT_TAG>";
-
-constexpr unsigned char kRequest = 0;
-constexpr unsigned char kReply = 1;
-constexpr unsigned char kException = 2;
-
-/// A request that tells how it ended and nothing else.
-class EndedRequest : public qv_test::FakeServerRequestInfo {
-  public:
-    explicit EndedRequest(PortableInterceptor::ReplyStatus status) : m_status(status) {}
-    PortableInterceptor::ReplyStatus reply_status() override { return m_status; }
-
-  private:
-    const PortableInterceptor::ReplyStatus m_status;
-};
 
 Json::Int64 Now() {
     return std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -47,38 +35,6 @@ Json::Int64 Start(const Json::Value& span) {
 Json::Int64 End(const Json::Value& span) {
     return span["annotations"][1]["timestamp"].asInt64();
 }
-
-class CallChainTest : public qv_test::LogFixture {
-  protected:
-    CallChainTest() {
-        InitLog();
-        capture->Clear();
-        qv_test::FakeCallChain::Current() = {};
-        g_callChain = {&chain, {}};
-        qv_test::TakeCallChainNames();
-        qv_standalone::SetThreadContext("[anna][10.0.0.1]", "getAllEMSAndMESystemAlarms");
-    }
-    ~CallChainTest() override {
-        g_callChain = {};
-        qv_standalone::ClearThreadContext();
-    }
-
-    /// The only line of the debug channel, apart from those on the missing caller of a thread without a call.
-    void ExpectDebug(int line, const std::string& text) {
-        std::vector<qv_test::LogEntry> own;
-        for (const qv_test::LogEntry& entry : capture->Entries()) {
-            if (entry.file != "corbalogutil") {
-                own.push_back(entry);
-            }
-        }
-        ASSERT_EQ(own.size(), 1u);
-        qv_test::ExpectEntry(own[0], "corbadebug", 3, "corba_talcom_log", line, text);
-    }
-
-    qv_test::FakeCallChain chain;
-    EndedRequest succeeded{PortableInterceptor::SUCCESSFUL};
-    EndedRequest failed{PortableInterceptor::SYSTEM_EXCEPTION};
-};
 
 TEST_F(CallChainTest, ASpanIsReportedAsThePlatformReadsIt) {
     const qv_test::ScopedEnv app("APP_NAME", "nbi");

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "standalone/thread_setup.h"
 #include "tests/unit/request/prepared_record_fixture.h"
 
 namespace {
@@ -57,6 +58,17 @@ TEST_F(PreparedRecordTest, AnAuditThatFailsIsToldOnceAndAsEver) {
     EXPECT_NE(entries[1].text.find(" } ---ERROR: Exception occurred when parsing message!...this record is "
                                    "not full!"),
               std::string::npos);
+}
+
+TEST_F(PreparedRecordTest, ANulInTheCallersNameEndsTheRecordThere) {
+    Points::request = [this](Info request) {
+        qv_standalone::SetThreadContext(std::string("[oss\0 2][192.0.2.8:5]", 21), "");
+        Gate().RecordOperCount(request);
+        qv_standalone::ClearThreadContext();
+    };
+    Store("first");
+    ASSERT_EQ(Records().size(), 1u);
+    EXPECT_EQ(Records()[0], "---MessageType:  REQUEST, RemoteAddress:  <USERNAME_TAG>oss");
 }
 
 TEST_F(PreparedRecordTest, ARequestRecordedWhileAnotherIsWrittenHasItsOwnText) {
