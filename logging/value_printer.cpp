@@ -15,6 +15,7 @@ namespace NS_CORBA {
 
 namespace {
 
+constexpr char kNoText[] = "null";
 constexpr unsigned kMaxDepth = 1000;
 // Names of members come back once per element, so that a peer's type could blow a value up a thousand times.
 // Values of an interface's types stay far below this.
@@ -73,6 +74,18 @@ const ValuePlan::Member* ActiveMember(const ValuePlan::Type& type, std::int64_t 
 void ValuePrinter::Print(const ValuePlan& plan, CdrReader& reader) {
     m_limit = m_out.size() + kTextAlways + kTextPerByte * reader.BytesAhead();
     PrintType(plan, plan.root(), reader);
+}
+
+void ValuePrinter::PrintLast(const ValuePlan& plan, CdrReader& reader) {
+    const std::size_t begin = m_out.size();
+    try {
+        Print(plan, reader);
+    } catch (const CORBA::NO_IMPLEMENT&) {
+        if (m_out.size() != begin) {
+            throw;  // it is a part of the value: all that has parts begins with a text
+        }
+        Put(kNoText);
+    }
 }
 
 void ValuePrinter::TooLong() {
@@ -219,7 +232,7 @@ void ValuePrinter::PrintReference(const ValuePlan::Type& type, CdrReader& reader
 /// Kinds that have no text of their own.
 void ValuePrinter::PrintNull(const ValuePlan::Type& type, CdrReader& reader) {
     SkipSilentValue(type, reader);
-    Put("null");
+    Put(kNoText);
 }
 
 // To text by to_chars, so that neither the process's locale nor a stream's puts separators into numbers.

@@ -16,8 +16,9 @@ namespace NS_CORBA {
 ///
 /// Everything is appended to one string. Raises CORBA::MARSHAL for bytes that don't hold a value of the type,
 /// DynamicAny::DynAny::InvalidValue for a union without an active member, and CORBA::IMP_LIMIT for values
-/// nested too deep to be printed and for those whose text takes a multiple of them; the text then holds what
-/// was printed up to there. Used by one thread.
+/// nested too deep to be printed and for those whose text takes a multiple of them, and CORBA::NO_IMPLEMENT
+/// for a part whose end isn't to be told; the text then holds what was printed up to there. Used by one
+/// thread.
 class ValuePrinter {
   public:
     /// @param hasOrb asked when an object reference is met; without an ORB that raises NoOrb
@@ -31,6 +32,10 @@ class ValuePrinter {
 
     /// Prints the next value of `reader`, which stands behind it afterwards.
     void Print(const ValuePlan& plan, CdrReader& reader);
+
+    /// As Print, for a value with nothing behind it: where its end isn't to be told, it has no text of its
+    /// own and is not read.
+    void PrintLast(const ValuePlan& plan, CdrReader& reader);
 
     /// Moves `reader` behind its next value without a text. What Print can't show doesn't matter here, except
     /// for values whose length isn't to be told.

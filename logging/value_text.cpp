@@ -19,11 +19,15 @@ constexpr int kCorbaExceptionLine = 1054;
 constexpr int kOtherExceptionLine = 1059;
 constexpr int kTraceLevel = 3;
 
-/// Runs `print`, and turns what it raises into a result and a line in the log.
-template <class Print>
+struct Nothing {};
+
+/// Runs `print`, and turns what it raises, `Passing` apart, into a result and a line in the log.
+template <class Passing = Nothing, class Print>
 int Guarded(Print print) {
     try {
         return print();
+    } catch (const Passing&) {
+        throw;
     } catch (const ValuePrinter::NoOrb&) {
         return -1;
     } catch (const CORBA::Exception& ex) {
@@ -44,13 +48,14 @@ bool CorbaLogMgr::HasOrb() const {
     return !CORBA::is_nil(m_ORB.in()) || !CORBA::is_nil(CORBA::ORB_var(AgentOrb()).in());
 }
 
+/// A value that has others behind it. One whose end isn't to be told raises CORBA::NO_IMPLEMENT.
 int CorbaLogMgr::AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::string& text,
                             bool& printedNul) {
     if (CORBA::is_nil(type)) {
         return -1;
     }
     ValuePrinter printer(text, [this] { return HasOrb(); });
-    const int result = Guarded([&] {
+    const int result = Guarded<CORBA::NO_IMPLEMENT>([&] {
         printer.Print(*PlanOf(type), reader);
         return 0;
     });
@@ -61,7 +66,17 @@ int CorbaLogMgr::AppendNext(CORBA::TypeCode_ptr type, CdrReader& reader, std::st
 int CorbaLogMgr::AppendAny(const CORBA::Any& value, std::string& text, bool& printedNul) {
     const qv_orb::ValueBytes bytes(value);
     CdrReader reader(bytes.data(), bytes.size(), bytes.swapped());
-    return AppendNext(qv_orb::TypeOf(value), reader, text, printedNul);
+    const CORBA::TypeCode_ptr type = qv_orb::TypeOf(value);
+    if (CORBA::is_nil(type)) {
+        return -1;
+    }
+    ValuePrinter printer(text, [this] { return HasOrb(); });
+    const int result = Guarded([&] {
+        printer.PrintLast(*PlanOf(type), reader);
+        return 0;
+    });
+    printedNul = printedNul || printer.printedNul();
+    return result;
 }
 
 /// As ParseAnyData, for a value that no DynAny was made of.

@@ -62,6 +62,8 @@ class TargetServant : public POA_Calls::Target {
     Values::Silent* silent(const Values::Silent&) override { return NewSilent(); }
     void hint(const Values::Rows&) override {}
     void plant(const Values::Tree&) override {}
+    char* boxed(const char*, Values::Boxed*, CORBA::Long) override { return CORBA::string_dup("boxed"); }
+    char* carried(const Values::Carrier&) override { return CORBA::string_dup("carried"); }
     Values::Choice* choice() override { return new Values::Choice(m_choice); }
     void choice(const Values::Choice& choice) override { m_choice = choice; }
 

@@ -161,6 +161,27 @@ TEST_F(MarshalledValues, ReferencesAndSilentKinds) {
                "ParaList = {\n--- Parameter No.1 = " + text + "\n } silent @return: " + text + "\n");
 }
 
+TEST_F(MarshalledValues, AValueTypeIsNullAndTheParametersBehindItPrint) {
+    const Values::Boxed_var value = new Values::Boxed(7);
+    const std::string block =
+        "ParaList = {\n--- Parameter No.1 = a\n--- Parameter No.2 = null\n--- Parameter No.3 = 5\n } ";
+    for (Values::Boxed* const given : {value.in(), static_cast<Values::Boxed*>(nullptr)}) {
+        const CORBA::String_var answer = target->boxed("a", given, 5);
+        ExpectSame(block, block + "boxed @return: boxed\n");
+    }
+    EXPECT_TRUE(capture->Entries("corbadebug").empty());
+}
+
+TEST_F(MarshalledValues, AValueTypeInAStructMarksTheRecord) {
+    Values::Carrier carrier;
+    carrier.name = CORBA::string_dup("bag");
+    carrier.inside = new Values::Boxed(7);
+    const CORBA::String_var answer = target->carried(carrier);
+    const std::string block = "ParaList = {\n--- Parameter No.1 = {name bag inside \n}";
+    ExpectSame(block, block + "carried @return: carried\n");
+    EXPECT_EQ(Last().direct[0].result, -1);
+}
+
 TEST_F(MarshalledValues, OnewaysAndAttributes) {
     Values::Rows rows;
     rows.length(2);

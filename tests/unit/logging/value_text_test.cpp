@@ -188,6 +188,55 @@ TEST_F(ValueText, AUnionWithoutAnActiveMemberFails) {
                              "> received when parsing any data!");
 }
 
+TEST_F(ValueText, AValueTypeInAnAnyOfItsOwnIsNull) {
+    ASSERT_TRUE(InitLog());
+    CORBA::Any box;
+    box <<= new Values::Boxed(7);
+    CORBA::Any either;
+    either <<= Values::Either::_nil();
+    CORBA::Any wrapped;
+    wrapped <<= box;
+    for (const CORBA::Any& value : {box, either, wrapped}) {
+        EXPECT_EQ(AsParameter(value), Block("null")) << value.type()->kind();
+    }
+    EXPECT_TRUE(capture->Entries("corbadebug").empty());
+}
+
+TEST_F(ValueText, AValueTypeInAStructFails) {
+    ASSERT_TRUE(InitLog());
+    Values::Carrier carrier;
+    carrier.name = CORBA::string_dup("bag");
+    carrier.inside = new Values::Boxed(7);
+    CORBA::Any value;
+    value <<= carrier;
+    std::string text;
+    EXPECT_EQ(AsParameter(value, text), -1);
+    EXPECT_EQ(text, "ParaList = {\n--- Parameter No.1 = {name bag inside \n}");
+    EXPECT_TRUE(capture->Contains("corbadebug", "NO_IMPLEMENT"));
+}
+
+TEST_F(ValueText, AnExceptionOfAnotherKindIsToldWithoutItsText) {
+    ASSERT_TRUE(InitLog());
+    Values::Maybe maybe;
+    maybe._default();
+    CORBA::Any value;
+    value <<= maybe;
+    capture->SetWriteHook([](const qv_test::LogEntry& entry) {
+        if (entry.line == 1054) {
+            throw std::runtime_error("disk full");
+        }
+    });
+    std::ostringstream out;
+    const DynamicAny::DynAny_var dynamic = TestDynAnyFactory()->create_dyn_any(value);
+    EXPECT_EQ(Manager().ParseAnyData(dynamic.in(), out), -1);
+    capture->SetWriteHook({});
+    const auto debug = capture->Entries("corbadebug");
+    ASSERT_FALSE(debug.empty());
+    qv_test::ExpectEntry(debug.back(), "corbadebug", 3, "logmgr", 1059,
+                         "[CorbaLogMgr::ParseAnyData] CORBA exception received when parsing any data!");
+    dynamic->destroy();
+}
+
 TEST_F(ValueText, NoDynAnyIsAFailureWithoutALine) {
     ASSERT_TRUE(InitLog());
     std::ostringstream out;
