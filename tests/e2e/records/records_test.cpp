@@ -1,9 +1,13 @@
 // Each call leaves one record of its request, one of its end, and one span.
 #include <gmock/gmock.h>
+#include <json/reader.h>
+#include <json/value.h>
 
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/e2e/harness/oss_in_process.h"
 #include "tests/support/wait_for.h"
@@ -38,6 +42,19 @@ Counts Spans(const std::string& file) {
         ++counts[line.substr(begin, line.find('"', begin) - begin)];
     }
     return counts;
+}
+
+/// The spans of the file, each line of which is one in JSON.
+std::vector<Json::Value> ReadSpans(const std::string& file) {
+    std::vector<Json::Value> spans;
+    std::istringstream lines(file);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream text(line);
+        Json::Value span;
+        text >> span;
+        spans.push_back(span);
+    }
+    return spans;
 }
 
 /// A session with calls that fail.
@@ -89,6 +106,25 @@ TEST_F(RecordsTest, EachCallLeavesOneOfItsRequestAndOneOfItsEndAndOneSpan) {
                        {"ManagedElementMgr_I/getManagedElement", 2},
                        {"EmsSession_I/endSession", 1}};
     EXPECT_EQ(Spans(deployment.Log("callchain.jsonl")), spans);
+}
+
+TEST_F(RecordsTest, EachCallHasAChainOfItsOwnFromItsRequestToItsEnd) {
+    Work();
+    std::set<std::string> traces;
+    const std::vector<Json::Value> spans = ReadSpans(deployment.Log("callchain.jsonl"));
+    for (const Json::Value& span : spans) {
+        const std::string trace = span["traceId"].asString();
+        EXPECT_FALSE(trace.empty());
+        EXPECT_TRUE(traces.insert(trace).second) << trace;
+        EXPECT_FALSE(span["id"].asString().empty());
+        EXPECT_EQ(span["parentId"].asString(), "0");
+        const Json::Value& annotations = span["annotations"];
+        ASSERT_EQ(annotations.size(), 2u);
+        EXPECT_GT(annotations[0]["timestamp"].asInt64(), 0);
+        EXPECT_LE(annotations[0]["timestamp"].asInt64(), annotations[1]["timestamp"].asInt64());
+    }
+    EXPECT_EQ(spans.size(), 9u);
+    EXPECT_EQ(deployment.Log("corbadebug.log").find("TraceId2TimeMap"), std::string::npos);
 }
 
 }  // namespace
