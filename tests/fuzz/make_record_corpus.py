@@ -9,7 +9,7 @@ import sys
 
 (NULL, SHORT, LONG, USHORT, ULONG, FLOAT, DOUBLE, BOOLEAN, CHAR, OCTET, ANY) = (0, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11)
 (TYPECODE, OBJREF, STRUCT, UNION, ENUM, STRING, SEQUENCE, ARRAY, ALIAS, EXCEPT) = (12, 14, 15, 16, 17, 18, 19, 20, 21, 22)
-WSTRING, FIXED, VALUE = 27, 28, 29
+WCHAR, WSTRING, FIXED, VALUE = 26, 27, 28, 29
 
 
 class Cdr:
@@ -85,6 +85,16 @@ def union_type(cdr):
     cdr.type(UNION, fill)
 
 
+def wide_union_type(cdr):
+    def fill(inner):
+        inner.string("IDL:W:1.0").string("W").ulong(WCHAR).ulong(2 ** 32 - 1).ulong(2)
+        inner.bytes.extend(b"\2\0a")
+        inner.string("letter").ulong(OCTET)
+        inner.bytes.extend(b"\4\xff\xfe\xac\x20")
+        inner.string("euro").ulong(OCTET)
+    cdr.type(UNION, fill)
+
+
 def named(cdr, kind, *extra):
     def fill(inner):
         inner.string("IDL:N:1.0").string("N")
@@ -122,6 +132,7 @@ def samples():
                lambda c: [c.number("h", n) for n in range(4)])
     yield make("union", union_type, lambda c: c.number("i", -2).string("two"))
     yield make("union_without_member", union_type, lambda c: c.number("i", 5))
+    yield make("union_by_wide_character", wide_union_type, lambda c: c.bytes.extend(b"\2\x20\xacx"))
     yield make("any", simple(ANY), lambda c: (struct_type(c, point), c.number("i", 1).string("one")))
     yield make("typecode", simple(TYPECODE), lambda c: struct_type(c, point))
     yield make("reference", lambda c: named(c, OBJREF), lambda c: c.string("IDL:N:1.0").ulong(1).ulong(0).octets(b"\1\1\2\0"))
