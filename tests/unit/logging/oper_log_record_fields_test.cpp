@@ -1,3 +1,5 @@
+#include <initializer_list>
+
 #include "logging/log_records.h"
 #include "logging/record_stamp.h"
 #include "standalone/thread_setup.h"

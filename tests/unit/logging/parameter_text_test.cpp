@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "tests/unit/logging/record_fixture.h"
 #include "valuesC.h"
 

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "orb/portability.h"
 #include "tests/unit/logging/fake_services.h"
 #include "tests/unit/logging/golden_values.h"
@@ -190,8 +192,9 @@ TEST_F(ValueText, AUnionWithoutAnActiveMemberFails) {
 
 TEST_F(ValueText, AValueTypeInAnAnyOfItsOwnIsNull) {
     ASSERT_TRUE(InitLog());
+    const Values::Boxed_var boxed = new Values::Boxed(7);
     CORBA::Any box;
-    box <<= new Values::Boxed(7);
+    box <<= boxed.in();
     CORBA::Any either;
     either <<= Values::Either::_nil();
     CORBA::Any wrapped;
