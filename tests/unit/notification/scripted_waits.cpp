@@ -48,27 +48,25 @@ void ScriptedWaits::SetStep(const ACE_Time_Value& step) {
     m_step = step;
 }
 
-// An ACE event can't be waited for together with a tick: it is looked at again and again.
+// Without a limit to the wait: a signal that comes just when a wait's time is over would be lost on this kind
+// of event. A tick signals it too.
 void ScriptedWaits::Rest(ACE_Event& event, long seconds) {
+    bool over = false;
     {
         const Guard guard(m_lock);
         m_rests.push_back(seconds);
-        ++m_resting;
+        over = m_over;
+        m_resting += over ? 0 : 1;
     }
-    const ACE_Time_Value moment(0, 1000);
-    while (event.wait(&moment, 0) != 0 && !TakeTick()) {
+    if (over) {
+        const ACE_Time_Value moment(0, 1000);
+        event.wait(&moment, 0);
+        return;
     }
+    event.wait();
     const Guard guard(m_lock);
     --m_resting;
-}
-
-bool ScriptedWaits::TakeTick() {
-    const Guard guard(m_lock);
-    if (m_ticks != 0) {
-        --m_ticks;
-        return true;
-    }
-    return m_over;
+    m_ticks -= m_ticks != 0 ? 1 : 0;
 }
 
 void ScriptedWaits::Pause(long seconds) {
@@ -92,6 +90,7 @@ bool ScriptedWaits::Tick(int ends) {
         resting = m_resting - ends;
         ++m_ticks;
     }
+    m_wakeEvent->signal();
     return qv_test::WaitFor([&] {
         const Guard guard(m_lock);
         return m_rests.size() == rests && m_resting == resting && m_ticks == 0;
@@ -99,13 +98,28 @@ bool ScriptedWaits::Tick(int ends) {
 }
 
 void ScriptedWaits::Release() {
-    const Guard guard(m_lock);
-    ++m_ticks;
+    {
+        const Guard guard(m_lock);
+        ++m_ticks;
+    }
+    m_wakeEvent->signal();
 }
 
 void ScriptedWaits::ReleaseAll() {
-    const Guard guard(m_lock);
-    m_over = true;
+    {
+        const Guard guard(m_lock);
+        m_over = true;
+    }
+    qv_test::WaitFor([this] {
+        {
+            const Guard guard(m_lock);
+            if (m_resting == 0) {
+                return true;
+            }
+        }
+        m_wakeEvent->signal();  // of several signals at once one thread may take all
+        return false;
+    });
 }
 
 bool ScriptedWaits::WaitForResting(int threads) const {

@@ -29,7 +29,7 @@ class ScriptedWaits {
     /// Lets one resting thread go and waits until as many rest again, or one fewer when `ends` says that it
     /// won't come back. False when that doesn't come about.
     bool Tick(int ends = 0);
-    /// Lets one resting thread go.
+    /// Lets one resting thread go, the one before it having gone.
     void Release();
     /// From now on nobody rests.
     void ReleaseAll();
@@ -45,7 +45,6 @@ class ScriptedWaits {
     static ACE_Time_Value NextTime();
 
     void Rest(ACE_Event& event, long seconds);
-    bool TakeTick();
     void Pause(long seconds);
 
     const NS_CORBA::SupplierWaits m_former;
