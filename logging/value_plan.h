@@ -56,10 +56,6 @@ class ValuePlan {
     Index m_root = 0;
 };
 
-/// The value of a union's discriminator of that kind. Raises CORBA::BAD_TYPECODE for a kind that can't be
-/// one.
-std::int64_t ReadDiscriminator(CdrReader& reader, CORBA::TCKind kind);
-
 /// The bytes of the TypeCode that comes next in `reader`, which stands behind it afterwards.
 std::string_view SkipTypeCode(CdrReader& reader);
 

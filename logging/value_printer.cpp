@@ -8,6 +8,7 @@
 
 #include "logging/ior_text.h"
 #include "logging/silent_value.h"
+#include "logging/union_discriminator.h"
 #include "logging/value_plan_cache.h"
 #include "orb/value_access.h"
 
