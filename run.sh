@@ -43,7 +43,7 @@ usage: ./run.sh COMMAND [ARGUMENTS]
   test          build everything and run all tests; arguments go to ctest, as in ./run.sh test -R naming
   docs          build the manual as HTML, into build/docs
   packages      build the Debian packages, check them, install them into a throw-away system and remove them again
-  bench         build optimised, run all benchmarks (12 minutes; --quick: 3) and write one report of them
+  bench         build optimised, run all benchmarks (13 minutes; --quick: 3) and write one report of them
   faults        run agent, services and OSSs on three hosts of network namespaces through a campaign of faults; needs
                 root; --quick, --minutes N, --seed N
   asan, tsan    build and run all tests under the address and undefined-behaviour sanitizers, under the thread

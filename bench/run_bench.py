@@ -2,7 +2,7 @@
 """Run the benchmarks of a build and make one report of them.
 
 Results lie in BUILD_DIR/bench-results: JSON per benchmark, report.html with all plots and figures, report.md with the main
-ratios. A whole run takes some 12 minutes on two cores. A benchmark that fails is told in the report, and the others go
+ratios. A whole run takes some 13 minutes on two cores. A benchmark that fails is told in the report, and the others go
 on; the exit code is then 1.
 """
 import argparse
