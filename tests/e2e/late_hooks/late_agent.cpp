@@ -12,7 +12,7 @@
 #include "agent/persistent_poa.h"
 #include "emsSessionFactoryS.h"
 #include "logging/logmgr.h"
-#include "request/request_interceptor_base.h"
+#include "tests/support/open_hooks.h"
 
 namespace {
 
@@ -23,12 +23,6 @@ class ClosedFactory : public POA_emsSessionFactory::EmsSessionFactory_I {
                        emsSession::EmsSession_I_out) override {
         throw globaldefs::ProcessingFailureException(globaldefs::EXCPT_ACCESS_DENIED, "closed today");
     }
-};
-
-class OpenHooks : public NS_CORBA::RequestInterceptorBase {
-  public:
-    void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-    void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
 };
 
 }  // namespace
@@ -57,7 +51,7 @@ int main(int argc, char** argv) {
 
     int number = 0;
     sigwait(&signals, &number);
-    static OpenHooks hooks;
+    static qv_test::OpenHooks hooks;
     config.SetReqInterceptorImpl(&hooks);
     std::cout << "plugged in" << std::endl;
     sigwait(&signals, &number);

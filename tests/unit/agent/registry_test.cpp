@@ -1,7 +1,7 @@
 #include <stdexcept>
 
 #include "agent/manager_registry.h"
-#include "request/request_interceptor_base.h"
+#include "tests/support/open_hooks.h"
 #include "tests/support/sanitized.h"
 #include "tests/unit/agent/agent_fixture.h"
 #include "tests/unit/agent/held_up.h"
@@ -19,12 +19,6 @@ class Module : public NS_CORBA::CorbaI {
     bool Init() override { return true; }
     bool Start() override { return true; }
     void Stop() override {}
-};
-
-class Hooks : public NS_CORBA::RequestInterceptorBase {
-  public:
-    void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-    void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
 };
 
 class Registry : public AgentTest {
@@ -174,7 +168,7 @@ TEST_F(Registry, DisconnectMapIsASnapshot) {
 
 TEST_F(Registry, RequestHooksAreStoredAndTakenOff) {
     EXPECT_EQ(nullptr, config().GetReqInterceptorImpl());
-    Hooks hooks;
+    OpenHooks hooks;
     config().SetReqInterceptorImpl(&hooks);
     EXPECT_EQ(&hooks, config().GetReqInterceptorImpl());
     config().SetReqInterceptorImpl(nullptr);
@@ -182,7 +176,7 @@ TEST_F(Registry, RequestHooksAreStoredAndTakenOff) {
 }
 
 TEST_F(Registry, RequestHooksAreReachedWithoutTheLockWhenItFails) {
-    Hooks hooks;
+    OpenHooks hooks;
     config();
     ASSERT_EQ(0, Probe::RwLock().acquire_write());  // this thread can't take it a second time
     errno = 0;

@@ -4,21 +4,15 @@
 
 #include "agent/agentserver.h"
 #include "gateS.h"
-#include "request/request_interceptor_base.h"
 #include "tests/support/child_process.h"
 #include "tests/support/free_port.h"
+#include "tests/support/open_hooks.h"
 #include "tests/support/wait_for.h"
 #include "tests/unit/agent/agent_fixture.h"
 #include "tests/unit/request/gate_servant.h"
 
 namespace qv_test {
 namespace {
-
-class OpenHooks : public NS_CORBA::RequestInterceptorBase {
-  public:
-    void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-    void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-};
 
 /// Keeps each caller until as many are in it as are expected, and then for a moment, in which one too many
 /// would come in.

@@ -8,16 +8,10 @@
 
 #include "gateC.h"
 #include "orb/portability.h"
-#include "request/request_interceptor_base.h"
+#include "tests/support/open_hooks.h"
 #include "tests/unit/request/gate_agent.h"
 
 namespace {
-
-class OpenHooks : public NS_CORBA::RequestInterceptorBase {
-  public:
-    void AfterReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-    void BeforeReceiveRequest(PortableInterceptor::ServerRequestInfo*) override {}
-};
 
 const char* CompletionWord(CORBA::CompletionStatus status) {
     switch (status) {
@@ -76,7 +70,7 @@ int Call(const char* ior, const char* operation) {
 int ServeOnePing() {
     qv_test::ScopedConfigItems config;
     qv_test::SetAgentItems(config, true);
-    OpenHooks hooks;
+    qv_test::OpenHooks hooks;
     qv_test::GateAgent agent;
     qv_test::GateAgent::Config().SetReqInterceptorImpl(&hooks);
     agent.gate->ping();
